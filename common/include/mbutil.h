@@ -1,0 +1,592 @@
+/**
+ * @file mbutil.h
+ * @brief Text in the current code set: registry, strings, conversion, text I/O, mail.
+ *
+ * Strings are zero-terminated byte strings in the current code set where nothing else is said;
+ * lengths and positions are bytes. Functions that use the current code set call InitMbutil() first
+ * when nothing has set it yet; do that once on the main thread, before others start. From then on
+ * everything here may run in any number of threads at once, except mbstrtok() and a switch of the
+ * code set.
+ *
+ * Output areas belong to the caller; where no size is passed, they have the room that is stated.
+ */
+#ifndef ZVUTIL_MBUTIL_H
+#define ZVUTIL_MBUTIL_H
+
+#include <stdio.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+#pragma GCC visibility push(default)
+
+/**
+ * @defgroup codesets Code sets
+ * @brief Which encoding the host holds its text in, and the names of encodings and locales.
+ * @{
+ */
+
+/** Code set identifiers; beside each the name that mbGetCodeSet() knows. */
+enum {
+    ZV_WESTERN = 0,      /**< "WESTERN": Western European single-byte text, the default. */
+    ZV_8859_1 = 1,       /**< ISO 8859-1, in document names only. */
+    ZV_8859_15 = 2,      /**< ISO 8859-15, in document names only. */
+    ZV_JIS = 3,          /**< "JIS": 7-bit JIS (ISO-2022-JP). */
+    ZV_EUC = 4,          /**< "EUC", "EUC_J": Japanese EUC. */
+    ZV_SJIS = 5,         /**< "SJIS": Shift-JIS. */
+    ZV_EUC_OR_SJIS = 6,  /**< Japanese text that fits both, see DetectJPCodeType(). */
+    ZV_GB = 7,           /**< "GB": simplified Chinese, GB 2312. */
+    ZV_EUC_C = 8,        /**< "EUC_C", "EUC_ZH": simplified Chinese in EUC form. */
+    ZV_BIG5 = 9,         /**< "BIG5": traditional Chinese. */
+    ZV_EUC_H = 10,       /**< "EUC_H", "EUC_TW": traditional Chinese, EUC-TW. */
+    ZV_KSC_5601_87 = 11, /**< "KSC_5601_87": Korean. */
+    ZV_KSC_5601_92 = 12, /**< "KSC_5601_92": Korean. */
+    ZV_EUC_K = 13,       /**< "EUC_K": Korean EUC. */
+    ZV_8859_2 = 14,      /**< "8859_2". */
+    ZV_8859_3 = 15,      /**< "8859_3". */
+    ZV_8859_4 = 16,      /**< "8859_4". */
+    ZV_8859_5 = 17,      /**< "8859_5". */
+    ZV_8859_6 = 18,      /**< "8859_6". */
+    ZV_8859_7 = 19,      /**< "8859_7". */
+    ZV_8859_8 = 20,      /**< "8859_8". */
+    ZV_8859_9 = 21,      /**< "8859_9". */
+    ZV_8859_10 = 22,     /**< "8859_10". */
+    ZV_CP1250 = 23,      /**< "1250". */
+    ZV_CP1251 = 24,      /**< "1251". */
+    ZV_CP1253 = 25,      /**< "1253". */
+    ZV_CP1254 = 26,      /**< "1254". */
+    ZV_CP1255 = 27,      /**< "1255". */
+    ZV_CP1256 = 28,      /**< "1256". */
+    ZV_CP1257 = 29,      /**< "1257". */
+    ZV_CP1258 = 30,      /**< "1258". */
+    ZV_CP874 = 40,       /**< Thai, in document names only. */
+    ZV_ISO_2022_CN = 41, /**< In document names only. */
+    ZV_ISO_2022_KR = 42, /**< In document names only. */
+    ZV_UTF_16 = 64,      /**< In document names only. */
+    ZV_UTF_8 = 65        /**< In document names only. */
+};
+
+/** 1 once the current code set has been set. */
+extern unsigned char MBUTIL_Initialized;
+/** 1 when the current code set is multibyte, and before it has been set. */
+extern unsigned char MBUTIL_I_Am_MultiByte;
+/** 1 when the current code set is #ZV_JIS, #ZV_EUC or #ZV_SJIS. */
+extern unsigned char MBUTIL_I_Am_Japanese;
+
+/**
+ * Adopts the environment's locale for the whole process and makes its code set the current one.
+ *
+ * Japanese locales give #ZV_EUC, Korean #ZV_EUC_K, "zh_TW" #ZV_EUC_H, other Chinese #ZV_EUC_C, all
+ * others #ZV_WESTERN. Calls setlocale(LC_ALL, ""); no other thread may use the locale meanwhile.
+ * @return the current code set before the call.
+ */
+int InitMbutil(void);
+
+/**
+ * Makes a code set the current one.
+ * @param code_set any integer; one that is not known counts as single-byte text.
+ * @return the current code set before the call. Not while other threads use the library.
+ */
+int InitMbutilExt(int code_set);
+
+/** Tells whether the current code set is multibyte. @return 1 or 0. */
+unsigned char mbIsMultiByte(void);
+
+/** Tells whether the current code set is Japanese. @return 1 or 0. */
+unsigned char mbIsJapanese(void);
+
+/**
+ * Finds the code set that a name stands for. Names are recognised anywhere in @p name, in upper
+ * case: "SJIS" before "JIS", any other "EUC" is Japanese, any "GB" is #ZV_GB.
+ * @param name ASCII text; may be NULL.
+ * @return the code set; #ZV_WESTERN for everything unknown.
+ */
+int mbGetCodeSet(const char* name);
+
+/**
+ * Finds the code set of the process locale, which it does not change.
+ * @return the code set; #ZV_WESTERN for everything unknown. "zh_TW.BIG5" gives #ZV_BIG5 here.
+ */
+int mbGetLocaleCodeSet(void);
+
+/**
+ * Writes the name of the code set of a locale.
+ * @param locale a locale name, ASCII.
+ * @param name   receives a name for mbGetCodeSet(); room for 8 bytes.
+ */
+void SetCodePage(const char* locale, char* name);
+
+/**
+ * Rewrites a locale name so that its code set part names the matching Windows code page
+ * ("de_DE.ISO8859-15@euro" becomes "de_DE.cp1252@euro").
+ * @param locale a locale name, ASCII; of 100 bytes or more it is copied unchanged.
+ * @param out    receives the name; room for the length of @p locale twice, plus 8 bytes.
+ */
+void mbGetCorrectedLocaleForUnix(const char* locale, char* out);
+
+/**
+ * Tells whether two code sets belong to the same East Asian language.
+ * @return 1 if both are Japanese, both Korean or both Chinese; else 0, also for equal others.
+ */
+int sameLanguage(int a, int b);
+/** @} */
+
+/**
+ * @defgroup characters Character length and validity
+ * @{
+ */
+
+/**
+ * Scans one character of a code set, as the scanners of jaconv.h do.
+ * @param s first byte of a character; may be NULL.
+ * @param n number of bytes that may be looked at.
+ * @return the length of the character; 0 at the end of the text; -1 for malformed bytes; always 1
+ *         for a code set without multibyte characters and for #ZV_JIS.
+ */
+int mblenExt(const char* s, unsigned n, int code_set);
+
+/** mblenExt() in the current code set. */
+int mb_mblen(const char* s, unsigned n);
+
+/**
+ * Tells whether a byte begins a character of more than one byte.
+ * @param byte 0-255; a negative value never does.
+ * @return 1 or 0.
+ */
+int isleadbyteExt(int byte, int code_set);
+
+/** isleadbyteExt() in the current code set. */
+int mb_isleadbyte(int byte);
+
+/** Tells how many bytes the longest character of a code set has. @return 1 to 4. */
+int mbmaxcharlenExt(int code_set);
+
+/** mbmaxcharlenExt() of the current code set. */
+int mbmaxcharlen(void);
+
+/** Tells whether a byte is a one-byte character of Shift-JIS. @return 1 for 00-7F, A1-DF; else 0.
+ */
+int ismbcprintInSJIS(int byte);
+
+/**
+ * Tells whether a byte counts as printable in the current code set.
+ * @return 1 for 00-7F (control bytes too) and, in Shift-JIS, A1-DF; else 0.
+ */
+int ismbcprint(int byte);
+
+/**
+ * Tells how far a walk through text steps.
+ * @param s first byte of a character.
+ * @return the length of the character; 1 at the terminator and for malformed bytes.
+ */
+int mbbytesinchartype(const char* s, int code_set);
+
+/** mbbytesinchartype() in the current code set. */
+int mbbytesinchar(const char* s);
+/** @} */
+
+/**
+ * @defgroup strings Multibyte strings
+ * @brief The standard string functions, never splitting a character.
+ *
+ * In a single-byte code set most of these are the C library's own functions, and their pointers
+ * must not be NULL then. A malformed byte counts as a character of one byte. Letter case follows
+ * the process locale.
+ * @{
+ */
+
+/**
+ * Finds the last character boundary that is not beyond a position.
+ * @param n a position in bytes.
+ * @return the boundary: at most @p n and the length of @p s. @p n itself when the current code set
+ *         is single-byte. Does not initialise the current code set.
+ */
+unsigned mbidxtype(const char* s, unsigned n, int code_set);
+
+/** mbidxtype() in the current code set. */
+unsigned mbidx(const char* s, unsigned n);
+
+/**
+ * Finds the character behind the one at a position.
+ * @param idx a position within @p s.
+ * @return the position of the next character, or 0 when there is none.
+ */
+unsigned mbnextidx(const char* s, unsigned idx);
+
+/** mbnextidx() as a pointer. @return the next character in @p s, or NULL when there is none. */
+char* mbnextchar(const char* s, unsigned idx);
+
+/**
+ * Copies a string into a bounded area, leaving out a character that would be cut.
+ * @param dst receives exactly @p n bytes, zero-filled; terminated only when @p src is shorter
+ *            or a character was left out.
+ * @return @p dst. In a multibyte code set nothing is copied when a pointer is NULL.
+ */
+char* mbstrncpy(char* dst, const char* src, unsigned n);
+
+/** mbstrncpy() that counts. @return the bytes of @p src copied; 0 when a pointer is NULL. */
+unsigned mbstrncpyi(char* dst, const char* src, unsigned n);
+
+/**
+ * Compares two strings without regard to the case of one-byte characters. A longer character
+ * orders after a shorter one; bytes compare as signed values.
+ * @return -1, 0 or 1 (0 when a pointer is NULL); strcasecmp()'s result in a single-byte code set.
+ */
+int mbstricmp(const char* a, const char* b);
+
+/**
+ * Compares the first bytes of two strings without regard to the case of one-byte characters.
+ * @param n bytes to compare; a multibyte character that begins before @p n is compared whole.
+ * @return negative, 0 or positive.
+ */
+int mbstrnicmp(const char* a, const char* b, unsigned n);
+
+/**
+ * Compares characters, case kept.
+ * @param n bytes to cover; in a single-byte code set only the first bytes are compared.
+ * @return negative, 0 or positive; 0 when @p a or @p n ends, whatever @p b still holds.
+ */
+int mbcharcmp(const char* a, const char* b, unsigned n);
+
+/** Turns a one-byte character to upper case, in place. @return the length of the character. */
+int mbtoupper(char* p);
+
+/** Turns a one-byte character to lower case, in place. @return the length of the character. */
+int mbtolower(char* p);
+
+/** Turns all one-byte characters to upper case, in place. @return the length of @p s; 0 for NULL.
+ */
+unsigned mbstrtoupper(char* s);
+
+/** Turns all one-byte characters to lower case, in place. @return the length of @p s; 0 for NULL.
+ */
+unsigned mbstrtolower(char* s);
+
+/**
+ * Finds the first character that begins with a byte.
+ * @param c a char value: a byte from 80 is given as its negative value. 0 finds nothing in a
+ *          multibyte code set.
+ * @return the character in @p s, or NULL.
+ */
+char* mbstrchr(const char* s, int c);
+
+/** The same as mbstrchr(). */
+char* mbstrchrEncr(const char* s, int c);
+
+/** Finds the last character that begins with a byte, as mbstrchr() does. */
+char* mbstrrchr(const char* s, int c);
+
+/**
+ * Finds the first occurrence of a string that consists of whole characters.
+ * @return the occurrence in @p hay; @p hay when @p needle is empty or NULL; NULL when there is none
+ *         or @p hay is NULL.
+ */
+char* mbstrstr(const char* hay, const char* needle);
+
+/**
+ * Finds the last occurrence of a string that consists of whole characters.
+ * @return the occurrence in @p hay; @p hay when @p needle is NULL; NULL when there is none, when
+ *         @p needle is empty or @p hay is NULL.
+ */
+char* mbstrrstr(const char* hay, const char* needle);
+
+/**
+ * Finds the first character of a string that belongs to a set.
+ * @param set the characters looked for, as a string.
+ * @return the character in @p s, or NULL.
+ */
+char* mbstrpbrk(const char* s, const char* set);
+
+/** Counts the bytes before the first character of a set. @return bytes; all of @p s if none. */
+unsigned mbstrcspn(const char* s, const char* set);
+
+/**
+ * Cuts a string into tokens; one tokenisation at a time in the whole process.
+ *
+ * Unlike strtok(), a multibyte code set skips one leading delimiter only, and only on the first
+ * call; two delimiters in a row give an empty token, and so does one at the end.
+ * @param s          the string, which is changed (the first byte of each delimiter becomes zero);
+ *                   NULL to go on.
+ * @param delimiters the characters that separate tokens, as a string.
+ * @return the next token, inside the string; NULL when there is none and for an empty string.
+ */
+char* mbstrtok(char* s, const char* delimiters);
+
+/**
+ * mbstrtok() with its position kept by the caller, for concurrent use.
+ * @param save set by the call with @p s, used by the calls with NULL.
+ */
+char* mbstrtok_r(char* s, const char* delimiters, char** save);
+
+/**
+ * Checks that a string is well formed in a code set.
+ * @param badpos receives the position of the first malformed byte; untouched otherwise.
+ * @return 1 if it is, or if the current code set is single-byte; 0 if not or a pointer is NULL.
+ */
+int mbvalidatestring(const char* s, unsigned* badpos, int code_set);
+
+/** Checks of mbvalidatestringtype(); one-byte characters must pass them. */
+enum {
+    ZV_CHECK_PRINTABLE = 104, /**< Printable or white space. */
+    ZV_CHECK_NO_LOWER = 105,  /**< No lower-case letter. */
+    ZV_CHECK_NO_UPPER = 106   /**< No upper-case letter. */
+};
+
+/**
+ * Checks that a string is well formed in the current code set and passes a check.
+ * @param badpos receives the position of the first bad character, in a multibyte code set only.
+ * @param check  #ZV_CHECK_PRINTABLE, #ZV_CHECK_NO_LOWER, #ZV_CHECK_NO_UPPER; any other value asks
+ *               for nothing more.
+ * @return 1 or 0; 0 when a pointer is NULL.
+ */
+int mbvalidatestringtype(const char* s, unsigned* badpos, int check);
+/** @} */
+
+/**
+ * @defgroup conversion Conversion and text streams
+ * @brief One call for every pair of code sets, and lines and files read and written through it.
+ *
+ * The streams are stdio streams. Line ends are neither added, removed nor translated.
+ * @{
+ */
+
+/**
+ * Converts a string from one code set into another.
+ * @param src  text in the code set @p from; not NULL.
+ * @param dst  receives the text in the code set @p to, not overlapping @p src. Room: into #ZV_JIS
+ *             five times the length of @p src plus 4 bytes from #ZV_SJIS and three times plus 4
+ *             from #ZV_EUC; twice plus 1 from #ZV_SJIS to #ZV_EUC and from #ZV_BIG5 to #ZV_EUC_H;
+ *             the length plus 1 otherwise.
+ * @return @p dst. A pair that no converter serves is copied.
+ */
+char* convertStrExt(const char* src, int from, char* dst, int to);
+
+/**
+ * Tells whether mbconvertfile2native_ex() converts a pair.
+ * @return 1 for #ZV_SJIS and #ZV_EUC, #ZV_BIG5 and #ZV_EUC_H, both ways, and for #ZV_JIS to
+ *         #ZV_SJIS or #ZV_EUC; else 0.
+ */
+int IsConversionSupport(int from, int to);
+
+/**
+ * Converts a string from the current code set into another; copies in a single-byte code set.
+ * @param dst room as for convertStrExt().
+ * @return 1; 0 when a pointer is NULL.
+ */
+int mbconvertnativestring(char* dst, const char* src, int to);
+
+/**
+ * Converts Japanese EUC (the UNIX form) to Shift-JIS (the Windows form) when the current code set
+ * is one of the two, and copies otherwise. Does not initialise the current code set.
+ * @param dst room for the length of @p src plus 1 bytes.
+ * @return @p dst; NULL when a pointer is NULL.
+ */
+char* UnixCodingToWindowsCodingExt(const char* src, char* dst);
+
+/**
+ * Converts Shift-JIS to Japanese EUC when the current code set is one of the two, and copies
+ * otherwise. Does not initialise the current code set.
+ * @param dst room for twice the length of @p src plus 1 bytes.
+ * @return @p dst; NULL when a pointer is NULL.
+ */
+char* WindowsCodingToUnixCodingExt(const char* src, char* dst);
+
+/**
+ * Tells the length of the longer of the two forms, UNIX and Windows, of a string in the current
+ * code set. Does not initialise the current code set; cannot fail.
+ * @return bytes, without the terminator.
+ */
+int MaxStringLengthOnWinAndUnix(const char* s);
+
+/** A full-width digit or mark of two bytes and the ASCII character that replaces it. */
+struct MbToSbNumber {
+    unsigned char mb[3]; /**< The two bytes, zero-terminated; empty in the row that ends a table. */
+    char sb;             /**< The ASCII character. */
+};
+
+extern const struct MbToSbNumber Mb2SbNumberTableInSJIS[];  /**< Shift-JIS. */
+extern const struct MbToSbNumber Mb2SbNumberTableInEUC[];   /**< Japanese EUC. */
+extern const struct MbToSbNumber Mb2SbNumberTableInGB[];    /**< GB 2312. */
+extern const struct MbToSbNumber Mb2SbNumberTableInKSC92[]; /**< KS C 5601-1992. */
+extern const struct MbToSbNumber Mb2SbNumberTableInBIG5[];  /**< Big5. */
+extern const struct MbToSbNumber Mb2SbNumberTableInEUC_H[]; /**< EUC-TW. */
+
+/**
+ * Replaces full-width digits and a few marks by their ASCII counterparts.
+ * @param src text in the current code set.
+ * @param dst receives the text; room for the length of @p src plus 1 bytes.
+ * @return 0.
+ */
+int ConvertMBNumberToSBNumber(const char* src, char* dst);
+
+/**
+ * Adds up the bytes of a string; text of a multibyte code set is taken in the code set of the
+ * locale and summed in its Japanese EUC form.
+ * @return the sum; 0 for NULL and the empty string; -1 when there is no memory.
+ */
+int AccumulateAsciiForStr(const char* s);
+
+/**
+ * Reads a line, as fgets() does, and converts it into the current code set.
+ * @param buf      receives the line, terminated, never cut inside a character; what does not fit is
+ *                 dropped.
+ * @param size     room of @p buf in bytes, at least 1; at most size - 1 bytes of the file are read.
+ * @param code_set code set of the file; 0 for no conversion.
+ * @return @p buf; NULL at the end of the file, on a read error, without memory or for a NULL @p
+ * buf.
+ */
+char* mbfgets(char* buf, int size, FILE* stream, int code_set);
+
+/**
+ * Converts a string from the current code set and writes it, as fputs() does.
+ * @param code_set code set of the file; 0 for no conversion.
+ * @return the result of fputs(); 0 for a NULL @p s; -1 when there is no memory.
+ */
+int mbfputs(const char* s, FILE* stream, int code_set);
+
+/**
+ * Reads a block of text that does not end inside a character of the current code set.
+ *
+ * The bytes of a cut character are given back to the stream, for the next call.
+ * @param buf  receives the text and, in a multibyte code set, a terminator; room for size + 1
+ * bytes.
+ * @param size bytes to read, at least 1; at least 4 so that every character fits.
+ * @return bytes kept in @p buf; 0 at the end of the file and on an error.
+ */
+int mbfreadstring(char* buf, unsigned size, FILE* stream);
+
+/**
+ * Converts a file into the current code set.
+ *
+ * The result is that of one conversion of the whole text. A zero byte ends the text of the block
+ * of 21000 bytes that it stands in.
+ * @param source      path of the file to read.
+ * @param destination path of the file to write.
+ * @param append      nonzero to write behind what @p destination holds, 0 to replace it.
+ * @param code_set    code set of the source.
+ * @return 1; 0 when IsConversionSupport() refuses the pair (nothing is opened), a file cannot be
+ *         opened (errno tells) or there is no memory. Read and write errors are not told.
+ */
+int mbconvertfile2native_ex(const char* source, const char* destination, char append, int code_set);
+/** @} */
+
+/**
+ * @defgroup mime MIME charset names
+ * @{
+ */
+
+/**
+ * Finds the code set of a charset name of a mail header, without regard to case.
+ * @param name ASCII text; may be NULL.
+ * @return the code set; #ZV_WESTERN for everything unknown.
+ */
+int mbGetMIMECodeSet(const char* name);
+
+/**
+ * Names the charset of a code set for mail headers.
+ * @return a constant of the library, never NULL; "iso-8859-1" for all that have no name.
+ */
+const char* mbGetMIMECharset(int code_set);
+
+/** Chooses the code set in which mail is written for text in a code set. @return that code set. */
+int mbGetCodeSetForMail(int code_set);
+
+/**
+ * Chooses between two code sets for stored data.
+ * @return @p second when both form one of the pairs #ZV_EUC/#ZV_SJIS, #ZV_EUC_H/#ZV_GB,
+ *         #ZV_EUC_C/#ZV_BIG5, #ZV_EUC_K/#ZV_KSC_5601_92, #ZV_CP1251/#ZV_8859_5; else @p first.
+ */
+int mbGetCodeSetForData(int first, int second);
+
+/** Names the content transfer encoding. @return "7bit" for #ZV_JIS, "8bit" for all others. */
+const char* getTransferEncodingFromCodeSet(int code_set);
+
+/** A row of the document charset table; both names are zero-padded. */
+struct ConvToCharset {
+    char converter[10]; /**< Name of a converter; empty in the row that ends the table. */
+    char charset[22];   /**< Charset name for documents. */
+    int code_set;       /**< The code set. */
+};
+
+/** The charset names for documents; the first row of a code set decides. */
+extern const struct ConvToCharset _ConvToCharsetTable[];
+
+/**
+ * Names the charset of a code set for documents.
+ * @param charset receives the name, or an empty string when there is none; room for 22 bytes.
+ */
+void SetCharset(char* charset, int code_set);
+/** @} */
+
+/**
+ * @defgroup mail Quoted-printable and subjects
+ * @brief Mail bodies and subject lines. In every function the output area comes first.
+ * @{
+ */
+
+/**
+ * Encodes text as quoted-printable. Line ends are encoded too; a soft line break ("=", LF, CR)
+ * stands behind every 50 or more characters.
+ * @param dst receives ASCII text. Room: with E = three times the length of @p src, E plus 3 bytes
+ *            for every 50 of E, plus 1.
+ * @return @p dst.
+ */
+char* convertToQuotedPrintable(char* dst, const char* src);
+
+/**
+ * Decodes one line of quoted-printable text, up to its terminator, CR or LF, which is not copied.
+ * Bytes that have no place in such text are dropped.
+ * @param dst receives the decoded bytes; room for the length of @p src plus 1 bytes.
+ * @return @p dst.
+ */
+char* convertFromQuotedPrintable(char* dst, const char* src);
+
+/**
+ * Writes 7-bit JIS text as base64 encoded words; what stands before the first ESC stays as it is.
+ * @param dst     receives ASCII text. Room: each 3 bytes of @p src or fewer, cut at every ESC,
+ *                give 4, and each may be followed by a new word of twice the length of @p charset
+ *                plus 28; a safe bound is (length of @p src + 1) * (length of @p charset + 32).
+ * @param src     7-bit JIS text.
+ * @param charset charset name for the words, ASCII.
+ * @return the terminator of @p dst when a word was written; @p dst when @p src holds no ESC.
+ */
+char* convertSubjectToBase64(char* dst, const char* src, const char* charset);
+
+/**
+ * Writes a subject as encoded words for a mail header: base64 for #ZV_JIS, quoted-printable for
+ * all other mail code sets. Lines are joined by LF, space, TAB.
+ * @param dst      receives ASCII text (for #ZV_JIS, ASCII parts stay readable). A safe bound is
+ *                 64 times the length of @p subject plus 64 bytes.
+ * @param subject  text in the code set @p code_set, which is the current one.
+ * @param mail_code_set as mbGetCodeSetForMail() gives it.
+ * @param code_set code set of @p subject.
+ * @return @p dst; an empty string for an empty subject and without memory.
+ */
+char* convertSubjectForMail(char* dst, const char* subject, int mail_code_set, int code_set);
+
+/** Transfer kinds of getLine(); any other value reads plain lines. */
+enum {
+    ZV_TRANSFER_QUOTED_PRINTABLE = 3, /**< Soft line breaks and escapes are undone. */
+    ZV_TRANSFER_NOTHING = 4           /**< Nothing is read. */
+};
+
+/**
+ * Reads a logical line of mail, undoes its transfer encoding and converts it.
+ * @param dst    receives the line, terminated, never cut inside a character of the current code
+ *               set; what does not fit is dropped.
+ * @param size   room of @p dst in bytes, at least 1; lines are read in pieces of size - 1 bytes.
+ * @param from   code set of the stream's text.
+ * @param kind   transfer kind. A quoted-printable line always ends in LF, also at the end of file.
+ * @param wanted code set of the result.
+ * @return @p dst; NULL at the end of the file (also where a continued line misses its
+ *         continuation), on a read error, without memory or for a NULL @p dst.
+ */
+char* getLine(char* dst, int size, FILE* stream, int from, int kind, int wanted);
+/** @} */
+
+#pragma GCC visibility pop
+#ifdef __cplusplus
+}
+#endif
+
+#endif

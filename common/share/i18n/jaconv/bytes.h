@@ -1,0 +1,42 @@
+#ifndef ZVUTIL_JACONV_BYTES_H
+#define ZVUTIL_JACONV_BYTES_H
+
+#include <cstddef>
+#include <cstring>
+
+namespace zv {
+
+using Byte = unsigned char;
+
+// One subtraction and one comparison.
+constexpr bool in_range(unsigned value, unsigned first, unsigned last) {
+    return value - first <= last - first;
+}
+
+inline const Byte* as_bytes(const char* text) {
+    return reinterpret_cast<const Byte*>(text);
+}
+inline Byte* as_bytes(char* text) {
+    return reinterpret_cast<Byte*>(text);
+}
+
+// A source text whose length has been taken once; nothing looks for its terminator again.
+struct Source {
+    const Byte* next;
+    const Byte* end;
+
+    explicit Source(const char* text) : next(as_bytes(text)), end(next + std::strlen(text)) {}
+    Source(const Byte* first, size_t length) : next(first), end(first + length) {}
+
+    size_t left() const { return static_cast<size_t>(end - next); }
+};
+
+inline Byte* put_pair(Byte* out, unsigned first, unsigned second) {
+    out[0] = static_cast<Byte>(first);
+    out[1] = static_cast<Byte>(second);
+    return out + 2;
+}
+
+} // namespace zv
+
+#endif

@@ -1,0 +1,58 @@
+#include "support/oracle.h"
+
+#include <iconv.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace test {
+
+std::optional<std::string> iconv_text(const char* from, const char* to, std::string_view text) {
+    const iconv_t converter = iconv_open(to, from);
+    if (converter == reinterpret_cast<iconv_t>(-1))
+        return std::nullopt;
+    std::string out(text.size() * 8 + 16, '\0');
+    char* in_at = const_cast<char*>(text.data());
+    size_t in_left = text.size();
+    char* out_at = out.data();
+    size_t out_left = out.size();
+    const bool converted =
+        iconv(converter, &in_at, &in_left, &out_at, &out_left) != static_cast<size_t>(-1) &&
+        iconv(converter, nullptr, nullptr, &out_at, &out_left) != static_cast<size_t>(-1);
+    iconv_close(converter);
+    if (!converted)
+        return std::nullopt;
+    out.resize(out.size() - out_left);
+    return out;
+}
+
+int in_fresh_locale(const char* lang, int (*action)()) {
+    const pid_t child = fork();
+    if (child == 0) {
+        for (const char* name : {"LC_ALL", "LC_CTYPE", "LC_COLLATE", "LC_TIME", "LC_NUMERIC",
+                                 "LC_MONETARY", "LC_MESSAGES", "LANGUAGE"})
+            unsetenv(name);
+        setenv("LOCPATH", ZVUTIL_TEST_LOCALES, 1);
+        setenv("LANG", lang, 1);
+        _exit(action());
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+std::string output_of(const std::string& command) {
+    std::string text;
+    FILE* pipe = popen(command.c_str(), "r");
+    if (pipe == nullptr)
+        return text;
+    char buffer[4096];
+    for (size_t n; (n = fread(buffer, 1, sizeof buffer, pipe)) > 0;)
+        text.append(buffer, n);
+    pclose(pipe);
+    return text;
+}
+
+} // namespace test
