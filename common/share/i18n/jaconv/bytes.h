@@ -31,6 +31,21 @@ struct Source {
     size_t left() const { return static_cast<size_t>(end - next); }
 };
 
+// How far a converter came: it reads whole characters only and stops before one that the end of the
+// source cuts short.
+struct Converted {
+    const Byte* read;
+    Byte* written;
+};
+
+// Ends a conversion of a whole string: a character that its terminator cuts short is written
+// unchanged.
+inline void finish(Converted converted, const Source& source) {
+    while (converted.read != source.end)
+        *converted.written++ = *converted.read++;
+    *converted.written = 0;
+}
+
 inline Byte* put_pair(Byte* out, unsigned first, unsigned second) {
     out[0] = static_cast<Byte>(first);
     out[1] = static_cast<Byte>(second);
