@@ -12,18 +12,16 @@ bool is_missing(const char* value) {
     return value == nullptr || *value == '\0';
 }
 
-// Adds the system's catalogues behind the host's own. The environment keeps the block.
+// Adds the system's catalogues behind the host's own.
 void append_system_catalogues(const char* own) {
-    constexpr char kName[] = "NLSPATH=";
-    const size_t size = sizeof kName + std::strlen(own) + sizeof kSystemCatalogues;
-    char* entry = static_cast<char*>(std::malloc(size));
-    if (entry == nullptr)
+    char* both = static_cast<char*>(std::malloc(std::strlen(own) + 1 + sizeof kSystemCatalogues));
+    if (both == nullptr)
         return;
-    char* end = stpcpy(stpcpy(entry, kName), own);
+    char* end = stpcpy(both, own);
     *end++ = ':';
     std::memcpy(end, kSystemCatalogues, sizeof kSystemCatalogues);
-    if (putenv(entry) != 0)
-        std::free(entry);
+    setenv("NLSPATH", both, 1);
+    std::free(both);
 }
 
 } // namespace
