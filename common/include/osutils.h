@@ -12,7 +12,7 @@
 #include <stdint.h>
 #include <sys/types.h>
 
-#include "zvtime.h"
+#include "zvosutil.h"
 
 struct sigaction;
 
@@ -102,8 +102,8 @@ void OSLogString(const char* text);
 /** Logs a text as it is; the type is ignored. */
 void OSLogStringWithType(const char* text, int type);
 
-/** Gives the time of day. */
-void OSGetTimeForStats(struct ZVStatsTime* stamp);
+/** Takes the time of day, as OSGetStatsTime() does. @param stamp receives it. */
+void OSGetTimeForStats(ZVStatsTime* stamp);
 
 /** Does nothing: streams have one mode. */
 void OSSetDefaultStreamMode(void);

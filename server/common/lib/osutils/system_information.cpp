@@ -2,7 +2,6 @@
 
 #include "osutils.h"
 #include "platform/machine_query.h"
-#include "platform/time_of_day.h"
 
 namespace zv {
 namespace {
@@ -14,7 +13,7 @@ constexpr size_t kAnswerRoom = 258;
 } // namespace zv
 
 void OSGetTimeForStats(ZVStatsTime* stamp) {
-    *stamp = zv::time_of_day();
+    OSGetStatsTime(stamp);
 }
 
 unsigned char OSGetHardware(char* out) {
