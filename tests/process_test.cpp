@@ -15,6 +15,7 @@
 
 #include "osutils.h"
 #include "support/child.h"
+#include "support/failing_allocation.h"
 #include "support/guarded.h"
 #include "support/oracle.h"
 
@@ -29,14 +30,19 @@ bool write_file(const char* path, const std::string& text) {
     return written;
 }
 
-// A socket at /dev/log of which only this process knows, since its mounts are its own; or -1.
+// Gives the process mounts of its own, as root or as root of a user namespace of its own.
+bool own_mounts() {
+    const std::string user = "0 " + std::to_string(getuid()) + " 1";
+    const std::string group = "0 " + std::to_string(getgid()) + " 1";
+    return unshare(CLONE_NEWNS) == 0 ||
+           (unshare(CLONE_NEWUSER | CLONE_NEWNS) == 0 &&
+            write_file("/proc/self/setgroups", "deny") && write_file("/proc/self/uid_map", user) &&
+            write_file("/proc/self/gid_map", group));
+}
+
+// A socket at /dev/log of which only this process knows; or -1.
 int own_log_socket() {
-    const uid_t user = getuid();
-    const gid_t group = getgid();
-    if (unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0 || !write_file("/proc/self/setgroups", "deny") ||
-        !write_file("/proc/self/uid_map", "0 " + std::to_string(user) + " 1") ||
-        !write_file("/proc/self/gid_map", "0 " + std::to_string(group) + " 1") ||
-        mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+    if (!own_mounts() || mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
         mount("none", "/dev", "tmpfs", 0, nullptr) != 0)
         return -1;
     const int log = socket(AF_UNIX, SOCK_DGRAM | SOCK_NONBLOCK, 0);
@@ -182,6 +188,22 @@ TEST(InitLanguage, CompletesTheEnvironment) {
     EXPECT_STREQ(getenv("NLSPATH"), "/opt/msg/%N:" SYSTEM_CATALOGUES);
     OSInitLanguage();
     EXPECT_STREQ(getenv("NLSPATH"), "/opt/msg/%N:" SYSTEM_CATALOGUES ":" SYSTEM_CATALOGUES);
+}
+
+TEST(InitLanguage, WithoutMemoryLeavesTheCatalogues) {
+    setenv("LANG", "ja", 1);
+    const auto value = [] { return OSInitLanguage(), getenv("NLSPATH"); };
+    int unchanged = 0;
+    for (bool met = true; met;) {
+        setenv("NLSPATH", "/opt/msg/%N", 1);
+        const auto [catalogues, failed] = test::with_failing_allocation(unchanged + 1, value);
+        met = failed && strcmp(catalogues, "/opt/msg/%N") == 0;
+        if (met)
+            ++unchanged;
+        else
+            EXPECT_STREQ(catalogues, "/opt/msg/%N:" SYSTEM_CATALOGUES);
+    }
+    EXPECT_GE(unchanged, 2) << "neither the value nor its place in the environment";
 }
 
 TEST(SystemInformation, AgreesWithUname) {

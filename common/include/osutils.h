@@ -10,9 +10,12 @@
 #define ZVUTIL_OSUTILS_H
 
 #include <stdint.h>
+#include <stdio.h>
 #include <sys/types.h>
+#include <time.h>
 
 #include "zvosutil.h"
+#include "zvstdio.h"
 
 struct sigaction;
 
@@ -20,6 +23,139 @@ struct sigaction;
 extern "C" {
 #endif
 #pragma GCC visibility push(default)
+
+/**
+ * @defgroup files Files
+ * @brief Locks, sizes and times, line files, names, temporary files.
+ *
+ * A name that ends in Fd takes a descriptor, one with ZV in it a stream of zvstdio.h, and the plain
+ * name a standard stream. The forms for streams work on the stream's descriptor: they neither flush
+ * nor reposition it. A stream that is NULL or no open stream fails with EBADF.
+ *
+ * The locks are the system's record locks, over the whole file however far it grows. They keep out
+ * other processes that ask for one, not other threads. Closing any descriptor of a file releases
+ * all locks that the process holds on it; so do OSFindLineInFile() and OSAppendLineToFile().
+ * @{
+ */
+
+/** Lock types; any other value than #ZV_LOCK_WRITE asks for a read lock. */
+enum {
+    ZV_LOCK_WRITE = 1, /**< Keeps out all others; the descriptor is open for writing. */
+    ZV_LOCK_READ = 2   /**< Keeps out writers; the descriptor is open for reading. */
+};
+
+/**
+ * Locks a whole file, or changes the lock that the process holds on it.
+ * @param lock_type #ZV_LOCK_WRITE or #ZV_LOCK_READ.
+ * @param wait 1 waits until the lock is granted, signals notwithstanding; any other value gives up
+ *             when another process holds a conflicting lock.
+ * @return 1; 0 with errno: EACCES or EAGAIN for a conflicting lock, EDEADLK when both processes
+ *         would wait for each other, EBADF when the descriptor is not open for that type.
+ */
+unsigned char OSLockFileFd(int descriptor, int lock_type, int wait);
+/** OSLockFileFd() for a stream of zvstdio.h. */
+unsigned char OSLockZVFile(ZVFILE* stream, int lock_type, int wait);
+/** OSLockFileFd() for a standard stream. */
+unsigned char OSLockFile(FILE* stream, int lock_type, int wait);
+
+/** Releases the process's locks on a file. @return 1, also when there was none; 0 with errno. */
+unsigned char OSUnLockFileFd(int descriptor);
+/** OSUnLockFileFd() for a stream of zvstdio.h. */
+unsigned char OSUnLockZVFile(ZVFILE* stream);
+/** OSUnLockFileFd() for a standard stream. */
+unsigned char OSUnLockFile(FILE* stream);
+
+/** Tells whether a path leads to something, symbolic links followed. @return 1, else 0. */
+unsigned char OSFileExists(const char* path);
+
+/** Gives the time of a file's last modification. @return seconds since the epoch; 0 on failure. */
+time_t OSZVFileModifiedTime(ZVFILE* stream);
+/** OSZVFileModifiedTime() for a standard stream. */
+time_t OSFileModifiedTime(FILE* stream);
+
+/**
+ * Gives the size of a file.
+ * @return bytes; -1 with errno, EOVERFLOW for a size beyond 2147483647.
+ */
+int OSFileSize(const char* path);
+
+/**
+ * Cuts a file, or extends it with zero bytes.
+ * @param length bytes; below 0 is taken as 0.
+ * @return 1; 0 with errno.
+ */
+unsigned char OSFileTruncateFd(int descriptor, int length);
+/** OSFileTruncateFd() for a stream of zvstdio.h. */
+unsigned char OSZVFileTruncate(ZVFILE* stream, int length);
+/** OSFileTruncateFd() for a standard stream. */
+unsigned char OSFileTruncate(FILE* stream, int length);
+
+/**
+ * Searches a file for a line, under a read lock that it waits for.
+ * @param text the whole line, its line feed included; compared byte by byte. A line of more than
+ *             351 bytes counts as several, each of 351 bytes but the last.
+ * @return the number of the first such line, from 1; 0 when there is none (a line that the end of
+ *         the file ends, rather than a line feed, is none); -1 with errno when the file cannot be
+ *         opened, locked or read.
+ */
+int OSFindLineInFile(const char* path, const char* text);
+
+/**
+ * Appends a line to a file, which it makes where there is none, under a write lock that it waits
+ * for: lines from several processes never mix.
+ * @param text the line, without its line feed.
+ * @return 0; -1 with errno when the file cannot be opened or locked, or the line not be written
+ *         whole. A part of a line is taken away again.
+ */
+int OSAppendLineToFile(const char* path, const char* text);
+
+/**
+ * Removes the entries of a directory whose names match a pattern. Directories, what may not be
+ * removed, and paths of more than 511 bytes stay.
+ * @param directory path of the directory, with or without a trailing slash.
+ * @param pattern   as in fnmatch(): "*", "?" and "*.[ch]" match leading dots too, a backslash takes
+ *                  the next character literally.
+ * @return 1 always, also when the directory cannot be opened.
+ */
+int OSRemoveFiles(const char* directory, const char* pattern);
+
+/** Renames a file as rename() does, in place of one of the new name. @return 0; -1 with errno. */
+int OSRename(const char* old_path, const char* new_path);
+
+/**
+ * Composes a file name: the directory and the name put together, or a name that begins with "/"
+ * alone.
+ * @param directory ends with "/"; not looked at for a name that begins with "/".
+ * @param out       room for 256 bytes; emptied on failure.
+ * @return 1; 0 when the result would have more than 255 bytes.
+ */
+unsigned char OSBuildFilename(const char* directory, const char* name, char* out);
+
+/** Gives the directory for temporary files that outlive a restart. @return "/var/tmp/", static. */
+const char* OSTmpPath(void);
+
+/**
+ * Makes up the name of a file that does not exist, in the directory of the environment variable
+ * "TMPDIR" or else the system's. Another process may make that file first: open it with O_EXCL, or
+ * take a file without a name from OSTmpZVFile(), OSTmpFile() or OSTmpFileFd().
+ * @param prefix the first bytes of the name, of which the system takes five; may be NULL.
+ * @return the path, to be released with free(); NULL with errno.
+ */
+char* OSTmpName(const char* prefix);
+
+/**
+ * Opens a temporary file, for reading and writing. It has no name, so that nobody else can open it,
+ * and goes when it is closed.
+ * @return the stream, to be closed with ZVfclose(); NULL with errno.
+ */
+ZVFILE* OSTmpZVFile(void);
+
+/** OSTmpZVFile() as a standard stream. @return the stream, to be closed; NULL with errno. */
+FILE* OSTmpFile(void);
+
+/** OSTmpZVFile() as a descriptor. @return the descriptor, to be closed; -1 with errno. */
+int OSTmpFileFd(void);
+/** @} */
 
 /**
  * @defgroup process Process, log, locale and system
