@@ -195,13 +195,13 @@ TEST(InitLanguage, WithoutMemoryLeavesTheCatalogues) {
     const auto value = [] { return OSInitLanguage(), getenv("NLSPATH"); };
     int unchanged = 0;
     for (bool met = true; met;) {
-        setenv("NLSPATH", "/opt/msg/%N", 1);
+        setenv("NLSPATH", "/opt/more/%N", 1);
         const auto [catalogues, failed] = test::with_failing_allocation(unchanged + 1, value);
-        met = failed && strcmp(catalogues, "/opt/msg/%N") == 0;
+        met = failed && strcmp(catalogues, "/opt/more/%N") == 0;
         if (met)
             ++unchanged;
         else
-            EXPECT_STREQ(catalogues, "/opt/msg/%N:" SYSTEM_CATALOGUES);
+            EXPECT_STREQ(catalogues, "/opt/more/%N:" SYSTEM_CATALOGUES);
     }
     EXPECT_GE(unchanged, 2) << "neither the value nor its place in the environment";
 }
