@@ -14,7 +14,7 @@
 #define BENEATH(name) __libc_##name
 #endif
 // The first allocations come before the thread sanitizer is ready to observe anything.
-#define UNOBSERVED [[gnu::no_sanitize("thread")]]
+#define UNOBSERVED __attribute__((no_sanitize("thread")))
 
 extern "C" void* BENEATH(malloc)(size_t size);
 extern "C" void* BENEATH(calloc)(size_t count, size_t size);
