@@ -27,9 +27,11 @@ const Direction kDirections[] = {
     {"jis2eucx", jis2eucx, ZV_JIS, ZV_EUC, 1, 1},
 };
 
-std::string converted(const Direction& direction, std::string_view text) {
-    return convert_guarded(direction.convert, text,
-                           direction.growth * text.size() + direction.extra);
+// The result, which is given the promised room, or the very room that it needs where that is known.
+std::string converted(const Direction& direction, std::string_view text, size_t room = 0) {
+    const size_t promised = direction.growth * text.size() + direction.extra;
+    EXPECT_LE(room, promised);
+    return convert_guarded(direction.convert, text, room != 0 ? room : promised);
 }
 
 bool in(int byte, int first, int last) {
@@ -106,8 +108,8 @@ std::string model(const Direction& d, std::string_view text) {
         }
     }
     mode(0);
-    // Sums that wrap can give a zero byte, which ends the text for who reads it as a string.
-    return out.c_str();
+    // Sums that wrap can give zero bytes too.
+    return out;
 }
 
 size_t estimated(const Direction& direction, std::string_view text, size_t otherwise) {
@@ -128,7 +130,7 @@ TEST(JapaneseConverters, EveryPairOfBytesBehindEveryPadding) {
             text.append(size_t(pair % 64), 'x').append(1, char(pair >> 8)).append(1, char(pair));
             text = text.c_str();
             const std::string expected = model(direction, text);
-            ASSERT_EQ(converted(direction, text), expected) << pair;
+            ASSERT_EQ(converted(direction, text, expected.size() + 1), expected.c_str()) << pair;
             ASSERT_EQ(estimated(direction, text, expected.size()), expected.size()) << pair;
         }
     }
@@ -143,7 +145,9 @@ TEST(JapaneseConverters, MalformedTextStaysInItsRoom) {
         for (int round = 0; round < 20000; ++round) {
             const std::string text =
                 test::random_text(random, alphabets[round % 5], round < 10000 ? 7 : 70);
-            ASSERT_EQ(converted(direction, text), model(direction, text)) << direction.name;
+            const std::string expected = model(direction, text);
+            ASSERT_EQ(converted(direction, text, expected.size() + 1), expected.c_str())
+                << direction.name;
         }
     }
 }

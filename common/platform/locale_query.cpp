@@ -35,7 +35,8 @@ void query_locale(std::span<char> name) {
     BoundedText out(name);
 
     // glibc writes a mixed locale as "LC_CTYPE=ja_JP;LC_NUMERIC=C;...", the character type first.
-    if (!locale.starts_with("LC_CTYPE=")) {
+    constexpr std::string_view kMixed = "LC_CTYPE=";
+    if (std::strncmp(locale.data(), kMixed.data(), kMixed.size()) != 0) {
         out.append(locale);
         return;
     }

@@ -1,15 +1,17 @@
 #include "big5_cns.h"
 
-#include "ascii_run.h"
 #include "big5_cns_tables.h"
 #include "jaconv.h"
+#include "kernels.h"
 
 namespace zv {
 namespace {
 
 constexpr Byte kSingleShift2 = 0x8E;
-constexpr ptrdiff_t kPairSize = 2;
-constexpr ptrdiff_t kShiftedSize = 4; // the shift, the plane and a pair
+constexpr size_t kPairSize = 2;
+constexpr size_t kShiftedSize = 4; // the shift, the plane and a pair
+// A character of four bytes is shorter in Big5 by half.
+constexpr size_t kSafeFromEucTw = 2 * kBlockSize;
 constexpr TextCode kUnknown = text_code(pair_code('?', '?'));
 
 Byte* put_code(Byte* out, TextCode code) {
@@ -45,7 +47,7 @@ Byte* put_big5(Byte* out, TextCode big5) {
 // rule for one character.
 struct Block {
     static constexpr int kCharacters = 4;
-    static constexpr ptrdiff_t kSize = kCharacters * kPairSize;
+    static constexpr size_t kSize = kCharacters * kPairSize;
 
     TextCode codes[kCharacters];
 
@@ -65,69 +67,67 @@ struct Block {
 // rule, so that text which is rarely plain is rarely looked up twice. Plane 1 holds nearly all of
 // the characters in use; planes 3 and 4, eleven characters, are left to the rule.
 Converted big5_to_euc_tw(Source source, Byte* out) {
-    Converted at = {source.next, out};
-    while (at.read != source.end) {
-        while (source.end - at.read >= Block::kSize) {
-            const Block block(kCnsOfBig5, at.read);
+    while (source.next != source.end) {
+        while (source.left() >= Block::kSize) {
+            const Block block(kCnsOfBig5, source.next);
             if (block.all_have(kHighBits)) {
                 for (const TextCode cns : block.codes)
-                    at.written = put_code(at.written, cns);
+                    out = put_code(out, cns);
             } else if (block.all_have(kSecondHighBit)) {
                 for (const TextCode cns : block.codes)
-                    at.written = put_low_plane(at.written, cns);
+                    out = put_low_plane(out, cns);
             } else {
                 break;
             }
-            at.read += Block::kSize;
+            source.next += Block::kSize;
         }
-        for (int i = 0; i < Block::kCharacters && at.read != source.end; ++i) {
-            const Byte* in = at.read;
+        for (int i = 0; i < Block::kCharacters && source.next != source.end; ++i) {
+            const Byte* in = source.next;
             if (*in < 0x80) {
-                at = copy_ascii(at, source.end);
+                out = copy_ascii(source, out);
             } else if (!is_gr(*in)) {
-                *at.written++ = *at.read++;
-            } else if (source.end - in < kPairSize) {
-                return at;
+                *out++ = *source.next++;
+            } else if (source.left() < kPairSize) {
+                return {source.next, out};
             } else {
-                at.written = put_cns(at.written, kCnsOfBig5.find(in[0], in[1]));
-                at.read += kPairSize;
+                out = put_cns(out, kCnsOfBig5.find(in[0], in[1]));
+                source.next += kPairSize;
             }
         }
     }
-    return at;
+    return {source.next, out};
 }
 
 Converted euc_tw_to_big5(Source source, Byte* out) {
-    Converted at = {source.next, out};
-    while (at.read != source.end) {
-        while (source.end - at.read >= Block::kSize) {
-            const Block block(kBig5OfCns, at.read);
+    while (source.next != source.end) {
+        while (source.left() >= Block::kSize) {
+            const Block block(kBig5OfCns, source.next);
             if (!block.all_have(kFirstHighBit))
                 break;
             for (const TextCode big5 : block.codes)
-                at.written = put_code(at.written, big5);
-            at.read += Block::kSize;
+                out = put_code(out, big5);
+            source.next += Block::kSize;
         }
-        for (int i = 0; i < Block::kCharacters && at.read != source.end; ++i) {
-            const Byte* in = at.read;
+        for (int i = 0; i < Block::kCharacters && source.next != source.end; ++i) {
+            const Byte* in = source.next;
             const bool shifted = *in == kSingleShift2;
-            const ptrdiff_t size = shifted ? kShiftedSize : kPairSize;
+            const size_t size = shifted ? kShiftedSize : kPairSize;
             if (*in < 0x80) {
-                at = copy_ascii(at, source.end);
+                out = copy_ascii<kSafeFromEucTw>(source, out);
             } else if (!shifted && !is_gr(*in)) {
-                *at.written++ = *at.read++;
-            } else if (source.end - in < size) {
-                return at;
+                *out++ = *source.next++;
+            } else if (source.left() < size) {
+                return {source.next, out};
             } else {
                 const unsigned plane = shifted ? in[1] - 0xA0u : 1;
                 const bool known = in_range(plane, 1, kCnsPlanes);
-                at.read += size;
-                at.written = put_big5(at.written,
-                                      known ? kBig5OfCns.find(at.read[-2], at.read[-1], plane) : 0);
+                source.next += size;
+                out = put_big5(out, known ? kBig5OfCns.find(source.next[-2], source.next[-1], plane)
+                                          : 0);
             }
         }
     }
-    return at;
+    return {source.next, out};
 }
 
 } // namespace zv
@@ -173,53 +173,51 @@ int CnsCode(int ordinal, unsigned char* cns) {
 }
 
 int euchLength(const char* s) {
-    const zv::Source source(s);
+    zv::Source source(s);
     size_t length = source.left();
-    const zv::Byte* in = source.next;
     // Only what moves to another plane than the first grows, by two bytes.
-    while (source.end - in >= zv::kPairSize) {
-        if (*in < 0x80) {
-            in = zv::skip_ascii(in, source.end);
+    while (source.left() >= zv::kPairSize) {
+        if (*source.next < 0x80) {
+            zv::skip_ascii(source);
             continue;
         }
-        if (source.end - in >= zv::Block::kSize) {
-            const zv::Block block(zv::kCnsOfBig5, in);
+        if (source.left() >= zv::Block::kSize) {
+            const zv::Block block(zv::kCnsOfBig5, source.next);
             if (block.all_have(zv::kSecondHighBit)) {
                 for (const zv::TextCode cns : block.codes)
                     length += zv::growth(cns);
-                in += zv::Block::kSize;
+                source.next += zv::Block::kSize;
                 continue;
             }
         }
-        if (zv::is_gr(*in)) {
-            const zv::TextCode cns = zv::kCnsOfBig5.find(in[0], in[1]);
+        if (zv::is_gr(*source.next)) {
+            const zv::TextCode cns = zv::kCnsOfBig5.find(source.next[0], source.next[1]);
             length += cns != 0 && zv::plane_of(cns) != 1 ? 2 : 0;
-            in += zv::kPairSize;
+            source.next += zv::kPairSize;
         } else {
-            ++in;
+            ++source.next;
         }
     }
     return static_cast<int>(length);
 }
 
 int big5Length(const char* s) {
-    const zv::Source source(s);
+    zv::Source source(s);
     size_t length = source.left();
-    const zv::Byte* in = source.next;
     // Only four-byte characters shrink, by two bytes.
-    while (source.end - in >= zv::kShiftedSize) {
-        if (*in < 0x80) {
-            in = zv::skip_ascii(in, source.end);
-        } else if (*in == zv::kSingleShift2) {
+    while (source.left() >= zv::kShiftedSize) {
+        if (*source.next < 0x80) {
+            zv::skip_ascii(source);
+        } else if (*source.next == zv::kSingleShift2) {
             length -= 2;
-            in += zv::kShiftedSize;
-        } else if (zv::is_gr(*in)) {
-            in += zv::kPairSize;
+            source.next += zv::kShiftedSize;
+        } else if (zv::is_gr(*source.next)) {
+            source.next += zv::kPairSize;
             // In most texts more of them follow.
-            while (source.end - in >= 4 && zv::is_gr(in[0]) && zv::is_gr(in[2]))
-                in += 4;
+            while (source.left() >= 4 && zv::is_gr(source.next[0]) && zv::is_gr(source.next[2]))
+                source.next += 4;
         } else {
-            ++in;
+            ++source.next;
         }
     }
     return static_cast<int>(length);

@@ -151,7 +151,7 @@ Converted euc_to_shift_jis(Source source, Byte* out) {
     while (source.next != source.end) {
         const Byte byte = *source.next;
         if (byte < 0x80) {
-            out = copy_ascii(source, out);
+            out = copy_ascii<kSafeFromEucToShiftJis>(source, out);
         } else if (is_gr(byte)) {
             if (source.left() < 2)
                 break;

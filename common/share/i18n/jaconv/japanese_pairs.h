@@ -23,10 +23,18 @@ inline PairBlock unless(SignedPairBlock condition) {
     return std::bit_cast<PairBlock>(~condition);
 }
 
+// Where the output never is shorter than the source, what is left of the source is safe. A
+// half-width katakana of EUC is shorter in Shift-JIS by half; an escape sequence of JIS leaves
+// nothing.
+inline constexpr size_t kSafeWhereNothingShrinks = kBlockSize;
+inline constexpr size_t kSafeFromEucToShiftJis = 2 * kBlockSize;
+inline constexpr size_t kNeverSafe = static_cast<size_t>(-1);
+
 // Flipping bit 5 puts the lead bytes 81-9F and E0-EF of Shift-JIS side by side, as A1-CF.
 inline constexpr std::int16_t kJoinLeads = 0x20;
 
 struct ShiftJisToEucPairs {
+    static constexpr size_t kSafeLeft = kSafeWhereNothingShrinks;
     static PairBlock not_plain(PairBlock pairs) {
         const SignedPairBlock lead = first_bytes(pairs) ^ kJoinLeads;
         const SignedPairBlock trail = second_bytes(pairs);
@@ -43,6 +51,7 @@ struct ShiftJisToEucPairs {
 };
 
 struct EucToShiftJisPairs {
+    static constexpr size_t kSafeLeft = kSafeFromEucToShiftJis;
     static ByteBlock not_plain(PairBlock pairs) {
         const ByteBlock bytes = std::bit_cast<ByteBlock>(pairs);
         return std::bit_cast<ByteBlock>((bytes < 0xA1) | (bytes > 0xFE));
@@ -58,6 +67,7 @@ struct EucToShiftJisPairs {
 };
 
 struct ShiftJisToJisPairs {
+    static constexpr size_t kSafeLeft = kSafeWhereNothingShrinks;
     static PairBlock not_plain(PairBlock pairs) { return ShiftJisToEucPairs::not_plain(pairs); }
     static PairBlock convert(PairBlock pairs) {
         return ShiftJisToEucPairs::convert(pairs) & 0x7F7F;
@@ -65,12 +75,14 @@ struct ShiftJisToJisPairs {
 };
 
 struct EucToJisPairs {
+    static constexpr size_t kSafeLeft = kSafeWhereNothingShrinks;
     static ByteBlock not_plain(PairBlock pairs) { return EucToShiftJisPairs::not_plain(pairs); }
     static PairBlock convert(PairBlock pairs) { return pairs & 0x7F7F; }
 };
 
 // Bytes below 21 may be line ends or the escape, those above 7E are no JIS at all.
 struct JisToEucPairs {
+    static constexpr size_t kSafeLeft = kNeverSafe;
     static ByteBlock not_plain(PairBlock pairs) {
         const ByteBlock bytes = std::bit_cast<ByteBlock>(pairs);
         return std::bit_cast<ByteBlock>((bytes < 0x21) | (bytes > 0x7E));
@@ -79,6 +91,7 @@ struct JisToEucPairs {
 };
 
 struct JisToShiftJisPairs {
+    static constexpr size_t kSafeLeft = kNeverSafe;
     static ByteBlock not_plain(PairBlock pairs) { return JisToEucPairs::not_plain(pairs); }
     static PairBlock convert(PairBlock pairs) {
         return EucToShiftJisPairs::convert(pairs | 0x8080);

@@ -12,8 +12,9 @@ namespace zv {
 // that is not plain. They give byte for byte what the rules give.
 //
 // A block is stored whole and then counted only as far as it was plain, so what follows overwrites
-// the rest. That stays within the room of every conversion in which each source byte may give a
-// byte of output: where 16 bytes of source are left, so are 16 bytes of room.
+// the rest. Nothing is stored beyond the end of the result, for which a caller may have measured
+// the room: `SafeLeft` is how many bytes of source must be left so that a whole block of output is
+// certain to come of them. With fewer, only what counts is stored.
 
 inline constexpr size_t kBlockSize = 16;
 
@@ -45,19 +46,39 @@ inline size_t plain_bytes(Block not_plain) {
     return words[1] != 0 ? 8 + static_cast<size_t>(std::countr_zero(words[1])) / 8 : kBlockSize;
 }
 
+template <size_t SafeLeft, class Block>
+inline void store_front(Byte* to, Block block, size_t plain, const Source& source) {
+    if (plain == kBlockSize || source.left() >= SafeLeft)
+        store_block(to, block);
+    else
+        std::memcpy(to, &block, plain);
+}
+
 // Copies the run of ASCII at the front of the source.
+template <size_t SafeLeft = kBlockSize>
 inline Byte* copy_ascii(Source& source, Byte* out) {
     size_t plain = kBlockSize;
     while (plain == kBlockSize && source.left() >= kBlockSize) {
         const ByteBlock block = load_block(source.next);
-        store_block(out, block);
         plain = plain_bytes(block & 0x80);
+        store_front<SafeLeft>(out, block, plain, source);
         source.next += plain;
         out += plain;
     }
     while (source.next != source.end && *source.next < 0x80)
         *out++ = *source.next++;
     return out;
+}
+
+// Steps over the run of ASCII at the front of the source.
+inline void skip_ascii(Source& source) {
+    size_t plain = kBlockSize;
+    while (plain == kBlockSize && source.left() >= kBlockSize) {
+        plain = plain_bytes(load_block(source.next) & 0x80);
+        source.next += plain;
+    }
+    while (source.next != source.end && *source.next < 0x80)
+        ++source.next;
 }
 
 // Converts the run of plain two-byte characters at the front of the source; what is plain and what
@@ -67,8 +88,8 @@ inline Byte* convert_pairs(Source& source, Byte* out) {
     size_t plain = kBlockSize;
     while (plain == kBlockSize && source.left() >= kBlockSize) {
         const PairBlock pairs = std::bit_cast<PairBlock>(load_block(source.next));
-        store_block(out, Pairs::convert(pairs));
         plain = plain_bytes(Pairs::not_plain(pairs)) / 2 * 2;
+        store_front<Pairs::kSafeLeft>(out, Pairs::convert(pairs), plain, source);
         source.next += plain;
         out += plain;
     }

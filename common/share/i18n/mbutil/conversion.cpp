@@ -22,9 +22,18 @@ struct Conversion {
 // sequences of three and its code. From EUC that is 9 bytes for every 3 and 8 for a last
 // character of 2; a half-width katakana of Shift-JIS, one byte, takes as many, 9 for every 2.
 constexpr Conversion kConversions[] = {
-    {ZV_JIS, ZV_SJIS, jis2shiftx, 1, 1, true}, {ZV_JIS, ZV_EUC, jis2eucx, 1, 1, true},
-    {ZV_EUC, ZV_SJIS, euc2shiftx, 1, 1, true}, {ZV_EUC, ZV_JIS, euc2jisx, 3, 4, false},
-    {ZV_SJIS, ZV_EUC, shift2eucx, 2, 1, true}, {ZV_SJIS, ZV_JIS, shift2jisx, 5, 4, false},
+    {ZV_JIS, ZV_SJIS, jis2shiftx, 1, 1, true},
+    {ZV_JIS, ZV_EUC, jis2eucx, 1, 1, true},
+    {ZV_EUC, ZV_SJIS, euc2shiftx, 1, 1, true},
+    {ZV_EUC, ZV_JIS, euc2jisx, 3, 4, false},
+    {ZV_SJIS, ZV_EUC, shift2eucx, 2, 1, true},
+    {ZV_SJIS, ZV_JIS, shift2jisx, 5, 4, false},
+    {ZV_BIG5, ZV_EUC_H, big2euchx, 2, 1, true},
+    {ZV_EUC_H, ZV_BIG5, euch2bigx, 1, 1, true},
+    {ZV_8859_2, ZV_CP1250, c8859_2To1250x, 1, 1, false},
+    {ZV_8859_5, ZV_CP1251, c8859_5To1251x, 1, 1, false},
+    {ZV_CP1250, ZV_8859_2, c1250To8859_2x, 1, 1, false},
+    {ZV_CP1251, ZV_8859_5, c1251To8859_5x, 1, 1, false},
 };
 
 const Conversion* find_conversion(int from, int to) {
@@ -86,5 +95,7 @@ int MaxStringLengthOnWinAndUnix(const char* s) {
     int other_form = 0;
     if (zv::native_code_set == ZV_SJIS)
         other_form = eucLength(s);
+    else if (zv::native_code_set == ZV_BIG5)
+        other_form = euchLength(s);
     return other_form > length ? other_form : length;
 }

@@ -1,0 +1,52 @@
+"""Checks the built shared object: what it exports, what it needs, what it holds where.
+
+usage: library_object.py LIBRARY VERSION_SCRIPT TEST_FOLDER
+"""
+import pathlib
+import re
+import subprocess
+import sys
+
+library, version_script, tests = sys.argv[1:]
+failures = []
+
+
+def check(holds, message):
+    if not holds:
+        failures.append(message)
+
+
+def lines(*command):
+    return subprocess.run(command, capture_output=True, check=True, text=True).stdout.splitlines()
+
+
+wanted = set(re.findall(r"^\s+(\w+);$", pathlib.Path(version_script).read_text(), re.M))
+symbols = [line.split() for line in lines("readelf", "--wide", "--dyn-syms", library)]
+symbols = [s for s in symbols if len(s) == 8 and s[4] in ("GLOBAL", "WEAK") and s[6].isdigit()]
+exported = {s[7].split("@")[0] for s in symbols}
+check(exported == wanted, f"exported and listed names differ: {exported ^ wanted}")
+
+needed = re.findall(r"NEEDED.*\[(.*)\]", "\n".join(lines("readelf", "--dynamic", library)))
+check(needed == ["libc.so.6"], f"needs {needed}")
+
+sections = {}
+for line in lines("readelf", "--wide", "--section-headers", library):
+    if match := re.match(r"\s*\[\s*(\d+)\] (\S+)\s+\S+\s+\w+\s+\w+\s+(\w+)", line):
+        sections[match[1]] = (match[2], int(match[3], 16))
+# The one entry is the compiler's own frame registration.
+initialisers = dict(sections.values()).get(".init_array", 0)
+check(initialisers <= 8, f"{initialisers // 8 - 1} static initialisers")
+
+state = {"MBUTIL_Initialized", "MBUTIL_I_Am_MultiByte", "MBUTIL_I_Am_Japanese",
+         "serverNameFromConfig", "pellorAlarmIsSet"}
+for symbol in symbols:
+    name, section = symbol[7].split("@")[0], sections[symbol[6]][0]
+    if symbol[3] == "OBJECT" and name not in state:
+        check(section in (".rodata", ".data.rel.ro"), f"{name} stands in {section}")
+
+tested = "".join(path.read_text() for path in pathlib.Path(tests).glob("*_test.cpp"))
+for name in sorted(wanted):
+    check(re.search(rf"\b{name}\b", tested), f"no test names {name}")
+
+print("\n".join(failures) or "The shared object is as it should be.")
+sys.exit(bool(failures))
