@@ -215,13 +215,17 @@ extern const int Big5CnsTableSize;
 extern const struct Big5CnsRange Big5CnsTable[];
 /** The same rows in ordinals (Big5Order(), CnsOrder() within the plane), ascending by Big5. */
 extern const struct Big5CnsRange Big5ToCnsTable[];
-/** The same rows in ordinals, CNS counted through the planes (8836 a plane), ascending by CNS. */
+/**
+ * The same rows in ordinals, CNS counted through the planes (8836 a plane), ascending by CNS. Where
+ * Big5 has a character twice (C94A, DDFC), the row of the second lies within an earlier row.
+ */
 extern const struct Big5CnsRange CnsToBig5Table[];
 
 /**
  * Converts Big5 to EUC-TW: plane 1 in two bytes, the other planes in four.
  * @param src Big5 text.
- * @param dst receives the EUC-TW text; room for twice the length of @p src plus 1 bytes.
+ * @param dst receives the EUC-TW text; room for twice the length of @p src plus 1 bytes, or for
+ *            euchLength() plus 1.
  * @return @p dst.
  */
 char* big2euchx(const char* src, char* dst);
@@ -229,7 +233,8 @@ char* big2euchx(const char* src, char* dst);
 /**
  * Converts EUC-TW to Big5; both the two-byte and the four-byte form of plane 1 are read.
  * @param src EUC-TW text.
- * @param dst receives the Big5 text; room for the length of @p src plus 1 bytes.
+ * @param dst receives the Big5 text; room for the length of @p src plus 1 bytes, or for
+ *            big5Length() plus 1.
  * @return @p dst.
  */
 char* euch2bigx(const char* src, char* dst);
@@ -282,7 +287,8 @@ int euchLength(const char* s);
 /**
  * Counts the bytes of the Big5 form of an EUC-TW string.
  * @param s EUC-TW text.
- * @return bytes, without the terminator: 2 for each two- or four-byte character, else 1 a byte.
+ * @return bytes, without the terminator: 2 for each two- or four-byte character, else 1 a byte;
+ *         also 1 a byte for a character that the terminator cuts short.
  */
 int big5Length(const char* s);
 /** @} */

@@ -13,6 +13,9 @@
 #else
 #define BENEATH(name) __libc_##name
 #endif
+// The first allocations come before the thread sanitizer is ready to observe anything.
+#define UNOBSERVED __attribute__((no_sanitize("thread")))
+
 extern "C" void* BENEATH(malloc)(size_t size);
 extern "C" void* BENEATH(calloc)(size_t count, size_t size);
 extern "C" void* BENEATH(realloc)(void* block, size_t size);
@@ -25,7 +28,7 @@ namespace {
 [[gnu::tls_model("initial-exec")]] constinit thread_local int until_failure = 0;
 [[gnu::tls_model("initial-exec")]] constinit thread_local bool has_failed = false;
 
-bool fails_now() {
+UNOBSERVED bool fails_now() {
     if (until_failure == 0 || --until_failure != 0)
         return false;
     has_failed = true;
@@ -33,7 +36,7 @@ bool fails_now() {
     return true;
 }
 
-void* counted(void* block) {
+UNOBSERVED void* counted(void* block) {
     live += block != nullptr;
     return block;
 }
@@ -53,15 +56,15 @@ bool fail_allocation(int nth) {
 
 } // namespace test
 
-extern "C" void* malloc(size_t size) {
+extern "C" UNOBSERVED void* malloc(size_t size) {
     return fails_now() ? nullptr : counted(BENEATH(malloc)(size));
 }
 
-extern "C" void* calloc(size_t count, size_t size) {
+extern "C" UNOBSERVED void* calloc(size_t count, size_t size) {
     return fails_now() ? nullptr : counted(BENEATH(calloc)(count, size));
 }
 
-extern "C" void* realloc(void* block, size_t size) {
+extern "C" UNOBSERVED void* realloc(void* block, size_t size) {
     if (fails_now())
         return nullptr;
     void* moved = BENEATH(realloc)(block, size);
@@ -71,7 +74,7 @@ extern "C" void* realloc(void* block, size_t size) {
     return moved;
 }
 
-extern "C" void free(void* block) {
+extern "C" UNOBSERVED void free(void* block) {
     live -= block != nullptr;
     BENEATH(free)(block);
 }

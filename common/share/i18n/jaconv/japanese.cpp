@@ -2,8 +2,8 @@
 
 #include "jaconv.h"
 #include "japanese_codes.h"
+#include "japanese_pairs.h"
 #include "katakana.h"
-#include "kernels.h"
 #include "scanners.h"
 
 namespace zv {
@@ -13,25 +13,43 @@ constexpr bool is_line_end(Byte byte) {
     return byte == '\n' || byte == '\r';
 }
 
+// Converts the well-formed character at the front of the source, whose converted code is given, and
+// the run of plain ones that it may begin.
+template <class Pairs>
+Byte* convert_run(Source& source, Byte* out, Code code) {
+    const Byte* before = source.next;
+    out = convert_pairs<Pairs>(source, out);
+    if (source.next != before)
+        return out;
+    source.next += 2;
+    return put_pair(out, code.first, code.second);
+}
+
 // Writes JIS text and keeps its shift state.
 class JisWriter {
 public:
     JisWriter(Byte* out, JisMode mode) : out_(out), mode_(mode) {}
 
-    void put_code(Code jis) {
+    template <class Pairs>
+    void put_run(Source& source, Code jis) {
         switch_to(JisMode::two_byte);
-        out_ = put_pair(out_, jis.first, jis.second);
+        out_ = convert_run<Pairs>(source, out_, jis);
     }
     void put_katakana(Byte half_width) {
         const BytePair wide = widen_katakana(half_width);
-        put_code(jis_from_shift_jis(wide.first, wide.second));
+        const Code jis = jis_from_shift_jis(wide.first, wide.second);
+        switch_to(JisMode::two_byte);
+        out_ = put_pair(out_, jis.first, jis.second);
     }
     void put_single(Byte byte) {
         switch_to(JisMode::single_byte);
         *out_++ = byte;
     }
     // A pair that is no character passes through in whatever mode the text is.
-    void put_malformed(Byte first, Byte second) { out_ = put_pair(out_, first, second); }
+    void put_malformed(Source& source) {
+        out_ = put_pair(out_, source.next[0], source.next[1]);
+        source.next += 2;
+    }
     void put_ascii_run(Source& source) {
         switch_to(JisMode::single_byte);
         out_ = copy_ascii(source, out_);
@@ -69,7 +87,7 @@ size_t escape_length(const Source& source) {
 }
 
 // Reads JIS text; `encode` gives the two bytes of a code in the target encoding.
-template <class Encode>
+template <class Pairs, class Encode>
 Converted decode_jis(Source source, Byte* out, JisMode& mode, Encode encode) {
     while (source.next != source.end) {
         if (mode == JisMode::single_byte) {
@@ -94,9 +112,8 @@ Converted decode_jis(Source source, Byte* out, JisMode& mode, Encode encode) {
         } else {
             if (source.left() < 2)
                 break;
-            const Code code = encode(byte, source.next[1]);
-            out = put_pair(out, code.first, code.second);
-            source.next += 2;
+            const Code code = encode({byte, source.next[1]});
+            out = convert_run<Pairs>(source, out, code);
         }
     }
     return {source.next, out};
@@ -115,11 +132,11 @@ Converted shift_jis_to_euc(Source source, Byte* out) {
             const Byte trail = source.next[1];
             if (ShiftJisScanner::is_trail(trail)) {
                 const Code jis = jis_from_shift_jis(byte, trail);
-                out = put_pair(out, jis.first + 0x80, jis.second + 0x80);
+                out = convert_run<ShiftJisToEucPairs>(source, out, euc_from_jis(jis));
             } else {
                 out = put_pair(out, byte, trail);
+                source.next += 2;
             }
-            source.next += 2;
         } else {
             if (ShiftJisScanner::is_half_katakana(byte))
                 *out++ = kSingleShift2;
@@ -140,12 +157,12 @@ Converted euc_to_shift_jis(Source source, Byte* out) {
                 break;
             const Byte trail = source.next[1];
             if (is_gr(trail)) {
-                const Code code = shift_jis_from_jis(byte - 0x80u, trail - 0x80u);
-                out = put_pair(out, code.first, code.second);
+                const Code code = shift_jis_from_jis(jis_from_euc(byte, trail));
+                out = convert_run<EucToShiftJisPairs>(source, out, code);
             } else {
                 out = put_pair(out, byte, trail);
+                source.next += 2;
             }
-            source.next += 2;
         } else if (byte == kSingleShift2) {
             if (source.left() < 2)
                 break;
@@ -173,10 +190,9 @@ Converted shift_jis_to_jis(Source source, Byte* out, JisMode& mode) {
                 break;
             const Byte trail = source.next[1];
             if (ShiftJisScanner::is_trail(trail))
-                jis.put_code(jis_from_shift_jis(byte, trail));
+                jis.put_run<ShiftJisToJisPairs>(source, jis_from_shift_jis(byte, trail));
             else
-                jis.put_malformed(byte, trail);
-            source.next += 2;
+                jis.put_malformed(source);
         } else {
             if (ShiftJisScanner::is_half_katakana(byte))
                 jis.put_katakana(byte);
@@ -199,13 +215,14 @@ Converted euc_to_jis(Source source, Byte* out, JisMode& mode) {
             if (source.left() < 2)
                 break;
             const Byte trail = source.next[1];
-            if (is_gr(byte) && is_gr(trail))
-                jis.put_code({byte - 0x80u, trail - 0x80u});
-            else if (byte == kSingleShift2 && ShiftJisScanner::is_half_katakana(trail))
+            if (is_gr(byte) && is_gr(trail)) {
+                jis.put_run<EucToJisPairs>(source, jis_from_euc(byte, trail));
+            } else if (byte == kSingleShift2 && ShiftJisScanner::is_half_katakana(trail)) {
                 jis.put_katakana(trail);
-            else
-                jis.put_malformed(byte, trail);
-            source.next += 2;
+                source.next += 2;
+            } else {
+                jis.put_malformed(source);
+            }
         } else {
             jis.put_single(byte);
             ++source.next;
@@ -216,19 +233,17 @@ Converted euc_to_jis(Source source, Byte* out, JisMode& mode) {
 }
 
 Converted jis_to_shift_jis(Source source, Byte* out, JisMode& mode) {
-    return decode_jis(source, out, mode, shift_jis_from_jis);
+    return decode_jis<JisToShiftJisPairs>(source, out, mode, shift_jis_from_jis);
 }
 
 Converted jis_to_euc(Source source, Byte* out, JisMode& mode) {
-    return decode_jis(source, out, mode, [](unsigned first, unsigned second) {
-        return Code{first + 0x80, second + 0x80};
-    });
+    return decode_jis<JisToEucPairs>(source, out, mode, euc_from_jis);
 }
 
-void finish_from_jis(Converted converted, const Source& source) {
+Byte* finish_from_jis(Converted converted, const Source& source) {
     if (converted.read != source.end && *converted.read == kEscape)
         converted.read = source.end;
-    finish(converted, source);
+    return finish(converted, source);
 }
 
 } // namespace zv

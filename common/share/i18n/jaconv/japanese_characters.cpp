@@ -22,7 +22,7 @@ void sjis2jis(int* first, int* second) {
 
 void jis2sjis(int* first, int* second) {
     const zv::Code shift_jis =
-        zv::shift_jis_from_jis(static_cast<Byte>(*first), static_cast<Byte>(*second));
+        zv::shift_jis_from_jis({static_cast<Byte>(*first), static_cast<Byte>(*second)});
     store(shift_jis, first, second);
 }
 

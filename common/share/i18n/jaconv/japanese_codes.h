@@ -22,10 +22,18 @@ constexpr Code jis_from_shift_jis(unsigned lead, unsigned trail) {
     return {((lead - row_offset) << 1) - odd_row, trail - cell_offset};
 }
 
-constexpr Code shift_jis_from_jis(unsigned first, unsigned second) {
-    const unsigned row_offset = first < 0x5F ? 0x70 : 0xB0;
-    const unsigned cell_offset = first % 2 == 0 ? 0x7E : second > 0x5F ? 0x20 : 0x1F;
-    return {((first + 1) >> 1) + row_offset, second + cell_offset};
+constexpr Code shift_jis_from_jis(Code jis) {
+    const unsigned row_offset = jis.first < 0x5F ? 0x70 : 0xB0;
+    const unsigned cell_offset = jis.first % 2 == 0 ? 0x7E : jis.second > 0x5F ? 0x20 : 0x1F;
+    return {((jis.first + 1) >> 1) + row_offset, jis.second + cell_offset};
+}
+
+constexpr Code euc_from_jis(Code jis) {
+    return {jis.first + 0x80, jis.second + 0x80};
+}
+
+constexpr Code jis_from_euc(unsigned first, unsigned second) {
+    return {first - 0x80, second - 0x80};
 }
 
 // The mode behind ESC and the byte c, with the final byte of a designation or without.

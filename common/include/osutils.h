@@ -1,0 +1,276 @@
+/**
+ * @file osutils.h
+ * @brief Services of the operating system: files, processes, the system log, the machine.
+ *
+ * Strings are zero-terminated byte strings that are handed to the system as they are, whatever the
+ * current code set; lengths and rooms are bytes. Booleans are 1 and 0. Where a function reports a
+ * failure, errno gives the reason.
+ */
+#ifndef ZVUTIL_OSUTILS_H
+#define ZVUTIL_OSUTILS_H
+
+#include <stdint.h>
+#include <stdio.h>
+#include <sys/types.h>
+#include <time.h>
+
+#include "zvosutil.h"
+#include "zvstdio.h"
+
+struct sigaction;
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+#pragma GCC visibility push(default)
+
+/**
+ * @defgroup files Files
+ * @brief Locks, sizes and times, line files, names, temporary files.
+ *
+ * A name that ends in Fd takes a descriptor, one with ZV in it a stream of zvstdio.h, and the plain
+ * name a standard stream. The forms for streams work on the stream's descriptor: they neither flush
+ * nor reposition it. A stream that is NULL or no open stream fails with EBADF.
+ *
+ * The locks are the system's record locks, over the whole file however far it grows. They keep out
+ * other processes that ask for one, not other threads. Closing any descriptor of a file releases
+ * all locks that the process holds on it; so do OSFindLineInFile() and OSAppendLineToFile().
+ * @{
+ */
+
+/** Lock types; any other value than #ZV_LOCK_WRITE asks for a read lock. */
+enum {
+    ZV_LOCK_WRITE = 1, /**< Keeps out all others; the descriptor is open for writing. */
+    ZV_LOCK_READ = 2   /**< Keeps out writers; the descriptor is open for reading. */
+};
+
+/**
+ * Locks a whole file, or changes the lock that the process holds on it.
+ * @param lock_type #ZV_LOCK_WRITE or #ZV_LOCK_READ.
+ * @param wait 1 waits until the lock is granted, signals notwithstanding; any other value gives up
+ *             when another process holds a conflicting lock.
+ * @return 1; 0 with errno: EACCES or EAGAIN for a conflicting lock, EDEADLK when both processes
+ *         would wait for each other, EBADF when the descriptor is not open for that type.
+ */
+unsigned char OSLockFileFd(int descriptor, int lock_type, int wait);
+/** OSLockFileFd() for a stream of zvstdio.h. */
+unsigned char OSLockZVFile(ZVFILE* stream, int lock_type, int wait);
+/** OSLockFileFd() for a standard stream. */
+unsigned char OSLockFile(FILE* stream, int lock_type, int wait);
+
+/** Releases the process's locks on a file. @return 1, also when there was none; 0 with errno. */
+unsigned char OSUnLockFileFd(int descriptor);
+/** OSUnLockFileFd() for a stream of zvstdio.h. */
+unsigned char OSUnLockZVFile(ZVFILE* stream);
+/** OSUnLockFileFd() for a standard stream. */
+unsigned char OSUnLockFile(FILE* stream);
+
+/** Tells whether a path leads to something, symbolic links followed. @return 1, else 0. */
+unsigned char OSFileExists(const char* path);
+
+/** Gives the time of a file's last modification. @return seconds since the epoch; 0 on failure. */
+time_t OSZVFileModifiedTime(ZVFILE* stream);
+/** OSZVFileModifiedTime() for a standard stream. */
+time_t OSFileModifiedTime(FILE* stream);
+
+/**
+ * Gives the size of a file.
+ * @return bytes; -1 with errno, EOVERFLOW for a size beyond 2147483647.
+ */
+int OSFileSize(const char* path);
+
+/**
+ * Cuts a file, or extends it with zero bytes.
+ * @param length bytes; below 0 is taken as 0.
+ * @return 1; 0 with errno.
+ */
+unsigned char OSFileTruncateFd(int descriptor, int length);
+/** OSFileTruncateFd() for a stream of zvstdio.h. */
+unsigned char OSZVFileTruncate(ZVFILE* stream, int length);
+/** OSFileTruncateFd() for a standard stream. */
+unsigned char OSFileTruncate(FILE* stream, int length);
+
+/**
+ * Searches a file for a line, under a read lock that it waits for.
+ * @param text the whole line, its line feed included; compared byte by byte. A line of more than
+ *             351 bytes counts as several, each of 351 bytes but the last.
+ * @return the number of the first such line, from 1; 0 when there is none (a line that the end of
+ *         the file ends, rather than a line feed, is none); -1 with errno when the file cannot be
+ *         opened, locked or read.
+ */
+int OSFindLineInFile(const char* path, const char* text);
+
+/**
+ * Appends a line to a file, which it makes where there is none, under a write lock that it waits
+ * for: lines from several processes never mix.
+ * @param text the line, without its line feed.
+ * @return 0; -1 with errno when the file cannot be opened or locked, or the line not be written
+ *         whole. A part of a line is taken away again.
+ */
+int OSAppendLineToFile(const char* path, const char* text);
+
+/**
+ * Removes the entries of a directory whose names match a pattern. Directories, what may not be
+ * removed, and paths of more than 511 bytes stay.
+ * @param directory path of the directory, with or without a trailing slash.
+ * @param pattern   as in fnmatch(): "*", "?" and "*.[ch]" match leading dots too, a backslash takes
+ *                  the next character literally.
+ * @return 1 always, also when the directory cannot be opened.
+ */
+int OSRemoveFiles(const char* directory, const char* pattern);
+
+/** Renames a file as rename() does, in place of one of the new name. @return 0; -1 with errno. */
+int OSRename(const char* old_path, const char* new_path);
+
+/**
+ * Composes a file name: the directory and the name put together, or a name that begins with "/"
+ * alone.
+ * @param directory ends with "/"; not looked at for a name that begins with "/".
+ * @param out       room for 256 bytes; emptied on failure.
+ * @return 1; 0 when the result would have more than 255 bytes.
+ */
+unsigned char OSBuildFilename(const char* directory, const char* name, char* out);
+
+/** Gives the directory for temporary files that outlive a restart. @return "/var/tmp/", static. */
+const char* OSTmpPath(void);
+
+/**
+ * Makes up the name of a file that does not exist, in the directory of the environment variable
+ * "TMPDIR" or else the system's. Another process may make that file first: open it with O_EXCL, or
+ * take a file without a name from OSTmpZVFile(), OSTmpFile() or OSTmpFileFd().
+ * @param prefix the first bytes of the name, of which the system takes five; may be NULL.
+ * @return the path, to be released with free(); NULL with errno.
+ */
+char* OSTmpName(const char* prefix);
+
+/**
+ * Opens a temporary file, for reading and writing. It has no name, so that nobody else can open it,
+ * and goes when it is closed.
+ * @return the stream, to be closed with ZVfclose(); NULL with errno.
+ */
+ZVFILE* OSTmpZVFile(void);
+
+/** OSTmpZVFile() as a standard stream. @return the stream, to be closed; NULL with errno. */
+FILE* OSTmpFile(void);
+
+/** OSTmpZVFile() as a descriptor. @return the descriptor, to be closed; -1 with errno. */
+int OSTmpFileFd(void);
+/** @} */
+
+/**
+ * @defgroup process Process, log, locale and system
+ * @brief Alarms and limits of the process, the system log, message catalogues, the machine.
+ *
+ * The log functions write one message each, at the priority LOG_ERR and to the facility that the
+ * process chose with openlog(); the library neither opens nor closes the log. Their format is the
+ * one of syslog(), "%m" included. The values are words, passed on unchanged: integers are formatted
+ * with "%ld" and its kin, a pointer is cast to intptr_t and formatted with "%s" or "%p". Values
+ * that the format does not name are passed as 0. The type that some of them take is ignored.
+ * @{
+ */
+
+/**
+ * 1 after an OSAlarm() that armed the alarm, 0 at first and after one that cancelled it. It stays 1
+ * when the alarm goes off. The library never reads it.
+ */
+extern int pellorAlarmIsSet;
+
+/** Lets the calling thread sleep; a signal may end the sleep early. */
+void OSSleep(unsigned seconds);
+
+/**
+ * Sends a signal to a process; a failure is not reported.
+ * @param process 0 for the caller's process group. A negative id does nothing, so that no mistake
+ *                signals every process.
+ */
+void OSSignalProcess(pid_t process, int signal_number);
+
+/** Does nothing: the system sets the priorities. */
+void OSSetProcPrio(int priority);
+
+/** Raises the process's limit of open descriptors to its hard limit; a failure is not reported. */
+void OSSetProcLimits(void);
+
+/** Does nothing: alarms need no preparation. */
+void OSInitAlarms(void);
+
+/**
+ * Installs the process's action for SIGALRM; a failure is not reported.
+ * @param action     the new action, or NULL to leave it.
+ * @param old_action receives the action up to now, or NULL.
+ */
+void OSSetAlarmProc(const struct sigaction* action, struct sigaction* old_action);
+
+/**
+ * Arms the process's one alarm, in place of the one before, and sets #pellorAlarmIsSet.
+ * @param seconds 0 cancels the alarm.
+ * @return the seconds that the alarm before had left, 0 when there was none.
+ */
+unsigned OSAlarm(unsigned seconds);
+
+/** Logs a message of five values. */
+void OSLogError(const char* format, intptr_t value1, intptr_t value2, intptr_t value3,
+                intptr_t value4, intptr_t value5);
+
+/** The same as OSLogError(). */
+void OSLogError2(const char* format, intptr_t value1, intptr_t value2, intptr_t value3,
+                 intptr_t value4, intptr_t value5);
+
+/** Logs a message of four values. */
+void OSLogError3(const char* format, intptr_t value1, intptr_t value2, intptr_t value3,
+                 intptr_t value4);
+
+/** Logs a message of five values; the type stands before the last of them. */
+void OSLogErrorWithType(const char* format, intptr_t value1, intptr_t value2, intptr_t value3,
+                        intptr_t value4, int type, intptr_t value5);
+
+/** The same as OSLogErrorWithType(). */
+void OSLogError2WithType(const char* format, intptr_t value1, intptr_t value2, intptr_t value3,
+                         intptr_t value4, int type, intptr_t value5);
+
+/** Logs a message of four values; the type stands before the last of them. */
+void OSLogError3WithType(const char* format, intptr_t value1, intptr_t value2, intptr_t value3,
+                         int type, intptr_t value4);
+
+/** Logs a text as it is, percent signs included. */
+void OSLogString(const char* text);
+
+/** Logs a text as it is; the type is ignored. */
+void OSLogStringWithType(const char* text, int type);
+
+/** Takes the time of day, as OSGetStatsTime() does. @param stamp receives it. */
+void OSGetTimeForStats(ZVStatsTime* stamp);
+
+/** Does nothing: streams have one mode. */
+void OSSetDefaultStreamMode(void);
+
+/**
+ * Prepares the environment for message catalogues. "LANG" becomes "C" when it is missing or empty.
+ * "/usr/lib/locale/%L/LC_MESSAGES/%N" is added behind the value of "NLSPATH", which may be missing
+ * or empty; each call adds it again. Without memory, "NLSPATH" stays as it was.
+ *
+ * Changes the environment: call it before other threads start, and before any locale is used.
+ */
+void OSInitLanguage(void);
+
+/**
+ * Gives the hardware class of the machine, such as "x86_64".
+ * @param out room for 258 bytes; emptied on failure.
+ * @return 1, or 0 when the system does not tell.
+ */
+unsigned char OSGetHardware(char* out);
+
+/**
+ * Gives the name and the release of the operating system, with a space between them.
+ * @param out room for 516 bytes; emptied on failure.
+ * @return 1, or 0 when the system does not tell.
+ */
+unsigned char OSGetOS(char* out);
+/** @} */
+
+#pragma GCC visibility pop
+#ifdef __cplusplus
+}
+#endif
+
+#endif

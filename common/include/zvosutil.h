@@ -1,0 +1,113 @@
+/**
+ * @file zvosutil.h
+ * @brief Thread primitives, reentrant look-ups, XML encoding declaration, currency detail lists.
+ *
+ * Nothing here keeps state of its own: every function may run in any number of threads at once.
+ */
+#ifndef ZVUTIL_ZVOSUTIL_H
+#define ZVUTIL_ZVOSUTIL_H
+
+#include <netdb.h>
+#include <pthread.h>
+#include <stdint.h>
+#include <time.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+#pragma GCC visibility push(default)
+
+/**
+ * @defgroup threads Critical sections and thread-local storage
+ * @brief Portable names for a mutex and a key; the objects belong to the caller.
+ *
+ * Initialise a critical section once, enter and leave it from any threads, delete it when none
+ * uses it any more. It excludes threads, not processes, and it is not recursive: a thread that
+ * enters it twice waits for ever. Failures are not reported.
+ * @{
+ */
+
+/** Initialises a critical section. @param section a mutex, not yet initialised. */
+void OSInitializeCriticalSection(pthread_mutex_t* section);
+
+/** Waits until the calling thread holds a critical section. */
+void OSEnterCriticalSection(pthread_mutex_t* section);
+
+/** Leaves a critical section that the calling thread holds. */
+void OSLeaveCriticalSection(pthread_mutex_t* section);
+
+/** Releases what a critical section takes of the system; no thread may hold or await it. */
+void OSDeleteCriticalSection(pthread_mutex_t* section);
+
+/**
+ * Makes a thread-local storage key, whose value is NULL in every thread.
+ * @param key receives the key. It has no destructor: what a thread's value points to is not
+ *            released when the thread ends.
+ */
+void OSTLSAlloc(pthread_key_t* key);
+
+/** Gives the calling thread's value of a key. @return the value; NULL when it has set none. */
+void* OSTLSGetValue(pthread_key_t key);
+
+/** Sets the calling thread's value of a key. @param value any pointer; it is only kept. */
+void OSTLSSetValue(pthread_key_t key, const void* value);
+
+/** Gives a key back. The values that threads have set are not released. */
+void OSTLSFree(pthread_key_t key);
+/** @} */
+
+/**
+ * @defgroup lookups Reentrant look-ups and time
+ * @brief The system's look-ups, with their results in the caller's memory.
+ * @{
+ */
+
+/**
+ * Looks a host up by its name.
+ * @param name          host name, alias or dotted address.
+ * @param entry         receives the entry; its strings and lists stand in @p buffer.
+ * @param buffer        work area of @p buffer_length bytes; 1024 do for most hosts.
+ * @param error         receives the reason of a failure: HOST_NOT_FOUND, TRY_AGAIN, NO_RECOVERY,
+ *                      NO_DATA, or NETDB_INTERNAL when the buffer is too small.
+ * @return @p entry, or NULL. What @p error holds after a success means nothing.
+ */
+struct hostent* OSGetHostByName(const char* name, struct hostent* entry, char* buffer,
+                                int buffer_length, int* error);
+
+/**
+ * Looks a host up by its address.
+ * @param address        the address's bytes in network order.
+ * @param address_length their number: 4 for AF_INET, 16 for AF_INET6.
+ * @param address_type   AF_INET or AF_INET6.
+ * @param entry          receives the entry; its strings and lists stand in @p buffer.
+ * @param buffer         work area of @p buffer_length bytes.
+ * @param error          receives the reason of a failure, as for OSGetHostByName().
+ * @return @p entry, or NULL.
+ */
+struct hostent* OSGetHostByAddr(const void* address, int address_length, int address_type,
+                                struct hostent* entry, char* buffer, int buffer_length, int* error);
+
+/**
+ * Converts a calendar time to local time.
+ * @param seconds     seconds since the epoch.
+ * @param broken_down receives the local time.
+ * @return @p broken_down, or NULL with `errno` EOVERFLOW when the year does not fit.
+ */
+struct tm* OSLocalTime(const time_t* seconds, struct tm* broken_down);
+
+/** A time stamp for statistics; good until the year 2106. */
+typedef struct ZVStatsTime {
+    uint32_t seconds;      /**< Whole seconds since the epoch. */
+    uint32_t microseconds; /**< 0 to 999999. */
+} ZVStatsTime;
+
+/** Takes the time of day. @param stamp receives it. */
+void OSGetStatsTime(ZVStatsTime* stamp);
+/** @} */
+
+#pragma GCC visibility pop
+#ifdef __cplusplus
+}
+#endif
+
+#endif
