@@ -535,17 +535,22 @@ char* convertToQuotedPrintable(char* dst, const char* src);
 
 /**
  * Decodes one line of quoted-printable text, up to its terminator, CR or LF, which is not copied.
- * Bytes that have no place in such text are dropped.
- * @param dst receives the decoded bytes; room for the length of @p src plus 1 bytes.
+ * Soft line breaks are taken out; so are bytes that have no place in such text. What follows "=" and
+ * is no escape stays, where it began with a digit without the "=". Calls InitMbutil() at the first
+ * "=" when nothing has set the current code set.
+ * @param dst receives the decoded bytes; room for the length of @p src plus 1 bytes. May be @p src.
  * @return @p dst.
  */
 char* convertFromQuotedPrintable(char* dst, const char* src);
 
 /**
  * Writes 7-bit JIS text as base64 encoded words; what stands before the first ESC stays as it is.
- * @param dst     receives ASCII text. Room: each 3 bytes of @p src or fewer, cut at every ESC,
- *                give 4, and each may be followed by a new word of twice the length of @p charset
- *                plus 28; a safe bound is (length of @p src + 1) * (length of @p charset + 32).
+ *
+ * Words end before every ESC and, on lines joined by LF, space, TAB, from column 72 on. That may be
+ * between the two bytes of a character, so cut longer text into pieces, as convertSubjectForMail()
+ * does: at 36 bytes of two-byte text no word has got that far.
+ * @param dst     receives ASCII text. Each byte of @p src becomes at most four digits and a new
+ *                word; a safe room is (length of @p src + 1) * (length of @p charset + 18).
  * @param src     7-bit JIS text.
  * @param charset charset name for the words, ASCII.
  * @return the terminator of @p dst when a word was written; @p dst when @p src holds no ESC.
