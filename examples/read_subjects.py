@@ -7,4 +7,5 @@ headers = sys.stdin.buffer.read().decode("latin-1")
 # Every subject is a message of its own; continuation lines begin with white space.
 for message in headers.split("Subject: ")[1:]:
     subject = email.parser.HeaderParser().parsestr("Subject: " + message)["Subject"]
-    print(email.header.make_header(email.header.decode_header(subject)))
+    parts = email.header.decode_header(subject)
+    print("".join(p if isinstance(p, str) else p.decode(charset or "ascii") for p, charset in parts))
