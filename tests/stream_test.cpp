@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <signal.h>
 #include <sys/resource.h>
@@ -11,12 +10,13 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cstdint>
+#include <fstream>
 #include <memory>
-#include <ostream>
 #include <random>
 #include <string>
-#include <vector>
+#include <tuple>
 
 #include "support/failing_allocation.h"
 #include "support/guarded.h"
@@ -36,73 +36,6 @@ Stream open_stream(const TemporaryFile& file, const char* mode) {
     return Stream(ZVfopen(file.path(), mode));
 }
 
-// What one operation shows of itself.
-struct Outcome {
-    long result;
-    std::string data;
-    long position;
-    int at_end;
-    int error;
-    bool operator==(const Outcome&) const = default;
-};
-std::ostream& operator<<(std::ostream& out, const Outcome& o) {
-    return out << o.result << " '" << testing::PrintToString(o.data) << "' at " << o.position
-               << " end " << o.at_end << " error " << o.error;
-}
-
-enum Operation { getc, ungetc, read, gets, write, puts, seek_set, seek_by, seek_end, rewind };
-
-struct Step {
-    Operation operation;
-    long number; // a byte, a size or an offset
-    long items;
-    std::string text;
-};
-
-Outcome run(ZVFILE* stream, const Step& step) {
-    Outcome o{};
-    const auto size = static_cast<size_t>(step.number);
-    const auto items = static_cast<size_t>(step.items);
-    switch (step.operation) {
-    case getc:
-        o.result = ZVfgetc(stream);
-        break;
-    case ungetc:
-        o.result = ZVungetc(static_cast<int>(step.number), stream);
-        break;
-    case read: {
-        test::GuardedRoom room(size * items);
-        o.result = static_cast<long>(ZVfread(room.data(), size, items, stream));
-        o.data.assign(room.data(), size * items);
-        break;
-    }
-    case gets: {
-        test::GuardedRoom room(size);
-        o.result = ZVfgets(room.data(), static_cast<int>(size), stream) == room.data();
-        o.data.assign(room.data(), size);
-        break;
-    }
-    case write:
-        o.result = static_cast<long>(ZVfwrite(step.text.data(), 1, step.text.size(), stream));
-        break;
-    case puts:
-        o.result = ZVfputs(step.text.c_str(), stream);
-        break;
-    case seek_set:
-    case seek_end:
-    case seek_by:
-        o.result = ZVfseek(stream, step.number,
-                           step.operation == seek_set   ? SEEK_SET
-                           : step.operation == seek_end ? SEEK_END
-                                                        : SEEK_CUR);
-        break;
-    case rewind:
-        ZVrewind(stream);
-        break;
-    }
-    return {o.result, o.data, ZVftell(stream), ZVfeof(stream), ZVferror(stream)};
-}
-
 // A file as a byte array with a position; bytes pushed back lie in front of the rest of the file.
 struct Model {
     std::string file;
@@ -114,15 +47,15 @@ struct Model {
     long ahead = 0;          // bytes read or pushed back and not consumed
     long front_room = 0;     // bytes that can be pushed back before them
 
+    // The next byte, 0 to 255, or 256 at the end.
     int next() {
         if (ahead == 0) {
             ahead = std::clamp<long>(static_cast<long>(file.size()) - position, 0, 4096);
             front_room = 4;
+            at_end |= ahead == 0;
         }
-        if (ahead == 0) {
-            at_end = 1;
-            return -1;
-        }
+        if (ahead == 0)
+            return 256;
         const char byte = pushed.empty() ? file[static_cast<size_t>(position)] : pushed.back();
         if (!pushed.empty())
             pushed.pop_back();
@@ -131,7 +64,16 @@ struct Model {
         ++front_room;
         return static_cast<unsigned char>(byte);
     }
-    long push(long c) {
+    std::string take(long most, int last) {
+        std::string taken;
+        for (int c = -1; c != last && static_cast<long>(taken.size()) < most;) {
+            if ((c = next()) == 256)
+                break;
+            taken.push_back(static_cast<char>(c));
+        }
+        return taken;
+    }
+    long push(int c) {
         if (ahead == 0)
             front_room = 4096;
         if (front_room == 0)
@@ -143,120 +85,120 @@ struct Model {
         at_end = 0;
         return c;
     }
-    long move(long place) {
+    bool move(long place) {
         if (place < 0) {
             error = EINVAL;
-            return -1;
+            return false;
         }
         position = place;
         pushed.clear();
         ahead = 0;
-        return 0;
+        return true;
     }
-    long put(const std::string& text) {
-        if (move(append ? static_cast<long>(file.size()) : position) != 0)
+    size_t write(const std::string& text) {
+        if (!move(append ? static_cast<long>(file.size()) : position) || text.empty())
             return 0;
         const auto place = static_cast<size_t>(position);
-        if (!text.empty() && file.size() < place + text.size())
-            file.resize(place + text.size());
-        file.replace(place < file.size() ? place : file.size(), text.size(), text);
+        file.resize(std::max(file.size(), place + text.size()));
+        file.replace(place, text.size(), text);
         position += static_cast<long>(text.size());
-        return static_cast<long>(text.size());
+        return text.size();
     }
-
-    Outcome run(const Step& step) {
-        Outcome o{};
-        const auto length = static_cast<size_t>(step.number * step.items);
-        switch (step.operation) {
-        case getc:
-            o.result = static_cast<signed char>(next());
-            break;
-        case ungetc:
-            o.result = push(step.number);
-            break;
-        case read:
-            for (int c; o.data.size() < length && (c = next()) >= 0;)
-                o.data.push_back(static_cast<char>(c));
-            o.result = step.number == 0 ? 0 : static_cast<long>(o.data.size()) / step.number;
-            o.data.resize(length, '#');
-            break;
-        case gets:
-            for (int c = 0; c != '\n' && o.data.size() + 1 < length && (c = next()) >= 0;)
-                o.data.push_back(static_cast<char>(c));
-            o.result = !o.data.empty();
-            if (o.result != 0)
-                o.data.push_back('\0');
-            o.data.resize(length, '#');
-            break;
-        case write:
-            o.result = put(step.text);
-            break;
-        case puts:
-            o.result =
-                step.text.empty() || put(step.text) == 0 ? -1 : static_cast<long>(step.text.size());
-            break;
-        case seek_set:
-        case seek_end:
-        case seek_by:
-            o.result = move(step.number + (step.operation == seek_set   ? 0
-                                           : step.operation == seek_end ? long(file.size())
-                                                                        : position));
-            if (o.result == 0)
-                at_end = 0;
-            break;
-        case rewind:
-            at_end = error = 0;
-            move(0);
-            break;
-        }
-        return {o.result, o.data, position, at_end, error};
+    long seek(long place) {
+        const bool moved = move(place);
+        at_end &= !moved;
+        return moved ? 0 : -1;
     }
-};
-
-class Dice {
-public:
-    explicit Dice(unsigned seed) : random_(seed) {}
-    long below(long n) { return static_cast<long>(random_() % static_cast<unsigned long>(n)); }
-    // Mostly small, now and then up to `most`.
-    long size(long most) { return below(1 + below(4) * below(4) * most / 9); }
-    std::string text(long length) {
-        std::string text;
-        const long newlines = below(3) == 0 ? 6000 : 40;
-        while (static_cast<long>(text.size()) < length)
-            text.push_back(below(newlines) == 0 ? '\n' : static_cast<char>(1 + below(255)));
-        return text;
-    }
-
-private:
-    std::mt19937 random_;
 };
 
 class AgainstModel : public testing::TestWithParam<const char*> {};
 
 TEST_P(AgainstModel, RandomOperationsAgreeStepByStep) {
-    Dice dice(17);
-    for (int round = 0; round < 20; ++round) {
-        Model model{dice.text(dice.below(20000)), GetParam()[0] == 'a'};
-        TemporaryFile file(model.file);
-        const Stream stream = open_stream(file, GetParam());
-        for (int i = 0; i < 600; ++i) {
-            Step step{static_cast<Operation>(dice.below(rewind + 1)), dice.size(6000), 1, ""};
-            if (step.operation == getc || step.operation == ungetc)
-                step.number = dice.below(400) - 100;
-            else if (step.operation == read && dice.below(2) == 0)
-                step = {read, dice.below(9), dice.size(900), ""};
-            else if (step.operation == write || step.operation == puts)
-                step.text = dice.text(dice.size(900));
-            else if (step.operation == seek_set || step.operation == seek_end)
-                step.number = dice.below(22000) - (step.operation == seek_end ? 21000 : 1000);
-            else if (step.operation == seek_by)
-                step.number -= 3000;
-            const long repeats = step.operation <= ungetc ? dice.below(12) : 1;
-            for (long n = 0; n < repeats; ++n)
-                ASSERT_EQ(run(stream.get(), step), model.run(step))
-                    << "round " << round << " step " << i << " operation " << step.operation;
+    std::mt19937 random(17);
+    const auto below = [&](long n) { return static_cast<long>(random() % (unsigned long)n); };
+    const auto random_text = [&](long length) {
+        std::string text;
+        for (const long newlines = below(2) == 0 ? 9000 : 40; length > 0; --length)
+            text.push_back(below(newlines) == 0 ? '\n' : static_cast<char>(1 + below(255)));
+        return text;
+    };
+    TemporaryFile file;
+    Stream stream;
+    Model model{};
+    for (int step = 0; step < 8000; ++step) {
+        if (step % 500 == 0) {
+            ASSERT_EQ(file.contents(), model.file);
+            model = {random_text(below(20000)), GetParam()[0] == 'a'};
+            ZVfputs(model.file.c_str(), open_stream(file, "w").get());
+            stream = open_stream(file, GetParam());
         }
-        ASSERT_EQ(file.contents(), model.file);
+        ZVFILE* const f = stream.get();
+        const long n = below(below(8) == 0 ? 9000 : 40);
+        const auto size = static_cast<size_t>(n);
+        const std::string text = random_text(n);
+        const int c = static_cast<int>(below(400) - 100);
+        const long place = below(22000) - 1000;
+        test::GuardedRoom room(size);
+        std::string taken;
+        long result = 0;
+        long expected = 0;
+        switch (below(10)) {
+        case 0:
+            result = ZVfgetc(f);
+            expected = static_cast<signed char>(std::min(model.next(), 255));
+            break;
+        case 1:
+            for (long i = below(9) == 0 ? 5000 : below(9); i > 0 && result == expected; --i) {
+                result = ZVungetc(c, f);
+                expected = model.push(c);
+            }
+            break;
+        case 2: {
+            const size_t item = 1 + static_cast<size_t>(below(9));
+            result = static_cast<long>(ZVfread(room.data(), item, size / item, f));
+            taken = model.take(static_cast<long>(size / item * item), 256);
+            expected = static_cast<long>(taken.size() / item);
+            break;
+        }
+        case 3:
+            result = ZVfgets(room.data(), static_cast<int>(n), f) == room.data();
+            taken = model.take(n - 1, '\n');
+            expected = !taken.empty();
+            taken.append(!taken.empty(), '\0');
+            break;
+        case 4:
+            result = static_cast<long>(ZVfwrite(text.data(), 1, size, f));
+            expected = static_cast<long>(model.write(text));
+            break;
+        case 5:
+            result = ZVfputs(text.c_str(), f);
+            expected = n == 0 || model.write(text) == 0 ? -1 : n;
+            break;
+        case 6:
+            result = ZVfseek(f, place, SEEK_SET);
+            expected = model.seek(place);
+            break;
+        case 7:
+            result = ZVfseek(f, place - 9000, SEEK_CUR);
+            expected = model.seek(model.position + place - 9000);
+            break;
+        case 8:
+            result = ZVfseek(f, place - 20000, SEEK_END);
+            expected = model.seek(static_cast<long>(model.file.size()) + place - 20000);
+            break;
+        default:
+            ZVrewind(f);
+            model.seek(0);
+            model.at_end = model.error = 0;
+        }
+        long position = 0;
+        ZVfgetpos(f, &position);
+        taken.resize(size, '#');
+        ASSERT_EQ(result, expected) << step;
+        ASSERT_EQ(std::string(room.data(), size), taken) << step;
+        ASSERT_EQ(std::tuple(position, ZVftell(f), ZVfeof(f), ZVferror(f)),
+                  std::tuple(model.position, model.position, model.at_end, model.error))
+            << step;
     }
 }
 INSTANTIATE_TEST_SUITE_P(Modes, AgainstModel, testing::Values("r+", "a+"));
@@ -277,9 +219,8 @@ TEST(StreamOpen, ModeSelectsAccessAndPlaceOfWrites) {
     for (const auto& c : cases) {
         TemporaryFile file("0123");
         Stream stream = open_stream(file, test::GuardedText(c.mode).data());
+        EXPECT_EQ(fcntl(ZVfileno(stream.get()), F_GETFL) & (O_ACCMODE | O_APPEND), c.access);
         EXPECT_EQ(ZVftell(stream.get()), 0);
-        EXPECT_EQ(fcntl(ZVfileno(stream.get()), F_GETFL) & (O_ACCMODE | O_APPEND), c.access)
-            << c.mode;
         errno = 0;
         EXPECT_EQ(ZVfputc('Z', stream.get()), c.access == O_RDONLY ? -1 : 'Z');
         EXPECT_EQ(errno, c.access == O_RDONLY ? EBADF : 0);
@@ -307,25 +248,13 @@ TEST(StreamOpen, DescriptorKeepsItsOffsetAndIsClosedWithTheStream) {
         EXPECT_EQ(ZVfileno(stream.get()), descriptor);
         EXPECT_EQ(ZVftell(stream.get()), 0);
         EXPECT_EQ(ZVfgetc(stream.get()), '4');
+        std::ofstream(file.path(), std::ios::app) << "by others";
         EXPECT_EQ(ZVfputs("ab", stream.get()), 2);
-        EXPECT_EQ(ZVftell(stream.get()), append ? 12 : 3);
-        EXPECT_EQ(file.contents(), append ? "0123456789ab" : "0ab3456789");
+        EXPECT_EQ(ZVftell(stream.get()), append ? 21 : 3);
+        EXPECT_EQ(file.contents(), append ? "0123456789by othersab" : "0ab3456789by others");
         EXPECT_EQ(ZVfclose(stream.release()), 0);
         EXPECT_EQ(fcntl(descriptor, F_GETFD), -1);
     }
-}
-
-TEST(StreamOpen, AppendsBehindWhatOthersAppended) {
-    TemporaryFile file("old ");
-    const Stream one = open_stream(file, "a");
-    const Stream other = open_stream(file, "a");
-    for (long i = 0; i < 2; ++i) {
-        EXPECT_EQ(ZVfputs("one ", one.get()), 4);
-        EXPECT_EQ(ZVftell(one.get()), 8 + i * 10);
-        EXPECT_EQ(ZVfputs("other ", other.get()), 6);
-        EXPECT_EQ(ZVftell(other.get()), 14 + i * 10);
-    }
-    EXPECT_EQ(file.contents(), "old one other one other ");
 }
 
 TEST(StreamHandle, InvalidOnesGiveFailureValuesAndEbadf) {
@@ -365,45 +294,6 @@ TEST(StreamHandle, InvalidOnesGiveFailureValuesAndEbadf) {
         EXPECT_EQ(errno, 0);
     }
     EXPECT_EQ(position, 7);
-}
-
-TEST(StreamRead, BytesComeBackSigned) {
-    TemporaryFile file("\x7F\xE9\xFF");
-    const Stream stream = open_stream(file, "r");
-    for (const int expected : {127, -23, -1}) {
-        EXPECT_EQ(ZVfgetc(stream.get()), expected);
-        EXPECT_EQ(ZVfeof(stream.get()), 0);
-    }
-    EXPECT_EQ(ZVfgetc(stream.get()), -1);
-    EXPECT_EQ(ZVfeof(stream.get()), 1);
-    EXPECT_EQ(ZVungetc(-1, stream.get()), -1);
-    EXPECT_EQ(ZVfeof(stream.get()), 0);
-    long position = 0;
-    EXPECT_EQ(ZVfgetpos(stream.get(), &position), 0);
-    EXPECT_EQ(position, 2);
-    EXPECT_EQ(ZVfgetc(stream.get()), -1);
-    EXPECT_EQ(ZVftell(stream.get()), 3) << "the pushed byte was there";
-}
-
-TEST(StreamRead, PushbackRoomIsExact) {
-    for (const size_t size : {3U, 4096U, 9000U}) {
-        TemporaryFile file(std::string(size, 'f'));
-        const Stream stream = open_stream(file, "r");
-        EXPECT_EQ(ZVfgetc(stream.get()), 'f');
-        for (int c = '1'; c <= '5'; ++c)
-            EXPECT_EQ(ZVungetc(c, stream.get()), c);
-        EXPECT_EQ(ZVungetc('6', stream.get()), -1);
-        EXPECT_EQ(ZVftell(stream.get()), -4);
-        char line[8];
-        EXPECT_STREQ(ZVfgets(line, sizeof line, stream.get()), "54321ff");
-
-        // An empty buffer takes the first byte as its fifth-last one.
-        EXPECT_EQ(ZVfseek(stream.get(), 0, SEEK_END), 0);
-        int pushed = 0;
-        while (ZVungetc('x', stream.get()) == 'x')
-            ++pushed;
-        EXPECT_EQ(pushed, 4092 + 4);
-    }
 }
 
 constexpr long kLast = INT32_MAX;
@@ -487,16 +377,12 @@ TEST(StreamWrite, FailureKeepsWhatWasWritten) {
     signal(SIGXFSZ, SIG_IGN);
     const Stream stream = open_stream(file, "r+");
     EXPECT_EQ(ZVfgetc(stream.get()), '0');
-    EXPECT_EQ(ZVungetc('x', stream.get()), 'x');
-    EXPECT_EQ(ZVfgetc(stream.get()), 'x');
     setrlimit(RLIMIT_FSIZE, &small);
     EXPECT_EQ(ZVfwrite(std::string(5000, 'w').data(), 1, 5000, stream.get()), 0U);
     setrlimit(RLIMIT_FSIZE, &limit);
-    EXPECT_EQ(ZVferror(stream.get()), EFBIG);
     EXPECT_EQ(ZVftell(stream.get()), 1000);
-    EXPECT_EQ(file.contents(), "0" + std::string(999, 'w'));
+    EXPECT_EQ(file.contents(), std::string("0").append(999, 'w'));
     EXPECT_EQ(ZVfgetc(stream.get()), -1) << "the read-ahead is gone";
-    EXPECT_EQ(ZVfeof(stream.get()), 1);
     EXPECT_EQ(ZVfputs("end", stream.get()), 3);
     EXPECT_EQ(ZVfeof(stream.get()), 1) << "writes leave it alone";
     EXPECT_EQ(ZVferror(stream.get()), EFBIG) << "kept until it is cleared";
@@ -506,24 +392,21 @@ TEST(StreamWrite, FailureKeepsWhatWasWritten) {
     const Stream reader = open_stream(file, "r");
     EXPECT_EQ(ZVfgetc(reader.get()), '0');
     EXPECT_EQ(ZVfputs("x", reader.get()), -1);
-    EXPECT_EQ(ZVferror(reader.get()), EBADF);
-    EXPECT_EQ(lseek(ZVfileno(reader.get()), 0, SEEK_CUR), 1);
-    EXPECT_EQ(ZVfgetc(reader.get()), 'w');
+    EXPECT_EQ(ZVfgetc(reader.get()), 'w') << "the next read starts at the position";
 }
 
 TEST(StreamRead, DirectoryGivesErrors) {
     const Stream directory(ZVfopen("/", "r"));
     char s[8];
-    const auto fails = [&](auto result, decltype(result) failure) {
-        EXPECT_EQ(result, failure);
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_TRUE(i == 0   ? ZVfgetc(directory.get()) == -1
+                    : i == 1 ? ZVfread(s, 1, 8, directory.get()) == 0
+                             : ZVfgets(s, 8, directory.get()) == nullptr);
         EXPECT_EQ(ZVferror(directory.get()), EISDIR);
         EXPECT_EQ(ZVfeof(directory.get()), 0);
         ZVrewind(directory.get());
         EXPECT_EQ(ZVferror(directory.get()), 0);
-    };
-    fails(ZVfgetc(directory.get()), -1);
-    fails(ZVfread(s, 1, 8, directory.get()), size_t{0});
-    fails(ZVfgets(s, 8, directory.get()), nullptr);
+    }
 }
 
 struct Pipe {
@@ -622,38 +505,32 @@ TEST(StreamMemory, EachFailingAllocationLeavesEverythingAsItWas) {
     TemporaryFile file("kept");
     const std::string text(16384, 't');
     const Stream appending = open_stream(file, "a");
-    const int descriptor = open("/dev/null", O_RDONLY);
-    const auto next_descriptor = [] {
+    const auto free_descriptor = [] {
         const int next = dup(STDERR_FILENO);
         close(next);
         return next;
     };
-    const int next = next_descriptor();
+    const int descriptor = free_descriptor();
     const long blocks = test::live_blocks();
     int failures = 0;
     const auto failed = [&](auto result) {
         EXPECT_FALSE(result);
         EXPECT_EQ(errno, ENOMEM);
         EXPECT_EQ(test::live_blocks(), blocks);
-        EXPECT_EQ(next_descriptor(), next);
+        EXPECT_EQ(free_descriptor(), descriptor);
         EXPECT_EQ(file.contents(), "kept");
         ++failures;
     };
-    ZVfclose(
-        test::after_each_failing_allocation([&] { return ZVfdopen(descriptor, "r"); }, failed));
-    EXPECT_EQ(fcntl(descriptor, F_GETFD), -1);
-    const int again = open("/dev/null", O_RDONLY);
-    ASSERT_EQ(again, descriptor);
-    EXPECT_EQ(test::after_each_failing_allocation(
-                  [&] { return ZVfprintf(appending.get(), "%s", text.c_str()); }, failed),
-              16384);
-    ASSERT_EQ(truncate(file.path(), 4), 0);
-    ZVfclose(
-        test::after_each_failing_allocation([&] { return ZVfopen(file.path(), "w"); }, failed));
+    const auto wrap = [&] { return ZVfdopen(descriptor, "r"); };
+    const auto empty = [&] { return ZVfopen(file.path(), "w"); };
+    const auto print = [&] { return ZVfprintf(appending.get(), "%s", text.c_str()); };
+    ZVfclose(test::after_each_failing_allocation(wrap, failed));
+    ZVfclose(test::after_each_failing_allocation(empty, failed));
     EXPECT_EQ(file.contents(), "");
+    ZVfputs("kept", appending.get());
+    EXPECT_EQ(test::after_each_failing_allocation(print, failed), 16384);
     EXPECT_EQ(test::live_blocks(), blocks);
     EXPECT_EQ(failures, 3);
-    close(again);
 }
 
 } // namespace

@@ -3,23 +3,19 @@
 #include <cerrno>
 #include <cstddef>
 
-// The allocator beneath: the C library's, or the one with which a sanitizer replaces it.
-#ifndef __has_feature
-#define __has_feature(feature) 0
-#endif
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) ||                               \
-    __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-#define BENEATH(name) __interceptor_##name
-#else
-#define BENEATH(name) __libc_##name
-#endif
+// The allocator beneath: the C library's, or where there is one, a sanitizer's in its place.
+#define ALLOCATOR_BENEATH(result, name, ...)                                                       \
+    extern "C" result __libc_##name(__VA_ARGS__);                                                  \
+    extern "C" [[gnu::weak]] result __interceptor_##name(__VA_ARGS__);
+#define BENEATH(name) (__interceptor_##name ? __interceptor_##name : __libc_##name)
+
+ALLOCATOR_BENEATH(void*, malloc, size_t)
+ALLOCATOR_BENEATH(void*, calloc, size_t, size_t)
+ALLOCATOR_BENEATH(void*, realloc, void*, size_t)
+ALLOCATOR_BENEATH(void, free, void*)
+
 // The first allocations come before the thread sanitizer is ready to observe anything.
 #define UNOBSERVED __attribute__((no_sanitize("thread")))
-
-extern "C" void* BENEATH(malloc)(size_t size);
-extern "C" void* BENEATH(calloc)(size_t count, size_t size);
-extern "C" void* BENEATH(realloc)(void* block, size_t size);
-extern "C" void BENEATH(free)(void* block);
 
 namespace {
 
