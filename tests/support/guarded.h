@@ -20,8 +20,8 @@ public:
     std::string text() const { return data_; }
 
 private:
+    size_t usable_;
     char* mapping_;
-    size_t mapped_;
     char* data_;
 };
 

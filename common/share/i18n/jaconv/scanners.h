@@ -7,8 +7,7 @@ namespace zv {
 
 // The byte rules of the multibyte code sets, one scanner a code set. A scanner tells
 //   kLongest            the length of its longest character,
-//   kTrailBytesAreHigh  whether every trail byte lies above 0x7F, so that a byte below 0x80 always
-//                       begins a character,
+//   kLowestTrail        the lowest trail byte; a byte below it always begins a character,
 //   announced(lead)     the length that a first byte announces; 0 for NUL, -1 for no first byte,
 //   continues(s, i)     whether byte i of the character at s, behind its first, is in range.
 // No trail byte is NUL, so a scan of terminated text stops at the terminator by itself.
@@ -20,14 +19,14 @@ constexpr bool is_gr(unsigned byte) {
 // Text without multibyte characters.
 struct SingleByteScanner {
     static constexpr int kLongest = 1;
-    static constexpr bool kTrailBytesAreHigh = true;
+    static constexpr int kLowestTrail = 0x100;
     static constexpr int announced(Byte) { return 1; }
     static constexpr bool continues(const Byte*, int) { return true; }
 };
 
 struct EucScanner {
     static constexpr int kLongest = 3;
-    static constexpr bool kTrailBytesAreHigh = true;
+    static constexpr int kLowestTrail = 0xA1;
     static constexpr int announced(Byte lead) {
         if (lead < 0x80)
             return lead != 0;
@@ -42,7 +41,7 @@ struct EucScanner {
 
 struct ShiftJisScanner {
     static constexpr int kLongest = 2;
-    static constexpr bool kTrailBytesAreHigh = false;
+    static constexpr int kLowestTrail = 0x40;
     static constexpr bool is_lead(unsigned byte) {
         return in_range(byte, 0x81, 0x9F) || in_range(byte, 0xE0, 0xEF);
     }
@@ -61,7 +60,7 @@ struct ShiftJisScanner {
 // GB 2312, simplified Chinese EUC and Korean EUC: two bytes of A1-FE.
 struct GrPairScanner {
     static constexpr int kLongest = 2;
-    static constexpr bool kTrailBytesAreHigh = true;
+    static constexpr int kLowestTrail = 0xA1;
     static constexpr int announced(Byte lead) {
         if (lead < 0x80)
             return lead != 0;
@@ -72,7 +71,7 @@ struct GrPairScanner {
 
 struct Big5Scanner {
     static constexpr int kLongest = 2;
-    static constexpr bool kTrailBytesAreHigh = false;
+    static constexpr int kLowestTrail = 0x40;
     static constexpr bool is_trail(unsigned byte) {
         return in_range(byte, 0x40, 0x7E) || is_gr(byte);
     }
@@ -83,7 +82,7 @@ struct Big5Scanner {
 // EUC-TW; its two-byte characters may have the trail bytes of Big5.
 struct EucTwScanner {
     static constexpr int kLongest = 4;
-    static constexpr bool kTrailBytesAreHigh = false;
+    static constexpr int kLowestTrail = 0x40;
     static constexpr int announced(Byte lead) {
         return lead == 0x8E ? 4 : GrPairScanner::announced(lead);
     }
@@ -96,7 +95,7 @@ struct EucTwScanner {
 
 struct Ksc87Scanner {
     static constexpr int kLongest = 2;
-    static constexpr bool kTrailBytesAreHigh = false;
+    static constexpr int kLowestTrail = 0x41;
     static constexpr int announced(Byte lead) {
         if (lead < 0x80)
             return lead != 0;
@@ -110,7 +109,7 @@ struct Ksc87Scanner {
 
 struct Ksc92Scanner {
     static constexpr int kLongest = 2;
-    static constexpr bool kTrailBytesAreHigh = false;
+    static constexpr int kLowestTrail = 0x41;
     static constexpr int announced(Byte lead) {
         if (lead < 0x80)
             return lead != 0;

@@ -1,0 +1,276 @@
+#include "japanese.h"
+
+#include "jaconv.h"
+#include "japanese_codes.h"
+#include "katakana.h"
+#include "kernels.h"
+#include "scanners.h"
+
+namespace zv {
+namespace {
+
+constexpr bool is_line_end(Byte byte) {
+    return byte == '\n' || byte == '\r';
+}
+
+// Writes JIS text and keeps its shift state.
+class JisWriter {
+public:
+    JisWriter(Byte* out, JisMode mode) : out_(out), mode_(mode) {}
+
+    void put_code(Code jis) {
+        switch_to(JisMode::two_byte);
+        out_ = put_pair(out_, jis.first, jis.second);
+    }
+    void put_katakana(Byte half_width) {
+        const BytePair wide = widen_katakana(half_width);
+        put_code(jis_from_shift_jis(wide.first, wide.second));
+    }
+    void put_single(Byte byte) {
+        switch_to(JisMode::single_byte);
+        *out_++ = byte;
+    }
+    // A pair that is no character passes through in whatever mode the text is.
+    void put_malformed(Byte first, Byte second) { out_ = put_pair(out_, first, second); }
+    void put_ascii_run(Source& source) {
+        switch_to(JisMode::single_byte);
+        out_ = copy_ascii(source, out_);
+    }
+
+    Byte* end() const { return out_; }
+    JisMode mode() const { return mode_; }
+
+    void switch_to(JisMode mode) {
+        if (mode_ == mode)
+            return;
+        mode_ = mode;
+        std::memcpy(out_, mode == JisMode::two_byte ? "\x1B$B" : "\x1B(J", 3);
+        out_ += 3;
+    }
+
+private:
+    Byte* out_;
+    JisMode mode_;
+};
+
+// Ends a conversion into JIS: a lone lead byte is written unchanged, in single-byte mode.
+void finish_jis(Converted converted, const Source& source, JisMode mode) {
+    JisWriter out(converted.written, mode);
+    out.switch_to(JisMode::single_byte);
+    finish({converted.read, out.end()}, source);
+}
+
+// The length of the escape sequence at the front of a source; 0 when the end cuts it short.
+size_t escape_length(const Source& source) {
+    if (source.left() < 2)
+        return 0;
+    const size_t length = is_designation(source.next[1]) ? 3 : 2;
+    return source.left() < length ? 0 : length;
+}
+
+// Reads JIS text; `encode` gives the two bytes of a code in the target encoding.
+template <class Encode>
+Converted decode_jis(Source source, Byte* out, JisMode& mode, Encode encode) {
+    while (source.next != source.end) {
+        if (mode == JisMode::single_byte) {
+            const void* escape = std::memchr(source.next, kEscape, source.left());
+            const Byte* run_end = escape != nullptr ? static_cast<const Byte*>(escape) : source.end;
+            const size_t run = static_cast<size_t>(run_end - source.next);
+            std::memcpy(out, source.next, run);
+            out += run;
+            source.next = run_end;
+            if (escape == nullptr)
+                break;
+        }
+        const Byte byte = *source.next;
+        if (byte == kEscape) {
+            const size_t length = escape_length(source);
+            if (length == 0)
+                break;
+            mode = mode_behind_escape(source.next[1]);
+            source.next += length;
+        } else if (is_line_end(byte)) {
+            mode = JisMode::single_byte;
+        } else {
+            if (source.left() < 2)
+                break;
+            const Code code = encode(byte, source.next[1]);
+            out = put_pair(out, code.first, code.second);
+            source.next += 2;
+        }
+    }
+    return {source.next, out};
+}
+
+} // namespace
+
+Converted shift_jis_to_euc(Source source, Byte* out) {
+    while (source.next != source.end) {
+        const Byte byte = *source.next;
+        if (byte < 0x80) {
+            out = copy_ascii(source, out);
+        } else if (ShiftJisScanner::is_lead(byte)) {
+            if (source.left() < 2)
+                break;
+            const Byte trail = source.next[1];
+            if (ShiftJisScanner::is_trail(trail)) {
+                const Code jis = jis_from_shift_jis(byte, trail);
+                out = put_pair(out, jis.first + 0x80, jis.second + 0x80);
+            } else {
+                out = put_pair(out, byte, trail);
+            }
+            source.next += 2;
+        } else {
+            if (ShiftJisScanner::is_half_katakana(byte))
+                *out++ = kSingleShift2;
+            *out++ = byte;
+            ++source.next;
+        }
+    }
+    return {source.next, out};
+}
+
+Converted euc_to_shift_jis(Source source, Byte* out) {
+    while (source.next != source.end) {
+        const Byte byte = *source.next;
+        if (byte < 0x80) {
+            out = copy_ascii(source, out);
+        } else if (is_gr(byte)) {
+            if (source.left() < 2)
+                break;
+            const Byte trail = source.next[1];
+            if (is_gr(trail)) {
+                const Code code = shift_jis_from_jis(byte - 0x80u, trail - 0x80u);
+                out = put_pair(out, code.first, code.second);
+            } else {
+                out = put_pair(out, byte, trail);
+            }
+            source.next += 2;
+        } else if (byte == kSingleShift2) {
+            if (source.left() < 2)
+                break;
+            const Byte trail = source.next[1];
+            if (!ShiftJisScanner::is_half_katakana(trail))
+                *out++ = byte;
+            *out++ = trail;
+            source.next += 2;
+        } else {
+            *out++ = byte;
+            ++source.next;
+        }
+    }
+    return {source.next, out};
+}
+
+Converted shift_jis_to_jis(Source source, Byte* out, JisMode& mode) {
+    JisWriter jis(out, mode);
+    while (source.next != source.end) {
+        const Byte byte = *source.next;
+        if (byte < 0x80) {
+            jis.put_ascii_run(source);
+        } else if (ShiftJisScanner::is_lead(byte)) {
+            if (source.left() < 2)
+                break;
+            const Byte trail = source.next[1];
+            if (ShiftJisScanner::is_trail(trail))
+                jis.put_code(jis_from_shift_jis(byte, trail));
+            else
+                jis.put_malformed(byte, trail);
+            source.next += 2;
+        } else {
+            if (ShiftJisScanner::is_half_katakana(byte))
+                jis.put_katakana(byte);
+            else
+                jis.put_single(byte);
+            ++source.next;
+        }
+    }
+    mode = jis.mode();
+    return {source.next, jis.end()};
+}
+
+Converted euc_to_jis(Source source, Byte* out, JisMode& mode) {
+    JisWriter jis(out, mode);
+    while (source.next != source.end) {
+        const Byte byte = *source.next;
+        if (byte < 0x80) {
+            jis.put_ascii_run(source);
+        } else if (is_gr(byte) || byte == kSingleShift2) {
+            if (source.left() < 2)
+                break;
+            const Byte trail = source.next[1];
+            if (is_gr(byte) && is_gr(trail))
+                jis.put_code({byte - 0x80u, trail - 0x80u});
+            else if (byte == kSingleShift2 && ShiftJisScanner::is_half_katakana(trail))
+                jis.put_katakana(trail);
+            else
+                jis.put_malformed(byte, trail);
+            source.next += 2;
+        } else {
+            jis.put_single(byte);
+            ++source.next;
+        }
+    }
+    mode = jis.mode();
+    return {source.next, jis.end()};
+}
+
+Converted jis_to_shift_jis(Source source, Byte* out, JisMode& mode) {
+    return decode_jis(source, out, mode, shift_jis_from_jis);
+}
+
+Converted jis_to_euc(Source source, Byte* out, JisMode& mode) {
+    return decode_jis(source, out, mode, [](unsigned first, unsigned second) {
+        return Code{first + 0x80, second + 0x80};
+    });
+}
+
+void finish_from_jis(Converted converted, const Source& source) {
+    if (converted.read != source.end && *converted.read == kEscape)
+        converted.read = source.end;
+    finish(converted, source);
+}
+
+} // namespace zv
+
+char* shift2eucx(const char* src, char* dst) {
+    const zv::Source source(src);
+    zv::finish(zv::shift_jis_to_euc(source, zv::as_bytes(dst)), source);
+    return dst;
+}
+
+char* euc2shiftx(const char* src, char* dst) {
+    const zv::Source source(src);
+    zv::finish(zv::euc_to_shift_jis(source, zv::as_bytes(dst)), source);
+    return dst;
+}
+
+char* shift2jisx(const char* src, char* dst) {
+    const zv::Source source(src);
+    zv::JisMode mode = zv::JisMode::single_byte;
+    const zv::Converted converted = zv::shift_jis_to_jis(source, zv::as_bytes(dst), mode);
+    zv::finish_jis(converted, source, mode);
+    return dst;
+}
+
+char* euc2jisx(const char* src, char* dst) {
+    const zv::Source source(src);
+    zv::JisMode mode = zv::JisMode::single_byte;
+    const zv::Converted converted = zv::euc_to_jis(source, zv::as_bytes(dst), mode);
+    zv::finish_jis(converted, source, mode);
+    return dst;
+}
+
+char* jis2shiftx(const char* src, char* dst) {
+    const zv::Source source(src);
+    zv::JisMode mode = zv::JisMode::single_byte;
+    zv::finish_from_jis(zv::jis_to_shift_jis(source, zv::as_bytes(dst), mode), source);
+    return dst;
+}
+
+char* jis2eucx(const char* src, char* dst) {
+    const zv::Source source(src);
+    zv::JisMode mode = zv::JisMode::single_byte;
+    zv::finish_from_jis(zv::jis_to_euc(source, zv::as_bytes(dst), mode), source);
+    return dst;
+}

@@ -1,0 +1,27 @@
+#include "boundary.h"
+
+unsigned mbidxtype(const char* s, unsigned n, int code_set) {
+    // Read without initialising: a host may ask before the code set is known.
+    if (MBUTIL_I_Am_MultiByte == 0)
+        return n;
+    return static_cast<unsigned>(zv::boundary_at(s, n, code_set));
+}
+
+unsigned mbidx(const char* s, unsigned n) {
+    return mbidxtype(s, n, zv::current_code_set());
+}
+
+unsigned mbnextidx(const char* s, unsigned idx) {
+    if (!zv::current_is_multibyte())
+        return s[idx] == '\0' || s[idx + 1] == '\0' ? 0 : idx + 1;
+    const unsigned start = mbidx(s, idx);
+    if (s[start] == '\0')
+        return 0;
+    const unsigned next = start + static_cast<unsigned>(mbbytesinchar(s + start));
+    return s[next] == '\0' ? 0 : next;
+}
+
+char* mbnextchar(const char* s, unsigned idx) {
+    const unsigned next = mbnextidx(s, idx);
+    return next == 0 ? nullptr : const_cast<char*>(s) + next;
+}
