@@ -39,11 +39,12 @@ struct Converted {
 };
 
 // Ends a conversion of a whole string: a character that its terminator cuts short is written
-// unchanged.
-inline void finish(Converted converted, const Source& source) {
+// unchanged. Gives the terminator.
+inline Byte* finish(Converted converted, const Source& source) {
     while (converted.read != source.end)
         *converted.written++ = *converted.read++;
     *converted.written = 0;
+    return converted.written;
 }
 
 inline Byte* put_pair(Byte* out, unsigned first, unsigned second) {

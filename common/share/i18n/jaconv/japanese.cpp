@@ -225,10 +225,10 @@ Converted jis_to_euc(Source source, Byte* out, JisMode& mode) {
     });
 }
 
-void finish_from_jis(Converted converted, const Source& source) {
+Byte* finish_from_jis(Converted converted, const Source& source) {
     if (converted.read != source.end && *converted.read == kEscape)
         converted.read = source.end;
-    finish(converted, source);
+    return finish(converted, source);
 }
 
 } // namespace zv

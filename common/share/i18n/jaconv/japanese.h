@@ -20,8 +20,8 @@ Converted jis_to_shift_jis(Source source, Byte* out, JisMode& mode);
 Converted jis_to_euc(Source source, Byte* out, JisMode& mode);
 
 // Ends a conversion from JIS: a lone byte in two-byte mode is written unchanged, a cut escape
-// sequence is dropped.
-void finish_from_jis(Converted converted, const Source& source);
+// sequence is dropped. Gives the terminator.
+Byte* finish_from_jis(Converted converted, const Source& source);
 
 } // namespace zv
 

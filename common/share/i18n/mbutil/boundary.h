@@ -1,6 +1,8 @@
 #ifndef ZVUTIL_MBUTIL_BOUNDARY_H
 #define ZVUTIL_MBUTIL_BOUNDARY_H
 
+#include <cstring>
+
 #include "scanner_choice.h"
 
 namespace zv {
@@ -17,6 +19,24 @@ inline size_t boundary_at(const char* s, size_t n, int code_set) {
             at += last_step;
         }
         return at > end ? at - last_step : at;
+    });
+}
+
+// How many of the n bytes of a block, n at least 1, belong to whole characters: less than n when
+// the block ends inside one. A malformed last byte counts as cut too, since a trail byte may
+// follow.
+inline size_t whole_characters(const char* block, size_t n, int code_set) {
+    return with_scanner(code_set, [&](auto scanner) {
+        using Scanner = decltype(scanner);
+        const Byte* text = as_bytes(block);
+        for (size_t at = 0; at < n;) {
+            const size_t left = n - at;
+            const int length = scan<Scanner>(text + at, left);
+            if (length > 0 ? static_cast<size_t>(length) > left : length < 0 && left == 1)
+                return at;
+            at += length > 0 ? static_cast<size_t>(length) : 1;
+        }
+        return n;
     });
 }
 

@@ -1,0 +1,165 @@
+/**
+ * @file zvstdio.h
+ * @brief Buffered file streams over descriptors: reads are buffered, writes go out at once.
+ *
+ * Each function mirrors the standard one of its name without the prefix. A stream has one position
+ * for reading and writing, which may be mixed freely: a write goes to the position (to the end of
+ * the file in append mode) and drops bytes that were read ahead or pushed back.
+ *
+ * A handle that is NULL or no open stream makes a function give its failure value with errno EBADF.
+ * Any other failed read, write or positioning leaves its errno value in the stream as well, see
+ * ZVferror(); it does not keep later operations from working.
+ *
+ * Positions are bytes from 0 to 2147483647. An operation that would pass the last one fails with
+ * EOVERFLOW and leaves the position as it was. On pipes and sockets the position counts the bytes
+ * read and written.
+ *
+ * A stream is used by one thread at a time; different streams are independent.
+ */
+#ifndef ZVUTIL_ZVSTDIO_H
+#define ZVUTIL_ZVSTDIO_H
+
+#include <stdio.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+#pragma GCC visibility push(default)
+
+/** An open stream, to be released with ZVfclose(). */
+typedef struct ZVFILE ZVFILE;
+
+/**
+ * @defgroup streams Buffered file streams
+ * @{
+ */
+
+/**
+ * Opens a file.
+ * @param path a file name, handed to the system as it is. A new file gets the permissions 0777
+ *             less the umask.
+ * @param mode "r" to read, "w" to write a file made empty, "a" to write at the end of a file; then
+ *             an optional "b", which changes nothing; then "+" to read and write. Any other first
+ *             character opens for reading only.
+ * @return the stream, at position 0 in every mode; the caller closes it. NULL with errno when the
+ *         file cannot be opened or there is no memory (no file is touched then).
+ */
+ZVFILE* ZVfopen(const char* path, const char* mode);
+
+/**
+ * Makes a stream of an open descriptor, which is not checked.
+ * @param mode an "a" anywhere in it makes every write go to the end of the file; else ignored.
+ * @return the stream, at position 0 wherever the descriptor stands; the caller closes it, and the
+ *         descriptor with it. NULL with errno when there is no memory.
+ */
+ZVFILE* ZVfdopen(int descriptor, const char* mode);
+
+/** Closes a stream and its descriptor. @return 0; -1 for an invalid handle. */
+int ZVfclose(ZVFILE* stream);
+
+/**
+ * Reads a byte.
+ * @return the byte as a signed value, -128 to 127; -1 at the end of the file and on errors. Of the
+ *         byte FF, which gives -1 too, ZVfeof() and ZVferror() tell these apart.
+ */
+int ZVfgetc(ZVFILE* stream);
+
+/**
+ * Pushes a byte back, to be read next; the position goes down by 1 and the end of the file is no
+ * longer met. Four bytes always have room in front of those that one read of the file brought.
+ * @param c its low 8 bits are pushed back, also of -1.
+ * @return @p c; -1 when there is no room left.
+ */
+int ZVungetc(int c, ZVFILE* stream);
+
+/**
+ * Reads items. Bytes of an incomplete last item are read but not counted.
+ * @param dst   receives the bytes; room for @p size * @p count bytes.
+ * @param size  bytes of an item.
+ * @param count items to read.
+ * @return items read, fewer than @p count at the end of the file; 0 on errors, although bytes may
+ *         have been read; (size_t)-1 for an invalid handle.
+ */
+size_t ZVfread(void* dst, size_t size, size_t count, ZVFILE* stream);
+
+/**
+ * Reads a line, its newline included; only a newline (0A) ends one. The rest of a line that is too
+ * long stays for the next call.
+ * @param s receives the line, always terminated; room for @p n bytes.
+ * @param n bytes; below 2 nothing is read or stored.
+ * @return @p s. When the file ends or fails behind some bytes of a line, these are the line; when
+ *         there are none, NULL.
+ */
+char* ZVfgets(char* s, int n, ZVFILE* stream);
+
+/**
+ * Writes items at the position, or at the end of the file in append mode. A write that a signal
+ * interrupts goes on.
+ * @param src   @p size * @p count bytes.
+ * @param size  bytes of an item; 0 does nothing.
+ * @param count items to write.
+ * @return @p count; 0 on errors. The position counts what was written before the error.
+ */
+size_t ZVfwrite(const void* src, size_t size, size_t count, ZVFILE* stream);
+
+/**
+ * Writes formatted text.
+ * @param format as for printf().
+ * @return bytes written; 0 when the write fails or there is no memory (needed for texts from 16384
+ *         bytes), and for an empty text; vsnprintf()'s result when it is negative.
+ */
+int ZVfprintf(ZVFILE* stream, const char* format, ...)
+#ifdef __GNUC__
+    __attribute__((format(printf, 2, 3)))
+#endif
+    ;
+
+/** Writes the low 8 bits of @p c as a byte. @return @p c; -1 on errors. */
+int ZVfputc(int c, ZVFILE* stream);
+
+/** Writes a string. @return its length in bytes; -1 on errors and for an empty string. */
+int ZVfputs(const char* s, ZVFILE* stream);
+
+/** Tells the position. @return bytes; below 0 after a push-back at 0; -1 for an invalid handle. */
+long ZVftell(ZVFILE* stream);
+
+/** Tells the position. @param pos receives it, in bytes. @return 0; -1 for an invalid handle. */
+int ZVfgetpos(ZVFILE* stream, long* pos);
+
+/**
+ * Moves the position; bytes pushed back are dropped and the end of the file is no longer met.
+ * @param offset bytes from the place that @p whence names.
+ * @param whence SEEK_SET for the start of the file, SEEK_END for its end; any other value for the
+ *               position.
+ * @return 0; -1 with errno when that is no position or the file has none. Nothing changes then.
+ */
+int ZVfseek(ZVFILE* stream, long offset, int whence);
+
+/** Moves the position to the start of the file, and clears what ZVclearerr() clears. */
+void ZVrewind(ZVFILE* stream);
+
+/** Tells whether a read met the end of the file. @return 1 or 0; 0 for an invalid handle too. */
+int ZVfeof(ZVFILE* stream);
+
+/**
+ * Tells why the last read, write or positioning that failed did.
+ * @return its errno value; 0 when none has failed; -1 for an invalid handle.
+ */
+int ZVferror(ZVFILE* stream);
+
+/** Forgets errors and that the end of the file was met. */
+void ZVclearerr(ZVFILE* stream);
+
+/** Does nothing, since no write is held back. @return 0; -1 for an invalid handle. */
+int ZVfflush(ZVFILE* stream);
+
+/** Tells the descriptor. @return it; -1 for an invalid handle, errno untouched. */
+int ZVfileno(ZVFILE* stream);
+/** @} */
+
+#pragma GCC visibility pop
+#ifdef __cplusplus
+}
+#endif
+
+#endif
