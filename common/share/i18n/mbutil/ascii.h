@@ -16,6 +16,12 @@ constexpr bool starts_with_ignoring_case(const char* text, const char* prefix) {
     return true;
 }
 
+constexpr bool equals_ignoring_case(const char* a, const char* b) {
+    while (*a != '\0' && ascii_lower(*a) == ascii_lower(*b))
+        ++a, ++b;
+    return *a == *b;
+}
+
 } // namespace zv
 
 #endif
