@@ -55,17 +55,26 @@ bool taken_back(ZVFILE& stream, int32_t start) {
     return moved;
 }
 
+int take_byte(ZVFILE& stream) {
+    ++stream.position;
+    --stream.unread;
+    return *stream.next++;
+}
+
+// Whatever is not the common case of ZVfgetc(), which so needs no stack frame.
+[[gnu::noinline]] int fill_and_take_byte(ZVFILE* stream) {
+    if (!is_open(stream))
+        return -1;
+    return fill(*stream) > 0 ? take_byte(*stream) : -1;
+}
+
 } // namespace
 } // namespace zv
 
 int ZVfgetc(ZVFILE* stream) {
-    if (!zv::is_open(stream))
-        return -1;
-    if (stream->unread == 0 && zv::fill(*stream) <= 0)
-        return -1;
-    ++stream->position;
-    --stream->unread;
-    return *stream->next++;
+    if (stream == nullptr || stream->magic != zv::kOpenMagic || stream->unread == 0) [[unlikely]]
+        return zv::fill_and_take_byte(stream);
+    return zv::take_byte(*stream);
 }
 
 int ZVungetc(int c, ZVFILE* stream) {
