@@ -3,7 +3,6 @@
 #include <sys/stat.h>
 
 #include <cstdlib>
-#include <cstring>
 #include <fstream>
 
 #include "osutils.h"
@@ -13,35 +12,10 @@
 
 namespace {
 
-// An installation directory whose server configuration file holds what a test gives it.
-class Installation {
-public:
-    Installation() {
-        if (mkdtemp(directory_) == nullptr || mkdir((path() + "/conf").c_str(), 0700) != 0)
-            abort();
-    }
-    ~Installation() {
-        unlink(file().c_str());
-        rmdir((path() + "/conf").c_str());
-        rmdir(directory_);
-    }
-    std::string path() const { return directory_; }
-    std::string file() const { return path() + "/conf/zv.conf"; }
-    void write(const std::string& text) const { std::ofstream(file()) << text; }
+const std::string kHosts = "10.1.2.3 alpha.beta.gamma alpha\n";
 
-private:
-    char directory_[28] = "/tmp/zvutil-install-XXXXXX";
-};
-
-std::string setting(const char* key) {
-    test::GuardedRoom value(256);
-    GetLineFromServerConfigFileDup(test::GuardedText(key).data(), value.data());
-    return value.text();
-}
-
-std::string database(const std::string& directory) {
+void install(const std::string& directory) {
     SetZVInstallPath(test::GuardedText(directory).data());
-    return OSGetServerDbPath();
 }
 
 TEST(Paths, Defaults) {
@@ -64,13 +38,12 @@ TEST(Paths, Defaults) {
 }
 
 TEST(Paths, StartUpFillsWhatANewDirectoryEmpties) {
-    ENTER_PRIVATE_HOST("alpha", "10.1.2.3 alpha.beta.gamma alpha\n");
-    const std::string audit = OSGetAuditConfigPath();
+    ENTER_PRIVATE_HOST("alpha", kHosts);
     EXPECT_EQ(InitializeSrvUtil(), 1);
     setenv("ZVCONFIGDIR", "/etc/x/", 1);
     EXPECT_STREQ(OSGetServerConfigPath(), "/usr/zv/conf/zv.conf") << "filled at start-up";
-    EXPECT_EQ(OSGetAuditConfigPath(), audit);
-    SetZVInstallPath("/opt/p");
+    EXPECT_STREQ(OSGetAuditConfigPath(), "/usr/zv/conf/zvaudit.conf");
+    install("/opt/p");
     EXPECT_STREQ(OSGetZVInstallPath(), "/opt/p");
     EXPECT_STREQ(OSGetServerConfigPath(), "/etc/x//zv.conf") << "the environment has precedence";
     unsetenv("ZVCONFIGDIR");
@@ -83,7 +56,7 @@ TEST(Paths, StartUpFillsWhatANewDirectoryEmpties) {
 }
 
 TEST(Paths, StartUpWithoutAHostNameResolvesNothing) {
-    ENTER_PRIVATE_HOST("nowhere", "10.1.2.3 alpha.beta.gamma alpha\n");
+    ENTER_PRIVATE_HOST("nowhere", kHosts);
     EXPECT_EQ(InitializeSrvUtil(), 0);
     setenv("ZVCONFIGDIR", "/later", 1);
     EXPECT_STREQ(OSGetZVQDirectory(), "/later/zv");
@@ -91,65 +64,66 @@ TEST(Paths, StartUpWithoutAHostNameResolvesNothing) {
 
 TEST(Paths, WhatDoesNotFitIsRefusedWhole) {
     for (size_t length = 230; length < 300; ++length) {
-        const std::string directory = std::string(length, 'd');
-        unsetenv("ZVCONFIGDIR");
-        SetZVInstallPath("/p");
-        SetZVInstallPath(test::GuardedText(directory).data());
-        EXPECT_EQ(OSGetZVInstallPath(), length <= 237 ? directory : "/p");
-        EXPECT_EQ(OSGetAuditConfigPath(),
-                  (length <= 237 ? directory : "/p") + "/conf/zvaudit.conf");
-        setenv("ZVCONFIGDIR", "/c", 1);
-        SetZVInstallPath("/p");
-        SetZVInstallPath(test::GuardedText(directory).data());
-        EXPECT_EQ(OSGetZVInstallPath(), length <= 255 ? directory : "/p");
-        setenv("ZVCONFIGDIR", directory.c_str(), 1);
-        SetZVInstallPath("/p");
-        EXPECT_EQ(OSGetAuditConfigPath(),
-                  (length <= 242 ? directory : "/p/conf") + "/zvaudit.conf");
-        setenv("ZVMCONFIGFILE", directory.c_str(), 1);
-        const auto monitor = [&](int) {
-            return OSGetZVMonitorConfigFile("") ==
-                   (length <= 255 ? directory : "../conf/zvmonitor.conf");
+        const std::string directory(length, 'd');
+        const auto or_else = [&](size_t longest, const char* other) {
+            return length <= longest ? directory : other;
         };
-        EXPECT_EQ(test::Child(monitor).finish().status, 1) << length;
+        unsetenv("ZVCONFIGDIR");
+        install("/p");
+        install(directory);
+        EXPECT_EQ(OSGetAuditConfigPath(), or_else(237, "/p") + "/conf/zvaudit.conf");
+        EXPECT_EQ(OSGetZVInstallPath(), or_else(237, "/p"));
+        setenv("ZVCONFIGDIR", "/c", 1);
+        install("/p");
+        install(directory);
+        EXPECT_EQ(OSGetZVInstallPath(), or_else(255, "/p"));
+        setenv("ZVCONFIGDIR", directory.c_str(), 1);
+        install("/p");
+        EXPECT_EQ(OSGetAuditConfigPath(), or_else(242, "/p/conf") + "/zvaudit.conf");
+        setenv("ZVMCONFIGFILE", directory.c_str(), 1);
+        const std::string monitor = or_else(255, "../conf/zvmonitor.conf");
+        test::Child child([&](int) { return OSGetZVMonitorConfigFile("") == monitor; });
+        EXPECT_EQ(child.finish().status, 1) << length;
     }
 }
 
 TEST(ServerConfiguration, LinesThatCarryTheKey) {
-    const Installation installation;
-    const std::string key = "Server-directory:", long_value(300, 'v');
-    const struct {
-        std::string text, value;
-    } cases[] = {
-        {"", ""},
+    char directory[] = "/tmp/zvutil_test.XXXXXX";
+    const std::string config = mkdtemp(directory) + std::string("/conf"),
+                      file = config + "/zv.conf";
+    ASSERT_EQ(mkdir(config.c_str(), 0700), 0);
+    const std::string key = "Server-directory:", v(300, 'v');
+    const std::pair<std::string, std::string> cases[] = {
         {key + "   /db/dir  \r\n", "/db/dir"},
         {key + "\t /db dir\t\n\n", "/db dir"},
         {"x\n" + key + "/end", "/end"},
         {" " + key + "/x\nserver-directory:/x\nServer-directory\n", ""},
         {key + "/1\nother:/2\n" + key + "/3\n", "/3"},
-        {key + "/1\n" + key + "\n", ""},
-        {key + "/1\n" + key + " \t\r", ""},
-        {key + long_value.substr(0, 255) + "\n", long_value.substr(0, 255)},
-        {key + long_value + "\n", long_value.substr(0, 255)},
-        {long_value.substr(0, 283) + key + "/piece\n", "/piece"},
-        {long_value.substr(0, 282) + key + "/no-piece\n", ""},
+        {key + "/1\n" + key + " \t\r\n", ""},
+        {key + v.substr(0, 254) + "\n", v.substr(0, 254)},
+        {key + v + "\n", v.substr(0, 255)},
+        {v.substr(0, 283) + key + "/piece\n", "/piece"},
+        {v.substr(0, 282) + key + "/no-piece\n", ""},
         {key + "/x" + std::string(264, ' ') + key + "/2\n", "/2"},
         {key + std::string("/a\0b\n", 5) + "\n", "/a"},
     };
-    for (const auto& c : cases) {
-        installation.write(c.text);
-        EXPECT_EQ(database(installation.path()), c.value.empty()         ? "./"
-                                                 : c.value.size() == 255 ? "./"
-                                                                         : c.value + "/");
-        EXPECT_EQ(setting(key.c_str()), c.value) << c.text;
+    const auto setting = [](const std::string& name) {
+        test::GuardedRoom value(256);
+        GetLineFromServerConfigFileDup(test::GuardedText(name).data(), value.data());
+        return value.text();
+    };
+    for (const auto& [text, value] : cases) {
+        std::ofstream(file) << text;
+        install(directory);
+        EXPECT_EQ(OSGetServerDbPath(), value.empty() || value.size() > 254 ? "./" : value + "/");
+        EXPECT_EQ(setting(key), value) << text;
     }
-    installation.write(key + long_value.substr(0, 254));
-    EXPECT_EQ(database(installation.path()), long_value.substr(0, 254) + "/");
-    installation.write("k: \nk:v");
+    std::ofstream(file) << "k: \nk:v";
     EXPECT_EQ(setting("k: "), "") << "the key's own blank is no value";
-    EXPECT_EQ(setting("k:"), "v");
-    EXPECT_EQ(database("/nowhere"), "./");
-    EXPECT_EQ(setting(key.c_str()), "");
+    unlink(file.c_str());
+    EXPECT_EQ(setting("k:"), "");
+    rmdir(config.c_str());
+    rmdir(directory);
 }
 
 } // namespace
