@@ -1,6 +1,11 @@
 /**
  * @file osutils.h
- * @brief Services of the operating system: files, processes, the system log, the machine.
+ * @brief Services of the operating system: paths, host names, files, processes, the system log, the
+ * machine.
+ *
+ * Paths and names of hosts are cached: found once, then kept for the life of the process. Fill the
+ * caches with InitializeSrvUtil() on one thread before others start; from then on everything here
+ * may run in any number of threads at once, unless something else is said.
  *
  * Strings are zero-terminated byte strings that are handed to the system as they are, whatever the
  * current code set; lengths and rooms are bytes. Booleans are 1 and 0. Where a function reports a
@@ -23,6 +28,177 @@ struct sigaction;
 extern "C" {
 #endif
 #pragma GCC visibility push(default)
+
+/**
+ * @defgroup paths Installation and configuration paths
+ * @brief Where the product is installed and where its configuration lies.
+ *
+ * The results are strings of the library, of at most 255 bytes; they stay valid for the life of
+ * the process, and the caller neither changes nor frees them. No function fails. A setting that
+ * would lead to a longer path counts as absent; it is never cut.
+ * @{
+ */
+
+/**
+ * Starts the layer: resolves the machine's names, then fills the caches of all paths but those of
+ * the audit and monitor configuration files. Call it before other threads start.
+ * @return 1, or 0 when the machine's full name cannot be resolved; no path has been resolved then.
+ */
+int InitializeSrvUtil(void);
+
+/** Does nothing: the caches live as long as the process. */
+void TerminateSrvUtil(void);
+
+/**
+ * Sets the installation directory and resolves again what depends on it: the configuration
+ * directory, the server, database and audit configuration files and the server database directory.
+ * What OSGetZVQDirectory() and OSGetZVMonitorConfigFile() have given before stays.
+ * Not while other threads ask for paths.
+ * @param directory nothing happens when it is NULL, empty or too long: 237 bytes always fit, 255
+ *                  where "ZVCONFIGDIR" names the configuration directory.
+ */
+void SetZVInstallPath(const char* directory);
+
+/** Gives the installation directory. @return what was set, else "/usr/zv". */
+const char* OSGetZVInstallPath(void);
+
+/**
+ * Gives the configuration directory.
+ * @return the value of "ZVCONFIGDIR" in the environment (at most 242 bytes), else "conf" in the
+ *         installation directory.
+ */
+const char* OSGetZVConfigPath(void);
+
+/** Gives the server configuration file. @return "zv.conf" in the configuration directory. */
+const char* OSGetServerConfigPath(void);
+
+/** Gives the database configuration file. @return "zvdb.conf" in the configuration directory. */
+const char* OSGetDBConfigPath(void);
+
+/**
+ * Gives the audit configuration file; its first call fills a cache that InitializeSrvUtil() does
+ * not.
+ * @return "zvaudit.conf" in the configuration directory.
+ */
+const char* OSGetAuditConfigPath(void);
+
+/** Gives the directory file. @return "zv" in the configuration directory. */
+const char* OSGetZVQDirectory(void);
+
+/**
+ * Gives the server database directory.
+ * @return the "Server-directory:" value of the server configuration file (at most 254 bytes) and
+ *         "/"; "./" when there is none.
+ */
+const char* OSGetServerDbPath(void);
+
+/**
+ * Gives the monitor configuration file; its first call fills a cache that InitializeSrvUtil() does
+ * not.
+ * @param unused not looked at; may be NULL.
+ * @return the value of "ZVMCONFIGFILE" in the environment, else "../conf/zvmonitor.conf".
+ */
+const char* OSGetZVMonitorConfigFile(const void* unused);
+
+/**
+ * Reads a value from the server configuration file. A line that begins with the key gives the rest
+ * of the line, without the blanks around it; the last such line counts. A line longer than 283
+ * bytes is looked at in pieces, each as a line of its own.
+ * @param key   not empty, its colon included.
+ * @param value receives the value, cut after 255 bytes, or an empty string when there is none or
+ *              the file cannot be read; room for 256 bytes.
+ */
+void GetLineFromServerConfigFileDup(const char* key, char* value);
+
+/** Gives the character between names in a path. @param out receives "/"; room for 2 bytes. */
+void OSGetDirSeparator(char* out);
+
+/** Gives the end of a line. @param out receives "\n"; room for 2 bytes. */
+void OSGetEol(char* out);
+/** @} */
+
+/**
+ * @defgroup hostnames Host and server names
+ * @brief What this machine and this server are called.
+ *
+ * Names have at most 64 bytes, in the current code set; every output has room for 65 bytes. Letter
+ * case is told apart only where that is said; that of ASCII, whatever the process locale. Why a
+ * look-up failed is not reported.
+ * @{
+ */
+
+/**
+ * The server name of the configuration, empty without one. The host program writes it, terminated,
+ * while no other thread reads it; the library only reads it, afresh on every call.
+ */
+extern char serverNameFromConfig[65];
+
+/** Names of a server; the list and the names belong to the caller. */
+typedef struct NameList {
+    unsigned count;           /**< Number of names. */
+    const char* const* names; /**< The names. */
+} NameList;
+
+/**
+ * Resolves and caches the machine's full name: the official name of its node name's host entry.
+ * @return 1, or 0 when the node name cannot be looked up. It stands in for the full name then, and
+ *         only the call that made the look-up reports the failure.
+ */
+int InitHostnameWithDomain(void);
+
+/**
+ * Gives the machine's full name, resolving it on first use.
+ * @param out receives the name; untouched on failure.
+ * @return 1, or 0 when this call had to look the name up and could not.
+ */
+int OSGetHostnameWithDomain(char* out);
+
+/**
+ * Resolves the full name of a host.
+ * @param name a host name, alias or dotted address.
+ * @param out  receives its official name, cut before a character that would pass byte 64; untouched
+ *             on failure.
+ * @return 1, or 0 when the name cannot be looked up.
+ */
+int OSGetRemoteHostnameWithDomain(const char* name, char* out);
+
+/**
+ * Gives the full name of the server: the configured name with the machine's domain (all from the
+ * first dot of its full name), or the machine's full name.
+ * @param out receives the name; untouched when the machine's full name cannot be had, the
+ *            configured name alone when both together have more than 64 bytes.
+ * @return 1, or 0 in these two cases.
+ */
+int OSGetServerNameWithDomain(char* out);
+
+/** Caches the machine's node name, exactly as the system reports it. */
+void InitHostnameNoDomain(void);
+
+/** Gives the node name, asking for it on first use. @param out receives it, or an empty string. */
+void OSGetHostnameNoDomain(char* out);
+
+/** Gives the name of the server. @param out receives the configured name, else the node name. */
+void OSGetServerNameNoDomain(char* out);
+
+/**
+ * Tells whether a name stands for an expected host.
+ * @param name     a host name or alias.
+ * @param expected the expected official name; NULL or empty accepts any name that resolves. When
+ *                 a server name is configured, @p name is compared with that instead, case
+ *                 included, and nothing is looked up.
+ * @return 1 or 0; 0 for a name that does not resolve.
+ */
+int OSCheckHostnameUsingAlias(const char* name, const char* expected);
+
+/**
+ * Tells whether a name designates this server. "@" always does; "*" and names that begin with "$"
+ * never do. A name is looked up only when it is none of the names known here.
+ * @param name may be NULL or empty, which designate nothing.
+ * @param list further names of this server; may be NULL.
+ * @return 1 or 0.
+ */
+int IsCurrentServerName(const char* name, const NameList* list);
+/** @} */
 
 /**
  * @defgroup files Files

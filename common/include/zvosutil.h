@@ -105,6 +105,77 @@ typedef struct ZVStatsTime {
 void OSGetStatsTime(ZVStatsTime* stamp);
 /** @} */
 
+/**
+ * @defgroup xml XML encoding declaration
+ * @{
+ */
+
+/**
+ * Names a code set in the declaration of an XML document, in a copy of the document.
+ *
+ * Only the first 80 bytes are searched, for "?xml version=", "encoding=", a value in double quotes
+ * and "?>". The value becomes the name of SetCharset(), or that of the Windows code page for ISO
+ * 8859-1, -2, -4, -5 and -7. Spaces directly behind the declaration are left out.
+ * @param document text in the current code set; may be NULL.
+ * @param code_set the code set to name; for one without a name the value becomes empty.
+ * @param result   receives the new document, to be released with free(); NULL when there is no such
+ *                 declaration or no memory.
+ */
+void SetEncodingForXMLDoc(const char* document, int code_set, char** result);
+/** @} */
+
+/**
+ * @defgroup currency Currency detail lists
+ * @brief Lists of currency details and their text form.
+ *
+ * The text is the count, then code and value of each record, every one of them followed by a
+ * backslash and nothing escaped: `2\USD\2\JPY\0\`.
+ * @{
+ */
+
+/** One currency. */
+typedef struct CurrencyDetail {
+    char code[4];  /**< The code, terminated: at most 3 bytes in the current code set. */
+    int32_t value; /**< What the host keeps for it. */
+} CurrencyDetail;
+
+/** A counted array of currencies. */
+typedef struct CurrencyDetailList {
+    uint32_t count;          /**< Number of records. */
+    CurrencyDetail* details; /**< The records. */
+} CurrencyDetailList;
+
+/** Results of the currency functions other than 0, success. */
+enum {
+    ZV_CURRENCY_NO_ROOM = -3,    /**< The buffer is too small. */
+    ZV_CURRENCY_NO_MEMORY = 300, /**< No memory for the records. */
+    ZV_CURRENCY_MALFORMED = 402  /**< The text is no currency detail list. */
+};
+
+/**
+ * Writes the text form of a list.
+ * @param list     may be NULL: nothing is written then.
+ * @param position where to write in @p buffer; moved to the terminator of the text on success.
+ * @param size     room of @p buffer in bytes. All of it is cleared first, before @p position too.
+ * @param buffer   receives the text.
+ * @return 0, or #ZV_CURRENCY_NO_ROOM when fewer than 6 bytes are left or the text does not fit; the
+ *         buffer is all zero then.
+ */
+int ZVCurrencyDetailListToText(const CurrencyDetailList* list, unsigned* position, unsigned size,
+                               char* buffer);
+
+/**
+ * Reads a list from its text form. Text behind its last record is ignored.
+ * @param text text in the current code set, where a trail byte 5C is no backslash.
+ * @param list receives the list. Its array is released by the caller with free(); there is none
+ *             when the list is empty and on failure.
+ * @return 0; #ZV_CURRENCY_NO_MEMORY; #ZV_CURRENCY_MALFORMED for a text without a backslash, a
+ *         negative count, fewer records than announced, a code of more than 3 bytes or a value
+ *         beyond 32 bits.
+ */
+int LoadCurrencyDetailList(const char* text, CurrencyDetailList* list);
+/** @} */
+
 #pragma GCC visibility pop
 #ifdef __cplusplus
 }

@@ -32,8 +32,8 @@ hostent* look_up_host_address(const void* address, int address_length, int addre
                               hostent* entry, char* buffer, int buffer_length, int* error) {
     hostent* found = nullptr;
     const int status =
-        gethostbyaddr_r(address, static_cast<socklen_t>(address_length), address_type, entry,
-                        buffer, as_size(buffer_length), &found, error);
+        gethostbyaddr_r(address, static_cast<socklen_t>(as_size(address_length)), address_type,
+                        entry, buffer, as_size(buffer_length), &found, error);
     return result_of(status, found, error);
 }
 

@@ -13,9 +13,10 @@ namespace {
 
 constexpr size_t kPooledSize = 64 * 1024;
 
-// Mappings of kPooledSize that are not in use: making one takes far longer than most tests' calls.
+// Mappings of kPooledSize that this thread does not use: making one takes far longer than most
+// tests' calls.
 std::vector<char*>& pool() {
-    static std::vector<char*> mappings;
+    static thread_local std::vector<char*> mappings;
     return mappings;
 }
 

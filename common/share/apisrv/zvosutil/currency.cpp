@@ -1,0 +1,121 @@
+#include <algorithm>
+#include <charconv>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+#include <string_view>
+
+#include "mbutil.h"
+#include "zvosutil.h"
+
+namespace {
+
+constexpr char kSeparator = '\\';
+constexpr unsigned kLongestCode = sizeof(CurrencyDetail::code) - 1;
+
+// Writes fields while they fit.
+class FieldWriter {
+public:
+    FieldWriter(char* out, size_t room) : out_(out), room_(room) {}
+
+    bool put(std::string_view field) {
+        if (field.size() >= room_)
+            return false;
+        std::memcpy(out_, field.data(), field.size());
+        out_[field.size()] = kSeparator;
+        out_ += field.size() + 1;
+        room_ -= field.size() + 1;
+        return true;
+    }
+    template <class Integer>
+    bool put_number(Integer number) {
+        char digits[std::numeric_limits<Integer>::digits10 + 2];
+        const char* end = std::to_chars(digits, digits + sizeof digits, number).ptr;
+        return put({digits, static_cast<size_t>(end - digits)});
+    }
+    char* end() const { return out_; }
+
+private:
+    char* out_;
+    size_t room_;
+};
+
+bool put_list(FieldWriter& out, const CurrencyDetailList& list) {
+    bool fits = out.put_number(list.count);
+    for (uint32_t i = 0; fits && i < list.count; ++i) {
+        const CurrencyDetail& detail = list.details[i];
+        fits = out.put({detail.code, strnlen(detail.code, sizeof detail.code)}) &&
+               out.put_number(detail.value);
+    }
+    return fits;
+}
+
+const char* find_separator(const char* text) {
+    return mbstrchr(text, kSeparator);
+}
+
+// Reads the record that begins a text and gives what follows it; null when there is none.
+const char* read_record(const char* text, CurrencyDetail& record) {
+    const char* code_end = find_separator(text);
+    if (code_end == nullptr || code_end - text > kLongestCode)
+        return nullptr;
+    const char* value_end = find_separator(code_end + 1);
+    if (value_end == nullptr)
+        return nullptr;
+    // Stops at the separator at the latest, which is no digit.
+    const long long value = std::strtoll(code_end + 1, nullptr, 10);
+    if (value != static_cast<int32_t>(value))
+        return nullptr;
+    record = {{}, static_cast<int32_t>(value)};
+    mbstrncpy(record.code, text, static_cast<unsigned>(code_end - text));
+    return value_end + 1;
+}
+
+// Bounded by the text, whatever its count says.
+bool holds_records(const char* text, long long count) {
+    CurrencyDetail record;
+    for (; count > 0 && text != nullptr; --count)
+        text = read_record(text, record);
+    return count == 0 && text != nullptr;
+}
+
+} // namespace
+
+int ZVCurrencyDetailListToText(const CurrencyDetailList* list, unsigned* position, unsigned size,
+                               char* buffer) {
+    std::fill_n(buffer, size, '\0');
+    if (list == nullptr)
+        return 0;
+    if (uint64_t{*position} + 5 >= size)
+        return ZV_CURRENCY_NO_ROOM;
+    // The last byte stays for the terminator.
+    FieldWriter out(buffer + *position, size - *position - 1);
+    if (!put_list(out, *list)) {
+        std::fill(buffer + *position, out.end(), '\0');
+        return ZV_CURRENCY_NO_ROOM;
+    }
+    *position = static_cast<unsigned>(out.end() - buffer);
+    return 0;
+}
+
+int LoadCurrencyDetailList(const char* text, CurrencyDetailList* list) {
+    *list = {0, nullptr};
+    const char* separator = find_separator(text);
+    if (separator == nullptr)
+        return ZV_CURRENCY_MALFORMED;
+    const long long count = std::strtoll(text, nullptr, 10);
+    const char* records = separator + 1;
+    if (count > UINT32_MAX || !holds_records(records, count))
+        return ZV_CURRENCY_MALFORMED;
+    if (count == 0)
+        return 0;
+    auto* details = static_cast<CurrencyDetail*>(
+        std::calloc(static_cast<size_t>(count), sizeof(CurrencyDetail)));
+    if (details == nullptr)
+        return ZV_CURRENCY_NO_MEMORY;
+    for (long long i = 0; i < count; ++i)
+        records = read_record(records, details[i]);
+    *list = {static_cast<uint32_t>(count), details};
+    return 0;
+}

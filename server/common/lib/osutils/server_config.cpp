@@ -1,0 +1,39 @@
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <string_view>
+
+#include "osutils.h"
+
+namespace {
+
+constexpr size_t kLongestValue = 255;
+constexpr size_t kLineRoom = 284; // a longer line arrives in pieces
+
+// What stands behind the key, without the blanks on both sides. The key may end in blanks itself.
+std::string_view value_of(std::string_view line, size_t key_length) {
+    line.remove_suffix(line.size() - (line.find_last_not_of(" \t\r\n") + 1));
+    line.remove_prefix(std::min(key_length, line.size()));
+    line.remove_prefix(std::min(line.find_first_not_of(" \t"), line.size()));
+    return line;
+}
+
+} // namespace
+
+void GetLineFromServerConfigFileDup(const char* key, char* value) {
+    *value = '\0';
+    FILE* file = std::fopen(OSGetServerConfigPath(), "r");
+    if (file == nullptr)
+        return;
+    const size_t key_length = std::strlen(key);
+    char line[kLineRoom];
+    while (std::fgets(line, sizeof line, file) != nullptr) {
+        if (std::strncmp(line, key, key_length) != 0)
+            continue;
+        const std::string_view found = value_of(line, key_length);
+        const size_t length = std::min(found.size(), kLongestValue);
+        std::memcpy(value, found.data(), length);
+        value[length] = '\0';
+    }
+    std::fclose(file);
+}

@@ -1,0 +1,105 @@
+#include <gtest/gtest.h>
+
+#include <netinet/in.h>
+#include <sys/time.h>
+
+#include <cstdlib>
+#include <limits>
+#include <thread>
+#include <vector>
+
+#include "support/guarded.h"
+#include "support/private_host.h"
+#include "zvosutil.h"
+
+namespace {
+
+template <class Action>
+void in_threads(Action action) {
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i)
+        threads.emplace_back(action, i);
+    for (std::thread& thread : threads)
+        thread.join();
+}
+
+TEST(Threads, ExcludeEachOtherAndKeepTheirValuesApart) {
+    pthread_mutex_t section;
+    pthread_key_t key;
+    int rounds = 0;
+    OSInitializeCriticalSection(&section);
+    OSTLSAlloc(&key);
+    OSTLSSetValue(key, &rounds);
+    in_threads([&](int own) {
+        EXPECT_EQ(OSTLSGetValue(key), nullptr);
+        OSTLSSetValue(key, &own);
+        for (int i = 0; i < 2000; ++i) {
+            OSEnterCriticalSection(&section);
+            const int before = rounds;
+            if (i % 100 == 0)
+                std::this_thread::yield();
+            rounds = before + 1;
+            OSLeaveCriticalSection(&section);
+        }
+        EXPECT_EQ(OSTLSGetValue(key), &own);
+    });
+    EXPECT_EQ(rounds, 8000);
+    EXPECT_EQ(OSTLSGetValue(key), &rounds);
+    OSTLSFree(key);
+    OSTLSAlloc(&key);
+    EXPECT_EQ(OSTLSGetValue(key), nullptr) << "a fresh key, whatever the last one held";
+    EXPECT_EQ(pthread_mutex_trylock(&section), 0) << "all have left it";
+    OSLeaveCriticalSection(&section);
+    OSDeleteCriticalSection(&section);
+}
+
+TEST(HostLookup, ResultsStandInTheCallersMemory) {
+    ENTER_PRIVATE_HOST("alpha", "10.1.2.0 alpha.one a0\n10.1.2.1 alpha.two a1\n"
+                                "10.1.2.2 alpha.three a2\n10.1.2.3 alpha.four a3\n");
+    in_threads([](int thread) {
+        const std::string alias = {'a', char('0' + thread)};
+        const in_addr address = {htonl(0x0A010200u + unsigned(thread))};
+        test::GuardedRoom room(1024);
+        hostent entry;
+        int error;
+        for (bool by_name : {true, false}) {
+            const auto look_up = [&](const char* name, int length) {
+                char* buffer = room.data() + 1024 - length;
+                return by_name ? OSGetHostByName(name, &entry, buffer, length, &error)
+                               : OSGetHostByAddr(&address, *name == 'a' ? 4 : -1, AF_INET, &entry,
+                                                 buffer, length, &error);
+            };
+            int length = -1;
+            for (; look_up(alias.c_str(), length) == nullptr && length < 1024; ++length)
+                EXPECT_EQ(error, NETDB_INTERNAL) << length;
+            EXPECT_EQ(entry.h_aliases[0], alias);
+            EXPECT_EQ(memcmp(entry.h_addr_list[0], &address, sizeof address), 0);
+            error = 0;
+            EXPECT_EQ(look_up("nowhere", 1024), nullptr);
+            EXPECT_EQ(error, HOST_NOT_FOUND);
+        }
+    });
+}
+
+TEST(Time, LocalTimeAndTimeOfDay) {
+    setenv("TZ", "EST5", 1);
+    in_threads([](int thread) {
+        for (time_t when = thread; when < 40000000; when += 86400) {
+            tm local;
+            ASSERT_EQ(OSLocalTime(&when, &local), &local);
+            ASSERT_EQ(timegm(&local), when - 5 * 3600);
+        }
+    });
+    const time_t never = std::numeric_limits<time_t>::max();
+    tm local;
+    EXPECT_EQ(OSLocalTime(&never, &local), nullptr);
+    timeval before, after;
+    ZVStatsTime stamp;
+    gettimeofday(&before, nullptr);
+    OSGetStatsTime(&stamp);
+    gettimeofday(&after, nullptr);
+    const timeval taken = {time_t(stamp.seconds), suseconds_t(stamp.microseconds)};
+    EXPECT_FALSE(timercmp(&taken, &before, <) || timercmp(&after, &taken, <));
+}
+
+} // namespace
