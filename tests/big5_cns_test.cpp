@@ -16,50 +16,39 @@ namespace {
 
 // The conversion once more, character by character, with a search through the exported tables from
 // their first rows on.
-bool is_high(unsigned byte) {
-    return byte >= 0xA1 && byte <= 0xFE;
-}
-unsigned at(std::string_view text, size_t i) {
-    return static_cast<unsigned char>(text[i]);
-}
+bool is_high(unsigned byte) { return byte >= 0xA1 && byte <= 0xFE; }
+unsigned at(std::string_view text, size_t i) { return static_cast<unsigned char>(text[i]); }
 std::string pair_of(int first, int second) {
     return {static_cast<char>(first), static_cast<char>(second)};
 }
 
 int big5_ordinal(unsigned first, unsigned second) {
     const int row = (static_cast<int>(first) - 0xA1) * 157;
-    if (!is_high(first))
-        return -1;
-    if (second >= 0x40 && second <= 0x7E)
-        return row + static_cast<int>(second) - 0x40;
+    if (!is_high(first)) return -1;
+    if (second >= 0x40 && second <= 0x7E) return row + static_cast<int>(second) - 0x40;
     return is_high(second) ? row + static_cast<int>(second) - 0x62 : -1;
 }
 int cns_ordinal(unsigned first, unsigned second) {
-    if (!is_high(first) || !is_high(second))
-        return -1;
+    if (!is_high(first) || !is_high(second)) return -1;
     return (static_cast<int>(first) - 0xA1) * 94 + static_cast<int>(second) - 0xA1;
 }
 std::string big5_code(int ordinal) {
     const int second = ordinal % 157 + 0x40;
     return pair_of(ordinal / 157 + 0xA1, second > 0x7E ? second + 0x22 : second);
 }
-std::string cns_code(int ordinal) {
-    return pair_of(ordinal / 94 + 0xA1, ordinal % 94 + 0xA1);
-}
+std::string cns_code(int ordinal) { return pair_of(ordinal / 94 + 0xA1, ordinal % 94 + 0xA1); }
 
 std::optional<std::string> euc_tw_of(int big5) {
     const auto* row = std::find_if(Big5ToCnsTable, Big5ToCnsTable + Big5CnsTableSize,
                                    [&](const Big5CnsRange& r) { return r.last_big5 >= big5; });
-    if (row == Big5ToCnsTable + Big5CnsTableSize || big5 < row->first_big5)
-        return std::nullopt;
+    if (row == Big5ToCnsTable + Big5CnsTableSize || big5 < row->first_big5) return std::nullopt;
     const std::string code = cns_code(row->first_cns + big5 - row->first_big5);
     return row->plane == 1 ? code : pair_of(0x8E, 0xA0 + row->plane) + code;
 }
 std::optional<std::string> big5_of(int cns) {
     const auto* row = std::find_if(CnsToBig5Table, CnsToBig5Table + Big5CnsTableSize,
                                    [&](const Big5CnsRange& r) { return r.last_cns >= cns; });
-    if (row == CnsToBig5Table + Big5CnsTableSize || cns < row->first_cns)
-        return std::nullopt;
+    if (row == CnsToBig5Table + Big5CnsTableSize || cns < row->first_cns) return std::nullopt;
     return big5_code(row->first_big5 + cns - row->first_cns);
 }
 
@@ -217,8 +206,7 @@ TEST(Big5Cns, AgreesWithIconv) {
     for (int ordinal = 0; ordinal < 94 * 157; ++ordinal) {
         const std::string big5 = big5_code(ordinal);
         char euc_tw[5], back[5];
-        if (strcmp(big2euchx(big5.c_str(), euc_tw), "??") == 0)
-            continue;
+        if (strcmp(big2euchx(big5.c_str(), euc_tw), "??") == 0) continue;
         to_euc_tw.add(test::iconv_text("BIG5", "EUC-TW", big5), euc_tw);
         to_big5.add(test::iconv_text("EUC-TW", "BIG5", euc_tw), euch2bigx(euc_tw, back));
     }

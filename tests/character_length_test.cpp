@@ -56,22 +56,16 @@ bool any_holds(const std::vector<Range>& ranges, unsigned byte) {
 
 // The length that a first byte announces, with the shifts of the two EUC forms.
 int announced(const Rules& rules, unsigned lead) {
-    if (lead < 0x80)
-        return lead != 0;
-    if (rules.code_set == ZV_EUC && lead == 0x8E)
-        return 2;
-    if (rules.code_set == ZV_EUC && lead == 0x8F)
-        return 3;
-    if (rules.code_set == ZV_EUC_H && lead == 0x8E)
-        return 4;
+    if (lead < 0x80) return lead != 0;
+    if (rules.code_set == ZV_EUC && lead == 0x8E) return 2;
+    if (rules.code_set == ZV_EUC && lead == 0x8F) return 3;
+    if (rules.code_set == ZV_EUC_H && lead == 0x8E) return 4;
     return any_holds(rules.single, lead) ? 1 : any_holds(rules.lead, lead) ? 2 : -1;
 }
 
 bool trail_fits(const Rules& rules, unsigned lead, int i, unsigned byte) {
-    if (lead == 0x8F && rules.code_set == ZV_EUC)
-        return kHigh.holds(byte);
-    if (lead == 0x8E && rules.code_set == ZV_EUC)
-        return Range{0xA1, 0xDF}.holds(byte);
+    if (lead == 0x8F && rules.code_set == ZV_EUC) return kHigh.holds(byte);
+    if (lead == 0x8E && rules.code_set == ZV_EUC) return Range{0xA1, 0xDF}.holds(byte);
     if (lead == 0x8E && rules.code_set == ZV_EUC_H)
         return i == 1 ? Range{0xA2, 0xB0}.holds(byte) : kHigh.holds(byte);
     return any_holds(rules.trail, byte);

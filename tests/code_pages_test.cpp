@@ -11,9 +11,7 @@ namespace {
 
 using Converter = char* (*)(const char*, char*);
 
-std::string one(int byte) {
-    return {static_cast<char>(byte)};
-}
+std::string one(int byte) { return {static_cast<char>(byte)}; }
 
 struct Pair {
     const char* iso;
@@ -95,10 +93,8 @@ TEST(CodePages, InPlaceAtEveryLength) {
         std::string expected;
         for (int length = 0; length < 256; ++length) {
             std::string text;
-            for (int byte = 256 - length; byte < 256; ++byte)
-                text += one(byte);
-            if (length > 0)
-                expected = convert(converter, text.substr(0, 1)) + expected;
+            for (int byte = 256 - length; byte < 256; ++byte) text += one(byte);
+            if (length > 0) expected = convert(converter, text.substr(0, 1)) + expected;
             EXPECT_EQ(convert(converter, text), expected);
             test::GuardedText in_place(text);
             EXPECT_EQ(converter(in_place.data(), in_place.data()), in_place.data());

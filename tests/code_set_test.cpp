@@ -128,8 +128,7 @@ TEST(CodeSetNames, CorrectedLocaleNamesTheWindowsCodePage) {
         {"de@euro", "de.cp1252@euro"},
         {"", ".cp1252"},
     };
-    for (const auto& c : cases)
-        EXPECT_EQ(corrected(c.locale), c.expected) << c.locale;
+    for (const auto& c : cases) EXPECT_EQ(corrected(c.locale), c.expected) << c.locale;
     const std::string long_name = std::string(96, 'x') + ".8859-1";
     EXPECT_EQ(corrected(long_name), long_name);
     EXPECT_EQ(test::in_fresh_locale("ja_JP.eucJP",

@@ -41,13 +41,11 @@ Loaded model(const std::string& text) {
         }
     }
     const long long count = fields.empty() ? -1 : atoll(fields[0].c_str());
-    if (count < 0 || 2 * count >= (long long)fields.size())
-        return kMalformed;
+    if (count < 0 || 2 * count >= (long long)fields.size()) return kMalformed;
     Loaded loaded = {0, {}};
     for (size_t i = 1; i <= 2 * size_t(count); i += 2) {
         const long long value = atoll(fields[i + 1].c_str());
-        if (fields[i].size() > 3 || value < INT_MIN || value > INT_MAX)
-            return kMalformed;
+        if (fields[i].size() > 3 || value < INT_MIN || value > INT_MAX) return kMalformed;
         loaded.records.emplace_back(fields[i], value);
     }
     return loaded;
@@ -95,8 +93,7 @@ TEST(CurrencyText, GoesThereAndBackInAnyRoom) {
                 unsigned position = start;
                 const bool fits = start + 5 < size && start + text.size() < size;
                 std::string expected(size, '\0');
-                if (fits)
-                    expected.replace(start, text.size(), text);
+                if (fits) expected.replace(start, text.size(), text);
                 ASSERT_EQ(ZVCurrencyDetailListToText(&list, &position, size, room.data()),
                           fits ? 0 : ZV_CURRENCY_NO_ROOM);
                 ASSERT_EQ(std::string(room.data(), size), expected);

@@ -49,8 +49,7 @@ struct OpenFile {
 test::Child locker(const char* path, int lock_type, unsigned milliseconds, const char* line = "") {
     return test::Child([=](int out) {
         const int fd = open(path, O_RDWR | O_APPEND);
-        if (!OSLockFileFd(fd, lock_type, 1) || write(out, "L", 1) != 1)
-            return 1;
+        if (!OSLockFileFd(fd, lock_type, 1) || write(out, "L", 1) != 1) return 1;
         usleep(milliseconds * 1000);
         return write(fd, line, strlen(line)) < 0 ? 1 : 0;
     });
@@ -217,12 +216,10 @@ TEST(AppendLine, EightProcessesAtOnce) {
     for (int writer = 0; writer < kWriters; ++writer)
         writers.push_back(std::make_unique<test::Child>([&, writer](int) {
             for (size_t number = 0; number < kLines; ++number)
-                if (OSAppendLineToFile(file.path(), line(writer, number).c_str()) != 0)
-                    return 1;
+                if (OSAppendLineToFile(file.path(), line(writer, number).c_str()) != 0) return 1;
             return 0;
         }));
-    for (const auto& writer : writers)
-        EXPECT_EQ(writer->finish().status, 0);
+    for (const auto& writer : writers) EXPECT_EQ(writer->finish().status, 0);
 
     std::array<size_t, kWriters> next{};
     std::ifstream lines(file.path());
@@ -231,8 +228,7 @@ TEST(AppendLine, EightProcessesAtOnce) {
         ASSERT_TRUE(writer >= 0 && writer < kWriters) << text;
         ASSERT_EQ(text, line(writer, next[size_t(writer)]++));
     }
-    for (const size_t count : next)
-        EXPECT_EQ(count, kLines);
+    for (const size_t count : next) EXPECT_EQ(count, kLines);
 }
 
 TEST(AppendLine, TakesBackALineThatDoesNotFit) {
@@ -253,8 +249,7 @@ TEST(AppendLine, TakesBackALineThatDoesNotFit) {
 // A directory of a test's own, removed with all that is in it.
 struct TemporaryDirectory {
     TemporaryDirectory() {
-        if (mkdtemp(path) == nullptr)
-            abort();
+        if (mkdtemp(path) == nullptr) abort();
     }
     ~TemporaryDirectory() { fs::remove_all(path); }
     bool make(const std::string& name) const { return bool(std::ofstream(fs::path(path) / name)); }
@@ -264,8 +259,7 @@ struct TemporaryDirectory {
 
 TEST(RemoveFiles, SweepsWhatMatches) {
     const TemporaryDirectory dir;
-    for (const char* name : {"a.tmp", ".b.tmp", "a.txt", "*.c", "x.c"})
-        ASSERT_TRUE(dir.make(name));
+    for (const char* name : {"a.tmp", ".b.tmp", "a.txt", "*.c", "x.c"}) ASSERT_TRUE(dir.make(name));
     fs::create_directory(fs::path(dir.path) / "d.tmp");
     EXPECT_EQ(OSRemoveFiles(dir.path, "*.tmp"), 1);
     EXPECT_EQ(OSRemoveFiles(dir.path, "\\*.c"), 1);
@@ -349,8 +343,7 @@ bool makes_private_files() {
                              is_private_file(ZVfileno(zv)) && is_private_file(fileno(standard)) &&
                              is_private_file(fd);
     ZVfclose(zv);
-    if (standard != nullptr)
-        fclose(standard);
+    if (standard != nullptr) fclose(standard);
     close(fd);
     return all_private;
 }
@@ -402,8 +395,7 @@ TEST(TemporaryFiles, LoseTheirNameAtOnceWhereTheyMustHaveOne) {
         return !refuse_unnamed_files() ? kNoFilter : makes_private_files() ? 0 : 1;
     });
     const int status = child.finish().status;
-    if (status == kNoFilter)
-        GTEST_SKIP() << "the system lets no process filter its own calls";
+    if (status == kNoFilter) GTEST_SKIP() << "the system lets no process filter its own calls";
     EXPECT_EQ(status, 0);
 }
 

@@ -31,9 +31,7 @@ std::string name_by(int (*function)(char*)) {
     return name.append(*out.data() == '#' ? "untouched" : out.text());
 }
 
-std::string full_server_name() {
-    return name_by(OSGetServerNameWithDomain);
-}
+std::string full_server_name() { return name_by(OSGetServerNameWithDomain); }
 std::string short_server_name() {
     return name_by([](char* out) { return OSGetServerNameNoDomain(out), 1; });
 }

@@ -34,12 +34,8 @@ std::string converted(const Direction& direction, std::string_view text, size_t 
     return convert_guarded(direction.convert, text, room != 0 ? room : promised);
 }
 
-bool in(int byte, int first, int last) {
-    return byte >= first && byte <= last;
-}
-bool is_lead(int b) {
-    return in(b, 0x81, 0x9F) || in(b, 0xE0, 0xEF);
-}
+bool in(int byte, int first, int last) { return byte >= first && byte <= last; }
+bool is_lead(int b) { return in(b, 0x81, 0x9F) || in(b, 0xE0, 0xEF); }
 
 // The rules of all six directions, a byte at a time and without a thought for speed.
 std::string model(const Direction& d, std::string_view text) {
@@ -47,12 +43,10 @@ std::string model(const Direction& d, std::string_view text) {
     int two_byte = 0;
     const auto put = [&](int first, int second) { (out += char(first)) += char(second); };
     const auto mode = [&](int wanted) {
-        if (d.to == ZV_JIS && two_byte != wanted)
-            out += (two_byte = wanted) ? "\x1B$B" : "\x1B(J";
+        if (d.to == ZV_JIS && two_byte != wanted) out += (two_byte = wanted) ? "\x1B$B" : "\x1B(J";
     };
     const auto put_jis = [&](int first, int second) {
-        if (d.to == ZV_SJIS)
-            jis2sjis(&first, &second);
+        if (d.to == ZV_SJIS) jis2sjis(&first, &second);
         mode(1);
         put(first + (d.to == ZV_EUC ? 0x80 : 0), second + (d.to == ZV_EUC ? 0x80 : 0));
     };
@@ -73,14 +67,12 @@ std::string model(const Direction& d, std::string_view text) {
         const auto byte = [&](size_t at) { return at < text.size() ? text[at] & 0xFF : -1; };
         int b = byte(i), t = byte(i + 1);
         if (d.from == ZV_JIS && b == 0x1B) {
-            if (t < 0 || ((t == '$' || t == '(') && byte(i + 2) < 0))
-                break;
+            if (t < 0 || ((t == '$' || t == '(') && byte(i + 2) < 0)) break;
             two_byte = t == '$' || t == 'K';
             i += t == '$' || t == '(' ? 2 : 1;
         } else if (d.from == ZV_JIS && two_byte && b != '\n' && b != '\r' && t >= 0) {
             int first = b, second = t;
-            if (d.to == ZV_SJIS)
-                jis2sjis(&first, &second);
+            if (d.to == ZV_SJIS) jis2sjis(&first, &second);
             put(first + (d.to == ZV_EUC ? 0x80 : 0), second + (d.to == ZV_EUC ? 0x80 : 0));
             ++i;
         } else if (d.from == ZV_JIS) {
@@ -114,8 +106,7 @@ std::string model(const Direction& d, std::string_view text) {
 
 size_t estimated(const Direction& direction, std::string_view text, size_t otherwise) {
     test::GuardedText source(text);
-    if (direction.convert == shift2eucx)
-        return static_cast<size_t>(eucLength(source.data()));
+    if (direction.convert == shift2eucx) return static_cast<size_t>(eucLength(source.data()));
     return direction.convert == euc2shiftx ? static_cast<size_t>(shiftLength(source.data()))
                                            : otherwise;
 }
@@ -159,8 +150,7 @@ std::string repertoire(bool katakana, int* count) {
     for (int first = 0xA1; first <= 0xFE; ++first) {
         for (int second = 0xA1; second <= 0xFE; ++second) {
             const char code[] = {char(first), char(second)};
-            if (!test::iconv_text("EUC-JP", "UTF-8", {code, 2}))
-                continue;
+            if (!test::iconv_text("EUC-JP", "UTF-8", {code, 2})) continue;
             ++*count;
             text.append(code, 2).append(second % 7 == 0 ? "a\n" : "");
         }
@@ -184,8 +174,7 @@ TEST(JapaneseConverters, AgreeWithIconvOverTheWholeRepertoire) {
     std::string jis = test::iconv_text("EUC-JP", "ISO-2022-JP", plain_euc).value();
     EXPECT_EQ(converted(kDirections[4], jis), plain_shift_jis);
     EXPECT_EQ(converted(kDirections[5], jis), plain_euc);
-    for (size_t at = 0; (at = jis.find("\x1B(B", at)) != std::string::npos; ++at)
-        jis[at + 2] = 'J';
+    for (size_t at = 0; (at = jis.find("\x1B(B", at)) != std::string::npos; ++at) jis[at + 2] = 'J';
     EXPECT_EQ(converted(kDirections[2], plain_shift_jis), jis);
     EXPECT_EQ(converted(kDirections[3], plain_euc), jis);
 }

@@ -19,25 +19,19 @@ struct Free {
 using List = std::unique_ptr<LIST, Free>;
 
 // The tests store characters as items.
-void* item(intptr_t value) {
-    return reinterpret_cast<void*>(value);
-}
-intptr_t value_of(const void* listed) {
-    return reinterpret_cast<intptr_t>(listed);
-}
+void* item(intptr_t value) { return reinterpret_cast<void*>(value); }
+intptr_t value_of(const void* listed) { return reinterpret_cast<intptr_t>(listed); }
 
 List list_of(const std::string& items, int capacity = 10) {
     List list(list_create(capacity));
-    for (const char c : items)
-        list_addItem(list.get(), c == '.' ? nullptr : item(c));
+    for (const char c : items) list_addItem(list.get(), c == '.' ? nullptr : item(c));
     return list;
 }
 
 std::vector<intptr_t> items_of(const LIST* list) {
     const List copy(list_copyShallow(list));
     std::vector<intptr_t> items;
-    for (int i = 0; i < list_size(list); ++i)
-        items.push_back(value_of(list_getNth(copy.get(), i)));
+    for (int i = 0; i < list_size(list); ++i) items.push_back(value_of(list_getNth(copy.get(), i)));
     return items;
 }
 
@@ -56,29 +50,17 @@ std::string state_of(const LIST* list) {
 std::string shown(intptr_t result) {
     return result >= 'a' ? std::string(1, static_cast<char>(result)) : std::to_string(result);
 }
-std::string shown(int result) {
-    return std::to_string(result);
-}
-std::string shown(const void* result) {
-    return shown(value_of(result));
-}
+std::string shown(int result) { return std::to_string(result); }
+std::string shown(const void* result) { return shown(value_of(result)); }
 
 int by_value(const void* a, const void* b, void*) {
     return value_of(a) < value_of(b) ? -1 : value_of(a) > value_of(b);
 }
-int sign_of_two(const void* a, const void* b, void*) {
-    return 2 * by_value(a, b, nullptr);
-}
+int sign_of_two(const void* a, const void* b, void*) { return 2 * by_value(a, b, nullptr); }
 // Equal when the first argument is the letter before the second, so that the order shows.
-int one_before(const void* a, const void* b, void*) {
-    return value_of(a) + 1 != value_of(b);
-}
-int reversed(const void* a, const void* b, void*) {
-    return by_value(b, a, nullptr);
-}
-int goes_on(void*, void*) {
-    return 0;
-}
+int one_before(const void* a, const void* b, void*) { return value_of(a) + 1 != value_of(b); }
+int reversed(const void* a, const void* b, void*) { return by_value(b, a, nullptr); }
+int goes_on(void*, void*) { return 0; }
 
 struct Operation {
     const char* name;
@@ -170,8 +152,7 @@ TEST(List, EveryOperationGivesItsResultAndLeavesTheCursor) {
             seen.append(std::to_string(list_currentItem(list))).append(" ").append(text_of(list));
         }
         const std::string without = operation.run(nullptr);
-        if (without != "-2")
-            seen.append("|").append(without);
+        if (without != "-2") seen.append("|").append(without);
         EXPECT_EQ(seen, operation.expected) << operation.name;
     }
     EXPECT_EQ(list_free(nullptr, nullptr, nullptr), -2);
@@ -204,15 +185,13 @@ struct Model {
 
     int count() const { return static_cast<int>(items.size()); }
     intptr_t append(intptr_t value) {
-        if (count() == capacity)
-            capacity += capacity / 5 + 5;
+        if (count() == capacity) capacity += capacity / 5 + 5;
         cursor = count();
         items.push_back(value);
         return 0;
     }
     void reach(int position) {
-        if (position >= capacity)
-            capacity = position + std::clamp(capacity / 5, 10, 100);
+        if (position >= capacity) capacity = position + std::clamp(capacity / 5, 10, 100);
     }
     intptr_t store(int position, intptr_t value) {
         reach(position);
@@ -221,16 +200,14 @@ struct Model {
         return 0;
     }
     intptr_t insert(int position, intptr_t value) {
-        if (position >= count())
-            return store(position, value);
+        if (position >= count()) return store(position, value);
         reach(count());
         items.insert(items.begin() + position, value);
         cursor = position;
         return 0;
     }
     intptr_t remove(int position) {
-        if (position >= count())
-            return -5;
+        if (position >= count()) return -5;
         const intptr_t removed = items[static_cast<size_t>(position)];
         items.erase(items.begin() + position);
         cursor = position - 1;
@@ -304,8 +281,7 @@ TEST(List, EndsAtTheMostItems) {
     EXPECT_EQ(list_create(INT_MAX), nullptr);
     EXPECT_EQ(list_create(-1), nullptr);
     const List list(new_list(1));
-    while (list_addItem(list.get(), item('x')) == 0)
-        ASSERT_LE(list_size(list.get()), 32767);
+    while (list_addItem(list.get(), item('x')) == 0) ASSERT_LE(list_size(list.get()), 32767);
     EXPECT_EQ(list_size(list.get()), 32767);
     EXPECT_EQ(list_capacity(list.get()), 32767);
     list_setIndex(list.get(), 7);
@@ -341,8 +317,7 @@ TEST(List, ReleaseGoesBackwardsAndStopsOnNegativeResults) {
     }
     const long blocks = test::live_blocks();
     LIST* list = list_create(0);
-    for (int i = 0; i < 20; ++i)
-        list_addItem(list, i % 3 == 0 ? nullptr : malloc(8));
+    for (int i = 0; i < 20; ++i) list_addItem(list, i % 3 == 0 ? nullptr : malloc(8));
     EXPECT_EQ(list_free(list, freeListData, nullptr), 0);
     EXPECT_EQ(freeListData(nullptr, nullptr), 0);
     EXPECT_EQ(test::live_blocks(), blocks);
@@ -437,8 +412,7 @@ TEST(ListMemory, EachFailingAllocationChangesNothing) {
     };
     list_free(test::after_each_failing_allocation(create, failed), nullptr, nullptr);
     EXPECT_EQ(failures, 2);
-    for (int nth = 1; nth <= 2; ++nth)
-        failed(test::with_failing_allocation(nth, copy).first);
+    for (int nth = 1; nth <= 2; ++nth) failed(test::with_failing_allocation(nth, copy).first);
     list_free(copy(), freeListData, nullptr);
     EXPECT_EQ(test::live_blocks(), blocks);
 }

@@ -11,8 +11,7 @@
 namespace {
 
 std::string upper(std::string text) {
-    for (char& c : text)
-        c = c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+    for (char& c : text) c = c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
     return text;
 }
 
@@ -79,8 +78,7 @@ TEST(CodeSetChoice, ForMailAndForData) {
         for (int b = -1; b <= 70; ++b) {
             int expected = a;
             for (const auto& pair : pairs) {
-                if ((a == pair[0] && b == pair[1]) || (a == pair[1] && b == pair[0]))
-                    expected = b;
+                if ((a == pair[0] && b == pair[1]) || (a == pair[1] && b == pair[0])) expected = b;
             }
             EXPECT_EQ(mbGetCodeSetForData(a, b), expected) << a << ' ' << b;
         }

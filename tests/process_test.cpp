@@ -54,8 +54,7 @@ int own_log_socket() {
 test::ChildResult log_of(void (*action)()) {
     return test::Child([action](int out) {
                const int log = own_log_socket();
-               if (log < 0)
-                   return dprintf(out, "%s", strerror(errno)) > 0 ? kNoNamespace : 1;
+               if (log < 0) return dprintf(out, "%s", strerror(errno)) > 0 ? kNoNamespace : 1;
                action();
                char message[1024];
                for (ssize_t n; (n = recv(log, message, sizeof message - 1, 0)) > 0;) {
@@ -87,8 +86,7 @@ TEST(SystemLog, EachFunctionPassesItsValuesInOrder) {
         openlog("host", LOG_PID, LOG_USER);
         OSLogString("user");
     });
-    if (log.status == kNoNamespace)
-        GTEST_SKIP() << "a private /dev/log is refused: " << log.output;
+    if (log.status == kNoNamespace) GTEST_SKIP() << "a private /dev/log is refused: " << log.output;
     EXPECT_EQ(log.output, "<27>: 1 text 7fffffffffffffff -4 5\n"
                           "<27>: 1 2 3 4 5\n"
                           "<27>: 1 2 3 text\n"

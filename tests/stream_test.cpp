@@ -54,11 +54,9 @@ struct Model {
             front_room = 4;
             at_end |= ahead == 0;
         }
-        if (ahead == 0)
-            return 256;
+        if (ahead == 0) return 256;
         const char byte = pushed.empty() ? file[static_cast<size_t>(position)] : pushed.back();
-        if (!pushed.empty())
-            pushed.pop_back();
+        if (!pushed.empty()) pushed.pop_back();
         ++position;
         --ahead;
         ++front_room;
@@ -67,17 +65,14 @@ struct Model {
     std::string take(long most, int last) {
         std::string taken;
         for (int c = -1; c != last && static_cast<long>(taken.size()) < most;) {
-            if ((c = next()) == 256)
-                break;
+            if ((c = next()) == 256) break;
             taken.push_back(static_cast<char>(c));
         }
         return taken;
     }
     long push(int c) {
-        if (ahead == 0)
-            front_room = 4096;
-        if (front_room == 0)
-            return -1;
+        if (ahead == 0) front_room = 4096;
+        if (front_room == 0) return -1;
         pushed.push_back(static_cast<char>(c));
         --front_room;
         ++ahead;
@@ -96,8 +91,7 @@ struct Model {
         return true;
     }
     size_t write(const std::string& text) {
-        if (!move(append ? static_cast<long>(file.size()) : position) || text.empty())
-            return 0;
+        if (!move(append ? static_cast<long>(file.size()) : position) || text.empty()) return 0;
         const auto place = static_cast<size_t>(position);
         file.resize(std::max(file.size(), place + text.size()));
         file.replace(place, text.size(), text);
@@ -415,8 +409,7 @@ struct Pipe {
 
     Pipe() {
         int ends[2];
-        if (pipe(ends) != 0)
-            abort();
+        if (pipe(ends) != 0) abort();
         reader.reset(ZVfdopen(ends[0], "r"));
         writer.reset(ZVfdopen(ends[1], "w"));
     }
@@ -483,8 +476,7 @@ TEST(StreamInterrupted, ReadsFailAndGoOnLater) {
 TEST(StreamInterrupted, WritesGoOn) {
     Pipe pipe;
     std::string text(300000, ' ');
-    for (size_t i = 0; i < text.size(); ++i)
-        text[i] = static_cast<char>(i * 7 / 11);
+    for (size_t i = 0; i < text.size(); ++i) text[i] = static_cast<char>(i * 7 / 11);
     const pid_t child = fork();
     if (child == 0) {
         usleep(50000); // The writer is interrupted while the pipe is full.

@@ -21,22 +21,18 @@ constexpr std::string_view kAlphabet = "ab,A\n\x81\x82\xA0\xA1\xA2\x8E\x8F\xB0\x
 // The plainest statement of each operation: walks by mbbytesinchar() from the start.
 namespace model {
 
-size_t step(const char* p) {
-    return static_cast<size_t>(mbbytesinchar(p));
-}
+size_t step(const char* p) { return static_cast<size_t>(mbbytesinchar(p)); }
 
 long chr(const std::string& s, int c, bool last) {
     long found = -1;
     for (size_t i = 0; i < s.size() && (last || found < 0); i += step(&s[i])) {
-        if (static_cast<signed char>(s[i]) == c)
-            found = static_cast<long>(i);
+        if (static_cast<signed char>(s[i]) == c) found = static_cast<long>(i);
     }
     return found;
 }
 
 bool is_boundary(const std::string& s, size_t from, size_t at) {
-    while (from < at)
-        from += step(&s[from]);
+    while (from < at) from += step(&s[from]);
     return from == at;
 }
 
@@ -61,16 +57,13 @@ long pbrk(const std::string& s, const std::string& set) {
 
 size_t idx(const std::string& s, size_t n) {
     size_t at = 0;
-    for (size_t i = 0; i <= std::min(n, s.size()); i += step(&s[i]))
-        at = i;
+    for (size_t i = 0; i <= std::min(n, s.size()); i += step(&s[i])) at = i;
     return at;
 }
 
 } // namespace model
 
-long offset(const char* found, const char* s) {
-    return found == nullptr ? -1 : found - s;
-}
+long offset(const char* found, const char* s) { return found == nullptr ? -1 : found - s; }
 
 TEST(Searches, AgreeWithAPlainWalkInEveryCodeSet) {
     std::mt19937 random(1);
@@ -199,8 +192,7 @@ TEST(Comparison, OrdersByLengthThenSignedBytes) {
         {nullptr, "a", 0},
         {"a", nullptr, 0},
     };
-    for (const auto& c : cases)
-        EXPECT_EQ(mbstricmp(c.a, c.b), c.order) << (c.a ? c.a : "NULL");
+    for (const auto& c : cases) EXPECT_EQ(mbstricmp(c.a, c.b), c.order) << (c.a ? c.a : "NULL");
     InitMbutilExt(ZV_WESTERN);
     EXPECT_EQ(mbstricmp("ABC", "abc"), 0);
     EXPECT_GT(mbstricmp("\xB1", "a"), 0) << "the C library compares unsigned bytes";

@@ -88,9 +88,7 @@ TEST(Dispatch, NativeStringsAndTheWindowsForm) {
             EXPECT_STREQ(WindowsCodingToUnixCodingExt("\x88\x9F", out), "\xB0\xA1");
         }
         EXPECT_EQ(mbconvertnativestring(out, "\xB0\xA1", ZV_JIS), 1);
-        if (c.current != ZV_SJIS) {
-            EXPECT_STREQ(out, c.native_as_jis) << c.current;
-        }
+        if (c.current != ZV_SJIS) { EXPECT_STREQ(out, c.native_as_jis) << c.current; }
         EXPECT_EQ(MaxStringLengthOnWinAndUnix("\xB0\xA1"), c.longest) << c.current;
     }
     InitMbutilExt(ZV_BIG5);
@@ -180,8 +178,7 @@ TEST(TextStreams, LinesAreConvertedAndCutBetweenCharacters) {
 
 TEST(TextStreams, StringsAreConvertedOnTheirWayOut) {
     std::string kana;
-    for (int i = 0; i < 3000; ++i)
-        kana += "\xB1 ";
+    for (int i = 0; i < 3000; ++i) kana += "\xB1 ";
     InitMbutilExt(ZV_SJIS);
     for (const int code_set : {0, int(ZV_SJIS), int(ZV_EUC), int(ZV_JIS)}) {
         const File file = file_with("");
@@ -286,8 +283,7 @@ TEST(FileConversion, EqualsOneConversionAtEveryPhaseOfTheBlocks) {
     const std::string in = folder / "in", out = folder / "out";
     std::mt19937 random(4);
     for (const auto& pair : kPairs) {
-        if (!pair.files)
-            continue;
+        if (!pair.files) continue;
         InitMbutilExt(pair.to);
         const std::string alphabets[] = {
             std::string(pair.text), std::string(pair.text) + "a\n", "\x1B$BK(J01\n",

@@ -17,10 +17,8 @@ namespace {
 template <class Action>
 void in_threads(Action action) {
     std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i)
-        threads.emplace_back(action, i);
-    for (std::thread& thread : threads)
-        thread.join();
+    for (int i = 0; i < 4; ++i) threads.emplace_back(action, i);
+    for (std::thread& thread : threads) thread.join();
 }
 
 TEST(Threads, ExcludeEachOtherAndKeepTheirValuesApart) {
@@ -36,8 +34,7 @@ TEST(Threads, ExcludeEachOtherAndKeepTheirValuesApart) {
         for (int i = 0; i < 2000; ++i) {
             OSEnterCriticalSection(&section);
             const int before = rounds;
-            if (i % 100 == 0)
-                std::this_thread::yield();
+            if (i % 100 == 0) std::this_thread::yield();
             rounds = before + 1;
             OSLeaveCriticalSection(&section);
         }

@@ -26,8 +26,7 @@ std::string with_encoding(const std::string& text, int code_set) {
     char* result = document.data();
     SetEncodingForXMLDoc(document.data(), code_set, &result);
     EXPECT_EQ(document.text(), quoted(text));
-    if (result == nullptr)
-        return kNothing;
+    if (result == nullptr) return kNothing;
     const std::unique_ptr<char, decltype(&free)> owner(result, free);
     const std::string block(result, text.size() + 80);
     EXPECT_EQ(block.find_first_not_of('\0', strlen(result)), std::string::npos);

@@ -22,9 +22,7 @@ int run(const Folder& folder, const std::string& arguments) {
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
-std::string sample(const std::string& name) {
-    return content(ZVUTIL_TEXTS "/" + name + ".txt");
-}
+std::string sample(const std::string& name) { return content(ZVUTIL_TEXTS "/" + name + ".txt"); }
 
 TEST(Zvconv, ConvertsTheSampleTextsAsIconvDoes) {
     const struct {
@@ -46,8 +44,7 @@ TEST(Zvconv, ConvertsTheSampleTextsAsIconvDoes) {
         EXPECT_EQ(content(folder / "out"), test::iconv_text(c.iconv_from, c.iconv_to, text))
             << c.sample;
         EXPECT_EQ(content(folder / "stderr"), "");
-        if (std::string(c.from) != "auto")
-            continue;
+        if (std::string(c.from) != "auto") continue;
         // Detection works on what cannot be positioned, too.
         EXPECT_EQ(run(folder,
                       "-l && cat in | " ZVUTIL_ZVCONV " -f auto -o piped -t " + std::string(c.to)),
@@ -102,8 +99,7 @@ TEST(Zvconv, SubjectsAreReadByAMailProgram) {
     for (const auto& c : cases) {
         std::string text = sample(c.sample);
         // Half-width katakana come back full-width.
-        if (std::string(c.charset) == "EUC-JP")
-            text = text.substr(0, text.find('\n') + 1);
+        if (std::string(c.charset) == "EUC-JP") text = text.substr(0, text.find('\n') + 1);
         write_file(folder / "in", text);
         ASSERT_EQ(run(folder, std::string(c.options) + " in"), 0);
         EXPECT_EQ(test::output_of("PYTHONIOENCODING=utf-8 python3 " ZVUTIL_TEXTS

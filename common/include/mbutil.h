@@ -535,8 +535,9 @@ char* convertToQuotedPrintable(char* dst, const char* src);
 
 /**
  * Decodes one line of quoted-printable text, up to its terminator, CR or LF, which is not copied.
- * Soft line breaks are taken out; so are bytes that have no place in such text. What follows "=" and
- * is no escape stays, where it began with a digit without the "=". Calls InitMbutil() at the first
+ * Soft line breaks are taken out; so are bytes that have no place in such text. What follows "="
+ * and is no escape stays, where it began with a digit without the "=". Calls InitMbutil() at the
+ * first
  * "=" when nothing has set the current code set.
  * @param dst receives the decoded bytes; room for the length of @p src plus 1 bytes. May be @p src.
  * @return @p dst.

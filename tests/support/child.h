@@ -21,8 +21,7 @@ public:
     template <class Action>
     explicit Child(Action action) {
         int ends[2];
-        if (pipe(ends) != 0)
-            abort();
+        if (pipe(ends) != 0) abort();
         process_ = fork();
         if (process_ == 0) {
             close(ends[0]);

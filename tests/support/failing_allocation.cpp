@@ -25,8 +25,7 @@ namespace {
 [[gnu::tls_model("initial-exec")]] constinit thread_local bool has_failed = false;
 
 UNOBSERVED bool fails_now() {
-    if (until_failure == 0 || --until_failure != 0)
-        return false;
+    if (until_failure == 0 || --until_failure != 0) return false;
     has_failed = true;
     errno = ENOMEM;
     return true;
@@ -41,9 +40,7 @@ UNOBSERVED void* counted(void* block) {
 
 namespace test {
 
-long live_blocks() {
-    return live;
-}
+long live_blocks() { return live; }
 
 bool fail_allocation(int nth) {
     until_failure = nth;
@@ -61,11 +58,9 @@ extern "C" UNOBSERVED void* calloc(size_t count, size_t size) {
 }
 
 extern "C" UNOBSERVED void* realloc(void* block, size_t size) {
-    if (fails_now())
-        return nullptr;
+    if (fails_now()) return nullptr;
     void* moved = BENEATH(realloc)(block, size);
-    if (block == nullptr)
-        return counted(moved);
+    if (block == nullptr) return counted(moved);
     live -= moved == nullptr && size == 0;
     return moved;
 }

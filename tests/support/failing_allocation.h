@@ -30,8 +30,7 @@ template <class Operation, class Failed>
 auto after_each_failing_allocation(Operation operation, Failed failed) {
     for (int nth = 1;; ++nth) {
         auto [result, met] = with_failing_allocation(nth, operation);
-        if (!met)
-            return result;
+        if (!met) return result;
         failed(result);
     }
 }

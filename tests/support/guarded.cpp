@@ -20,9 +20,7 @@ std::vector<char*>& pool() {
     return mappings;
 }
 
-size_t page_size() {
-    return static_cast<size_t>(sysconf(_SC_PAGESIZE));
-}
+size_t page_size() { return static_cast<size_t>(sysconf(_SC_PAGESIZE)); }
 
 char* map_with_guard(size_t usable) {
     void* mapping = mmap(nullptr, usable + page_size(), PROT_READ | PROT_WRITE,

@@ -15,8 +15,7 @@ std::string enter_private_host(const std::string& node_name, const std::string& 
 #define ENTER_PRIVATE_HOST(node_name, hosts)                                                       \
     do {                                                                                           \
         const std::string obstacle = test::enter_private_host(node_name, hosts);                   \
-        if (!obstacle.empty())                                                                     \
-            GTEST_SKIP() << obstacle;                                                              \
+        if (!obstacle.empty()) GTEST_SKIP() << obstacle;                                           \
     } while (false)
 
 #endif

@@ -15,8 +15,7 @@ class TemporaryFile {
 public:
     explicit TemporaryFile(const std::string& contents = "") {
         const int descriptor = mkstemp(path_);
-        if (descriptor < 0)
-            abort();
+        if (descriptor < 0) abort();
         close(descriptor);
         std::ofstream(path_, std::ios::binary) << contents;
     }

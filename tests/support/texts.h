@@ -10,16 +10,14 @@ namespace test {
 // A text of random length up to `longest`, of bytes taken from `alphabet`.
 inline std::string random_text(std::mt19937& random, std::string_view alphabet, size_t longest) {
     std::string text(random() % (longest + 1), '\0');
-    for (char& c : text)
-        c = alphabet[random() % alphabet.size()];
+    for (char& c : text) c = alphabet[random() % alphabet.size()];
     return text;
 }
 
 // Every byte but zero.
 inline std::string all_bytes() {
     std::string bytes;
-    for (int byte = 1; byte < 256; ++byte)
-        bytes += static_cast<char>(byte);
+    for (int byte = 1; byte < 256; ++byte) bytes += static_cast<char>(byte);
     return bytes;
 }
 
