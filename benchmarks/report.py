@@ -1,0 +1,324 @@
+#!/usr/bin/env python3
+"""Writes performance.md and performance.svg from a run of zvutil_bench.
+
+usage: report.py RESULTS.json FOLDER
+"""
+
+import json
+import math
+import pathlib
+import sys
+import textwrap
+from dataclasses import dataclass, field
+from html import escape
+
+LIBRARY = "zvutil"
+FLOORS = ("strlen+memcpy", "strchr")
+MOST_GROWTH = 2  # cost per byte of the largest text against that of the smallest
+
+FAMILIES = {
+    "conversions": (
+        "Conversions",
+        "A whole string from one encoding into another. iconv and ICU keep their converters open "
+        "between the calls.",
+    ),
+    "strings": (
+        "Strings",
+        "The peer does the same job by walking with `mbrlen` in a real locale of the code set. "
+        "What is looked for is not there, so that every search sees the whole text.",
+    ),
+    "mail": (
+        "Mail",
+        "Quoted-printable texts of one line, both ways per byte of the plain text, and subjects "
+        "of 60 bytes. GMime is handed its subjects in UTF-8.",
+    ),
+    "streams": (
+        "Streams",
+        "A file of a mebibyte, which the system holds in memory. stdio writes its lines "
+        "unbuffered, since the library's streams hold no write back.",
+    ),
+    "list": (
+        "List",
+        "GPtrArray's walk by position is a macro; the cursor of a list is a call for each item.",
+    ),
+}
+
+
+@dataclass
+class Target:
+    what: str  # "peer": at least this many times as fast; "floor": at most this many times its time
+    factor: float
+
+    def __str__(self):
+        return f"{self.factor:g}x" if self.what == "peer" else f"floor {self.factor:g}x"
+
+    def met(self, row):
+        if self.what == "peer":
+            return row.speedup() >= self.factor
+        return row.floor_ratio() <= self.factor
+
+    def shortfall(self, row):
+        if self.what == "peer":
+            return f"{factor(row.speedup())} of {self.factor:g}x"
+        return f"{factor(row.floor_ratio())} the floor, at most {self.factor:g}x wanted"
+
+
+@dataclass
+class Row:
+    family: str
+    operation: str
+    text: str
+    size: int
+    unit: str
+    times: dict = field(default_factory=dict)  # best nanoseconds per unit, by peer
+
+    def peers(self):
+        return [peer for peer in self.times if peer != LIBRARY and peer not in FLOORS]
+
+    def floor(self):
+        return next((peer for peer in self.times if peer in FLOORS), None)
+
+    def speedup(self):
+        return min(self.times[peer] for peer in self.peers()) / self.times[LIBRARY]
+
+    def floor_ratio(self):
+        return self.times[LIBRARY] / self.times[self.floor()]
+
+    def targets(self):
+        if self.family == "conversions":
+            chinese = self.operation in ("big2euchx", "euch2bigx")
+            wanted = {48: 5, 65536: 6} if chinese else {48: 8, 65536: 15}
+            targets = [Target("peer", wanted[self.size])] if self.size in wanted else []
+            return targets + ([Target("floor", 4)] if self.text == "ASCII" else [])
+        if self.family == "strings":
+            targets = [Target("peer", 10)] if self.size == 4096 else []
+            if self.operation == "mbstrchr" and self.text == "EUC" and self.size == 4096:
+                targets.append(Target("floor", 3))
+            return targets
+        return [Target("peer", 5 if self.family == "mail" else 1)]
+
+    def name(self):
+        return f"`{self.operation}`, {self.text}, {size_text(self.size, self.unit)}"
+
+
+def read_rows(results):
+    rows = {}
+    for entry in sorted(results["benchmarks"], key=lambda entry: entry["family_index"]):
+        if entry["run_type"] != "iteration":
+            continue
+        family, operation, text, size, peer = entry["run_name"].split("/")
+        key = family, operation, text, size
+        row = rows.setdefault(key, Row(family, operation, text, int(size), entry["label"]))
+        time = entry["cpu_time"] / entry["units"]
+        row.times[peer] = min(time, row.times.get(peer, math.inf))
+    first = {}
+    for row in rows.values():
+        first.setdefault((row.operation, row.text), len(first))
+    return sorted(rows.values(), key=lambda row: (first[row.operation, row.text], row.size))
+
+
+def size_text(size, unit):
+    if unit != "byte":
+        return unit if size == 1 else f"{size} {unit}s"
+    for power, name in ((20, "MiB"), (10, "KiB")):
+        if size % (1 << power) == 0:
+            return f"{size >> power} {name}"
+    return f"{size} bytes"
+
+
+def number(value):
+    """Three digits that count."""
+    return f"{value:.{max(0, 2 - math.floor(math.log10(value)))}f}"
+
+
+def factor(value):
+    return f"{value:.0f}x" if value >= 100 else f"{value:.1f}x" if value >= 2 else f"{value:.2f}x"
+
+
+def table(header, lines):
+    rule = ["---"] * 3 + ["--:"] * (len(header) - 3)
+    return "".join(f"| {' | '.join(cells)} |\n" for cells in [header, rule, *lines])
+
+
+def verdict(targets, row):
+    if not targets:
+        return ["", ""]
+    met = all(target.met(row) for target in targets)
+    return [", ".join(map(str, targets)), "yes" if met else "**no**"]
+
+
+def family_table(rows):
+    peers = list(dict.fromkeys(peer for row in rows for peer in row.times))
+    has_floor = any(row.floor() for row in rows)
+    header = ["operation", "text", "size"] + [f"{peer}, ns" for peer in peers]
+    header += ["to best peer"] + (["to floor"] if has_floor else []) + ["target", "met"]
+    lines = []
+    for row in rows:
+        cells = [f"`{row.operation}`", row.text, size_text(row.size, row.unit)]
+        cells += [number(row.times[peer]) if peer in row.times else "" for peer in peers]
+        cells.append(factor(row.speedup()))
+        if has_floor:
+            cells.append(factor(row.floor_ratio()) if row.floor() else "")
+        lines.append(cells + verdict(row.targets(), row))
+    return table(header, lines)
+
+
+def growths(rows):
+    """The sizes and costs per byte of each operation and text."""
+    costs = {}
+    for row in rows:
+        if row.family == "growth":
+            costs.setdefault((row.operation, row.text), {})[row.size] = row.times[LIBRARY]
+    return costs
+
+
+def growth(costs):
+    return costs[max(costs)] / costs[min(costs)]
+
+
+def growth_table(costs):
+    sizes = sorted(next(iter(costs.values())))
+    header = ["operation", "code set", "text"] + [f"{size_text(s, 'byte')}, ns" for s in sizes]
+    lines = []
+    for (operation, text), by_size in costs.items():
+        met = "yes" if growth(by_size) <= MOST_GROWTH else "**no**"
+        lines.append([f"`{operation}`", *text.split(", "), *(number(by_size[s]) for s in sizes),
+                      factor(growth(by_size)), f"{MOST_GROWTH}x", met])
+    return table(header + ["growth", "target", "met"], lines)
+
+
+def processor():
+    for line in pathlib.Path("/proc/cpuinfo").read_text().splitlines():
+        if line.startswith("model name"):
+            return line.split(":", 1)[1].strip()
+    return "unknown processor"
+
+
+def summary(rows, costs):
+    judged = [(row, target) for row in rows for target in row.targets()]
+    missed = [f"{row.name()}: {target.shortfall(row)}" for row, target in judged
+              if not target.met(row)]
+    missed += [f"`{operation}`, {text}: the cost per byte grows {factor(growth(by_size))}"
+               for (operation, text), by_size in costs.items() if growth(by_size) > MOST_GROWTH]
+    total = len(judged) + len(costs)
+    text = f"{total - len(missed)} of {total} targets were met in this run"
+    return text + (". Missed:\n\n" + "".join(f"- {line}\n" for line in missed) if missed else ".\n")
+
+
+def report(context, rows, costs):
+    peers = ", ".join(f"{name} {context[name]}" for name in ("glibc", "ICU", "GMime", "GLib"))
+    sections = [f"""# Performance
+
+The library and its peers on the same texts in the same process. `script/bench` measures anew and
+writes this page and the chart.
+
+- Machine: {processor()}, {context['num_cpus']} processors, {context['mhz_per_cpu']} MHz
+- Compiler: {context['compiler']}, release build
+- Peers: {peers}
+- Date: {context['date'][:10]}
+
+Every time is processor time in nanoseconds per byte (per call of a subject, per item of a list),
+the best of several repetitions, which are taken in random order. "To best peer" says how many times
+as fast the library is as the fastest peer, "to floor" how many times as long it takes as `strlen`
+and `memcpy` of the same text, or for `mbstrchr` as `strchr`. A target is a factor to the best peer
+or, where it says so, to the floor.
+
+{summary(rows, costs)}
+![How many times as fast as the fastest peer](performance.svg)
+"""]
+    for family, (title, remark) in FAMILIES.items():
+        own = [row for row in rows if row.family == family]
+        sections.append(f"## {title}\n\n{textwrap.fill(remark, 100)}\n\n{family_table(own)}")
+    sections.append("## Growth\n\nTexts made to lead a simple search astray. The cost per byte of "
+                    f"the text should stay; up to {MOST_GROWTH} times counts as that.\n\n"
+                    + growth_table(costs))
+    return "\n".join(sections)
+
+
+class Chart:
+    """Bars of the ratio to the best peer, on a logarithmic scale; grey suits light and dark."""
+
+    WIDTH, LEFT, RIGHT, STEP = 860, 330, 50, 17
+    TEXT, LINES, TICK = "#808080", "#80808060", "#404040"
+    MET, MISSED = "#3d85c6", "#d9822b"
+
+    def __init__(self, rows):
+        ratios = [row.speedup() for row in rows]
+        self.low = min(0.5, *ratios) / 1.2
+        self.high = max(ratios) * 1.1
+        self.shapes = []
+        self.y = 48
+        for family, (title, _) in FAMILIES.items():
+            self.text(0, self.y, title, "font-weight='bold'")
+            self.y += self.STEP
+            for row in (row for row in rows if row.family == family):
+                self.bar(row)
+            self.y += self.STEP // 2
+
+    def x(self, ratio):
+        share = math.log(ratio / self.low) / math.log(self.high / self.low)
+        return self.LEFT + share * (self.WIDTH - self.LEFT - self.RIGHT)
+
+    def text(self, x, y, text, more=""):
+        self.shapes.append(f"<text x='{x:.1f}' y='{y}' {more}>{escape(text)}</text>")
+
+    def rectangle(self, x, width, top, height, colour, more=""):
+        self.shapes.append(f"<rect x='{x:.1f}' y='{top}' width='{width:.1f}' height='{height}' "
+                           f"fill='{colour}' {more}/>")
+
+    def bar(self, row):
+        ratio = row.speedup()
+        targets = [target for target in row.targets() if target.what == "peer"]
+        met = all(target.met(row) for target in targets)
+        left, right = sorted((self.x(1), self.x(ratio)))
+        top = self.y - 11
+        label = f"{row.operation}, {row.text}, {size_text(row.size, row.unit)}"
+        self.text(self.LEFT - 6, self.y, label, "text-anchor='end'")
+        self.rectangle(left, right - left, top, 12, self.MET if met else self.MISSED)
+        ticks = [self.x(target.factor) for target in targets]
+        for x in ticks:
+            self.rectangle(x - 1.5, 3, top - 1, 14, self.TICK, "stroke='#ffffff'")
+        end = max(right, *ticks, right)
+        self.text(end + 5, self.y, factor(ratio))
+        self.y += self.STEP
+
+    def axis(self):
+        lines = []
+        for ratio in (0.1, 0.2, 0.5, 1, 2, 5, 10, 20, 50, 100, 200, 500, 1000):
+            if self.low <= ratio <= self.high:
+                x = self.x(ratio)
+                lines.append(f"<path d='M{x:.1f} 32V{self.y}' stroke='{self.LINES}'/>"
+                             f"<text x='{x:.1f}' y='24' text-anchor='middle'>{ratio:g}x</text>")
+        return lines
+
+    def svg(self):
+        title = "How many times as fast as the fastest peer; the tick is the target"
+        return "\n".join([
+            f"<svg xmlns='http://www.w3.org/2000/svg' viewBox='0 0 {self.WIDTH} {self.y}' "
+            f"font-family='sans-serif' font-size='12' fill='{self.TEXT}'>",
+            f"<title>{title}</title>",
+            "<text x='0' y='12'>Times as fast as the fastest peer.</text>",
+            "<text x='0' y='26'>Tick: target. Orange: missed.</text>",
+            *self.axis(), *self.shapes, "</svg>\n"])
+
+
+def charted(row):
+    """One size a family, so that the chart stays readable."""
+    return row.size in {"conversions": (65536,), "strings": (4096,)}.get(row.family, (row.size,))
+
+
+def main():
+    results = json.loads(pathlib.Path(sys.argv[1]).read_text())
+    folder = pathlib.Path(sys.argv[2])
+    every = read_rows(results)
+    costs = growths(every)
+    rows = [row for row in every if row.family != "growth"]
+    folder.mkdir(exist_ok=True)
+    (folder / "performance.md").write_text(report(results["context"], rows, costs))
+    chart = Chart([row for row in rows if charted(row)])
+    (folder / "performance.svg").write_text(chart.svg())
+    print(summary(rows, costs))
+
+
+if __name__ == "__main__":
+    main()
