@@ -59,8 +59,8 @@ class Target:
 
     def shortfall(self, row):
         if self.what == "peer":
-            return f"{factor(row.speedup())} of {self.factor:g}x"
-        return f"{factor(row.floor_ratio())} the floor, at most {self.factor:g}x wanted"
+            return f"{row.speedup():.2f}x of {self.factor:g}x"
+        return f"{row.floor_ratio():.2f}x the floor, at most {self.factor:g}x wanted"
 
 
 @dataclass
@@ -230,7 +230,7 @@ or, where it says so, to the floor.
         own = [row for row in rows if row.family == family]
         sections.append(f"## {title}\n\n{textwrap.fill(remark, 100)}\n\n{family_table(own)}")
     sections.append("## Growth\n\nTexts made to lead a simple search astray. The cost per byte of "
-                    f"the text should stay; up to {MOST_GROWTH} times counts as that.\n\n"
+                    f"the text should stay;\nup to {MOST_GROWTH} times counts as that.\n\n"
                     + growth_table(costs))
     return "\n".join(sections)
 
