@@ -18,7 +18,7 @@ constexpr bool is_line_end(Byte byte) {
 template <class Pairs>
 Byte* convert_run(Source& source, Byte* out, Code code) {
     const Byte* before = source.next;
-    out = convert_pairs<Pairs>(source, out);
+    out = convert_run<Pairs>(source, out);
     if (source.next != before)
         return out;
     source.next += 2;

@@ -13,7 +13,7 @@ namespace zv {
 //
 // A block is stored whole and then counted only as far as it was plain, so what follows overwrites
 // the rest. Nothing is stored beyond the end of the result, for which a caller may have measured
-// the room: `SafeLeft` is how many bytes of source must be left so that a whole block of output is
+// the room: kSafeLeft is how many bytes of source must be left so that a whole block of output is
 // certain to come of them. With fewer, only what counts is stored.
 
 inline constexpr size_t kBlockSize = 16;
@@ -36,35 +36,59 @@ inline void store_block(Byte* to, Block block) {
     std::memcpy(to, &block, kBlockSize);
 }
 
-// How many bytes at the front of a block are plain, given the block in which the bytes that are
-// not have some bit set that is set in no plain byte of it.
+// Whether a block is plain all over, given a block in which the bytes that are not have some bit
+// set and all others none.
 template <class Block>
-inline size_t plain_bytes(Block not_plain) {
+inline bool is_plain(Block not_plain) {
     const WordBlock words = std::bit_cast<WordBlock>(not_plain);
-    if (words[0] != 0)
-        return static_cast<size_t>(std::countr_zero(words[0])) / 8;
-    return words[1] != 0 ? 8 + static_cast<size_t>(std::countr_zero(words[1])) / 8 : kBlockSize;
+    return (words[0] | words[1]) == 0;
 }
 
-template <size_t SafeLeft, class Block>
-inline void store_front(Byte* to, Block block, size_t plain, const Source& source) {
-    if (plain == kBlockSize || source.left() >= SafeLeft)
-        store_block(to, block);
-    else
-        std::memcpy(to, &block, plain);
+// How many bytes at the front are plain in a block that is not plain all over.
+template <class Block>
+inline size_t count_plain(Block not_plain) {
+    const WordBlock words = std::bit_cast<WordBlock>(not_plain);
+    return words[0] != 0 ? static_cast<size_t>(std::countr_zero(words[0])) / 8
+                         : 8 + static_cast<size_t>(std::countr_zero(words[1])) / 8;
 }
+
+// Converts the run of plain characters at the front of the source. The `Kernel` says what is plain,
+// what becomes of it, how long a character is, and from where on a block may be stored whole.
+template <class Kernel>
+inline Byte* convert_run(Source& source, Byte* out) {
+    while (source.left() >= kBlockSize) {
+        const ByteBlock block = load_block(source.next);
+        const auto not_plain = Kernel::not_plain(block);
+        const auto converted = Kernel::convert(block);
+        if (is_plain(not_plain)) [[likely]] {
+            store_block(out, converted);
+            source.next += kBlockSize;
+            out += kBlockSize;
+            continue;
+        }
+        const size_t plain = count_plain(not_plain) / Kernel::kCharacter * Kernel::kCharacter;
+        if (source.left() >= Kernel::kSafeLeft)
+            store_block(out, converted);
+        else
+            std::memcpy(out, &converted, plain);
+        source.next += plain;
+        return out + plain;
+    }
+    return out;
+}
+
+template <size_t SafeLeft>
+struct AsciiKernel {
+    static constexpr size_t kCharacter = 1;
+    static constexpr size_t kSafeLeft = SafeLeft;
+    static ByteBlock not_plain(ByteBlock bytes) { return bytes & 0x80; }
+    static ByteBlock convert(ByteBlock bytes) { return bytes; }
+};
 
 // Copies the run of ASCII at the front of the source.
 template <size_t SafeLeft = kBlockSize>
 inline Byte* copy_ascii(Source& source, Byte* out) {
-    size_t plain = kBlockSize;
-    while (plain == kBlockSize && source.left() >= kBlockSize) {
-        const ByteBlock block = load_block(source.next);
-        plain = plain_bytes(block & 0x80);
-        store_front<SafeLeft>(out, block, plain, source);
-        source.next += plain;
-        out += plain;
-    }
+    out = convert_run<AsciiKernel<SafeLeft>>(source, out);
     while (source.next != source.end && *source.next < 0x80)
         *out++ = *source.next++;
     return out;
@@ -72,28 +96,10 @@ inline Byte* copy_ascii(Source& source, Byte* out) {
 
 // Steps over the run of ASCII at the front of the source.
 inline void skip_ascii(Source& source) {
-    size_t plain = kBlockSize;
-    while (plain == kBlockSize && source.left() >= kBlockSize) {
-        plain = plain_bytes(load_block(source.next) & 0x80);
-        source.next += plain;
-    }
+    while (source.left() >= kBlockSize && is_plain(load_block(source.next) & 0x80))
+        source.next += kBlockSize;
     while (source.next != source.end && *source.next < 0x80)
         ++source.next;
-}
-
-// Converts the run of plain two-byte characters at the front of the source; what is plain and what
-// becomes of it is for `Pairs` to say, see japanese_pairs.h.
-template <class Pairs>
-inline Byte* convert_pairs(Source& source, Byte* out) {
-    size_t plain = kBlockSize;
-    while (plain == kBlockSize && source.left() >= kBlockSize) {
-        const PairBlock pairs = std::bit_cast<PairBlock>(load_block(source.next));
-        plain = plain_bytes(Pairs::not_plain(pairs)) / 2 * 2;
-        store_front<Pairs::kSafeLeft>(out, Pairs::convert(pairs), plain, source);
-        source.next += plain;
-        out += plain;
-    }
-    return out;
 }
 
 } // namespace zv
