@@ -63,8 +63,8 @@ TEST(Threads, LookUpHostsIntoTheirOwnMemory) {
                                : OSGetHostByAddr(&address, *name == 'a' ? 4 : -1, AF_INET, &entry,
                                                  buffer, length, &error);
             };
-            int length = -1;
-            for (; look_up(alias.c_str(), length) == nullptr && length < 1024; ++length)
+            int length = -8;
+            for (; look_up(alias.c_str(), length) == nullptr && length < 1024; length += 8)
                 EXPECT_EQ(error, NETDB_INTERNAL) << length;
             EXPECT_EQ(entry.h_aliases[0], alias);
             EXPECT_EQ(memcmp(entry.h_addr_list[0], &address, sizeof address), 0);
