@@ -112,7 +112,7 @@ TEST_F(Files, StatusTruncationAndNames) {
     EXPECT_EQ(OSFileSize(path.c_str()) + OSFileExists(path.c_str()), -1);
 
     test::GuardedRoom out(256);
-    for (const size_t length : {245, 246}) {
+    for (const size_t length : {245u, 246u}) {
         const std::string name(length, 'x');
         EXPECT_EQ(OSBuildFilename("/var/tmp//", name.c_str(), out.data()), length == 245);
         EXPECT_EQ(out.text(), length == 245 ? "/var/tmp//" + name : "");
