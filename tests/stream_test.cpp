@@ -1,527 +1,278 @@
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
-#include <signal.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/time.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <algorithm>
-#include <cerrno>
 #include <climits>
-#include <cstdint>
-#include <fstream>
-#include <memory>
-#include <random>
-#include <string>
 #include <tuple>
 
+#include "support/child.h"
 #include "support/failing_allocation.h"
+#include "support/folder.h"
 #include "support/guarded.h"
-#include "support/temporary_file.h"
+#include "support/interruptions.h"
+#include "support/texts.h"
 #include "zvstdio.h"
 
 namespace {
 
-using test::TemporaryFile;
+constexpr long kLast = INT_MAX;
 
-struct Close {
-    void operator()(ZVFILE* stream) const { ZVfclose(stream); }
+struct Stream {
+    ZVFILE* handle;
+    ~Stream() { ZVfclose(handle); }
+    operator ZVFILE*() const { return handle; }
 };
-using Stream = std::unique_ptr<ZVFILE, Close>;
-
-Stream open_stream(const TemporaryFile& file, const char* mode) {
-    return Stream(ZVfopen(file.path(), mode));
+Stream open_stream(const std::string& path, const char* mode) {
+    return {ZVfopen(path.c_str(), test::GuardedText(mode).data())};
 }
 
-// A file as a byte array with a position; bytes pushed back lie in front of the rest of the file.
-struct Model {
-    std::string file;
-    bool append;
-    long position = 0;
-    int at_end = 0;
-    int error = 0;
-    std::string pushed = ""; // the next one last
-    long ahead = 0;          // bytes read or pushed back and not consumed
-    long front_room = 0;     // bytes that can be pushed back before them
+const struct Mode {
+    const char* name;
+    int access;
+} kModes[] = {{"r", O_RDONLY},  {"r+", O_RDWR},    {"rb+", O_RDWR}, {"r+b", O_RDWR},
+              {"w", O_WRONLY},  {"wb+", O_RDWR},   {"a", O_WRONLY}, {"ab+", O_RDWR},
+              {"x+", O_RDONLY}, {"rw+", O_RDONLY}, {"+", O_RDONLY}, {"", O_RDONLY}};
 
-    // The next byte, 0 to 255, or 256 at the end.
-    int next() {
-        if (ahead == 0) {
-            ahead = std::clamp<long>(static_cast<long>(file.size()) - position, 0, 4096);
-            front_room = 4;
-            at_end |= ahead == 0;
-        }
-        if (ahead == 0) return 256;
-        const char byte = pushed.empty() ? file[static_cast<size_t>(position)] : pushed.back();
-        if (!pushed.empty()) pushed.pop_back();
-        ++position;
-        --ahead;
-        ++front_room;
-        return static_cast<unsigned char>(byte);
+// A descriptor with a position and pushed back bytes, the next one last.
+struct Model {
+    int descriptor;
+    bool append;
+    long position = 0, at_end = 0;
+    int error = 0, raised = 0;
+    std::string pushed = "", taken = "";
+
+    long size() const { return lseek(descriptor, 0, SEEK_END); }
+    bool fail(int number) { return error = raised = number, false; }
+    bool take_byte() {
+        if (position == kLast && size() > kLast) return fail(EOVERFLOW);
+        char byte = 0;
+        const ssize_t got = pushed.empty() ? pread(descriptor, &byte, 1, position) : 1;
+        if (got < 0) return fail(errno);
+        if (got == 0) return at_end = 1, false;
+        if (!pushed.empty()) byte = pushed.back(), pushed.pop_back();
+        return taken += byte, ++position, true;
     }
-    std::string take(long most, int last) {
-        std::string taken;
-        for (int c = -1; c != last && static_cast<long>(taken.size()) < most;) {
-            if ((c = next()) == 256) break;
-            taken.push_back(static_cast<char>(c));
-        }
-        return taken;
+    long take(size_t most, int last) {
+        const long start = position;
+        while (taken.size() < most && (taken.empty() || taken.back() != last))
+            if (!take_byte()) break;
+        if (raised == EOVERFLOW) position = start;
+        return long(taken.size());
     }
-    long push(int c) {
-        if (ahead == 0) front_room = 4096;
-        if (front_room == 0) return -1;
-        pushed.push_back(static_cast<char>(c));
-        --front_room;
-        ++ahead;
-        --position;
-        at_end = 0;
-        return c;
-    }
-    bool move(long place) {
-        if (place < 0) {
-            error = EINVAL;
-            return false;
-        }
+    long push(int c) { return pushed += char(c), --position, at_end = 0, c; }
+    bool write(const std::string& text) {
+        const long place = append ? size() : position, length = long(text.size());
+        if (place < 0) return fail(EINVAL);
+        pushed = "";
+        if (place > kLast - length) return fail(EOVERFLOW);
         position = place;
-        pushed.clear();
-        ahead = 0;
-        return true;
+        if (text.empty()) return false;
+        if (pwrite(descriptor, text.data(), text.size(), place) < 0) return fail(errno);
+        return position += length, true;
     }
-    size_t write(const std::string& text) {
-        if (!move(append ? static_cast<long>(file.size()) : position) || text.empty()) return 0;
-        const auto place = static_cast<size_t>(position);
-        file.resize(std::max(file.size(), place + text.size()));
-        file.replace(place, text.size(), text);
-        position += static_cast<long>(text.size());
-        return text.size();
-    }
-    long seek(long place) {
-        const bool moved = move(place);
-        at_end &= !moved;
-        return moved ? 0 : -1;
+    bool seek(long place) {
+        if (place < 0 || place > kLast) return fail(place < 0 ? EINVAL : EOVERFLOW);
+        return position = place, pushed = "", at_end = 0, true;
     }
 };
 
-class AgainstModel : public testing::TestWithParam<const char*> {};
-
-TEST_P(AgainstModel, RandomOperationsAgreeStepByStep) {
+TEST(Stream, RandomOperationsAgreeWithAModelInEveryMode) {
     std::mt19937 random(17);
-    const auto below = [&](long n) { return static_cast<long>(random() % (unsigned long)n); };
-    const auto random_text = [&](long length) {
-        std::string text;
-        for (const long newlines = below(2) == 0 ? 9000 : 40; length > 0; --length)
-            text.push_back(below(newlines) == 0 ? '\n' : static_cast<char>(1 + below(255)));
-        return text;
-    };
-    TemporaryFile file;
-    Stream stream;
-    Model model{};
-    for (int step = 0; step < 8000; ++step) {
-        if (step % 500 == 0) {
-            ASSERT_EQ(file.contents(), model.file);
-            model = {random_text(below(20000)), GetParam()[0] == 'a'};
-            ZVfputs(model.file.c_str(), open_stream(file, "w").get());
-            stream = open_stream(file, GetParam());
+    const test::Folder folder;
+    const std::string path = folder / "file", twin = folder / "twin", created = folder / "created";
+    struct stat status {};
+    umask(027);
+    for (size_t round = 0; round < 240; ++round) {
+        const auto& [mode, access] = kModes[round / 2 % std::size(kModes)];
+        const bool writes_anew = mode[0] == 'w', at_limit = round % 2 == 0 && !writes_anew;
+        const long base = at_limit ? kLast - 12000 : 0;
+        for (const std::string& name : {path, twin}) {
+            test::write_file(name, "");
+            ASSERT_EQ(truncate(name.c_str(), base), 0);
+            std::ofstream(name, std::ios::app) << std::string(round * 80, 'o') << "\nold";
         }
-        ZVFILE* const f = stream.get();
-        const long n = below(below(8) == 0 ? 9000 : 40);
-        const auto size = static_cast<size_t>(n);
-        const std::string text = random_text(n);
-        const int c = static_cast<int>(below(400) - 100);
-        const long place = below(22000) - 1000;
-        test::GuardedRoom room(size);
-        std::string taken;
-        long result = 0;
-        long expected = 0;
-        switch (below(10)) {
-        case 0:
-            result = ZVfgetc(f);
-            expected = static_cast<signed char>(std::min(model.next(), 255));
-            break;
-        case 1:
-            for (long i = below(9) == 0 ? 5000 : below(9); i > 0 && result == expected; --i) {
+        const bool creates = mode[0] == 'w' || mode[0] == 'a';
+        EXPECT_EQ(open_stream(created, mode) != nullptr, creates) << mode;
+        EXPECT_EQ(stat(created.c_str(), &status), creates ? 0 : -1);
+        EXPECT_EQ(unlink(created.c_str()) == 0 ? status.st_mode & 0777 : 0750, 0750U);
+        const Stream f = open_stream(path, mode);
+        Model model{open(twin.c_str(), access | (writes_anew ? O_TRUNC : 0)), mode[0] == 'a'};
+        for (int step = 0; step < 100; ++step) {
+            const size_t item = 1 + random() % 9, count = random() % (step % 8 == 0 ? 3000 : 9);
+            std::string text = test::random_text(random, "a \n\x01\x80\xFE\xFF", item * count);
+            text.resize(item * count, 'e');
+            const long n = long(text.size()), bases[] = {0, model.position, model.size()};
+            const int c = int(random() % 400) - 100, whence = step == 0 ? 0 : int(random() % 3);
+            const long place = base + long(random() % 22000) + (at_limit ? 1000 : -1000);
+            test::GuardedRoom room(text.size());
+            const size_t operation = step == 0 ? 0 : random() % (at_limit ? 10 : 11);
+            long result = 0, expected = 0, told = 0;
+            model.taken = "", model.raised = errno = 0;
+            if (operation == 0) {
+                result = ZVfseek(f, place - bases[whence], whence);
+                expected = model.seek(place) ? 0 : -1;
+            } else if (operation == 1) {
+                result = ZVfputc(c, f);
+                expected = model.write({char(c)}) ? c : -1;
+            } else if (operation == 2) {
+                result = ZVfputs(text.c_str(), f);
+                expected = n != 0 && model.write(text) ? n : -1;
+            } else if (operation == 3) {
+                result = ZVfprintf(f, "%s", text.c_str());
+                expected = n != 0 && model.write(text) ? n : 0;
+            } else if (operation == 4) {
+                result = long(ZVfwrite(text.data(), item, count, f));
+                expected = model.write(text) ? long(count) : 0;
+            } else if (operation == 5) {
+                result = long(ZVfread(room.data(), item, count, f));
+                expected = model.take(text.size(), 256) / long(item);
+                if (model.raised != 0) expected = 0;
+            } else if (operation == 6) {
+                result = ZVfgets(room.data(), int(n), f) == room.data();
+                expected = n > 1 && model.take(text.size() - 1, '\n') && model.raised != EOVERFLOW;
+                model.taken.append(size_t(expected), '\0');
+            } else if (operation == 7) {
+                result = ZVfgetc(f);
+                expected = model.take(1, 256) ? std::exchange(model.taken, "")[0] : -1;
+            } else if (operation == 8 && model.pushed.size() < 4) {
                 result = ZVungetc(c, f);
                 expected = model.push(c);
+            } else if (operation >= 9) {
+                operation == 9 ? ZVclearerr(f) : ZVrewind(f);
+                model.at_end = model.error = 0;
+                if (operation == 10) model.seek(0);
             }
-            break;
-        case 2: {
-            const size_t item = 1 + static_cast<size_t>(below(9));
-            result = static_cast<long>(ZVfread(room.data(), item, size / item, f));
-            taken = model.take(static_cast<long>(size / item * item), 256);
-            expected = static_cast<long>(taken.size() / item);
-            break;
+            ASSERT_EQ(std::pair(result, errno), std::pair(expected, model.raised)) << operation;
+            ASSERT_EQ(ZVfgetpos(f, &told), 0);
+            ASSERT_EQ(std::tuple(told, ZVfeof(f), ZVferror(f)),
+                      std::tuple(model.position, model.at_end, model.error));
+            ASSERT_EQ(ZVftell(f), model.position);
+            model.taken.resize(text.size(), '#');
+            ASSERT_EQ(std::string(room.data(), text.size()), model.taken);
         }
-        case 3:
-            result = ZVfgets(room.data(), static_cast<int>(n), f) == room.data();
-            taken = model.take(n - 1, '\n');
-            expected = !taken.empty();
-            taken.append(!taken.empty(), '\0');
-            break;
-        case 4:
-            result = static_cast<long>(ZVfwrite(text.data(), 1, size, f));
-            expected = static_cast<long>(model.write(text));
-            break;
-        case 5:
-            result = ZVfputs(text.c_str(), f);
-            expected = n == 0 || model.write(text) == 0 ? -1 : n;
-            break;
-        case 6:
-            result = ZVfseek(f, place, SEEK_SET);
-            expected = model.seek(place);
-            break;
-        case 7:
-            result = ZVfseek(f, place - 9000, SEEK_CUR);
-            expected = model.seek(model.position + place - 9000);
-            break;
-        case 8:
-            result = ZVfseek(f, place - 20000, SEEK_END);
-            expected = model.seek(static_cast<long>(model.file.size()) + place - 20000);
-            break;
-        default:
-            ZVrewind(f);
-            model.seek(0);
-            model.at_end = model.error = 0;
-        }
-        long position = 0;
-        ZVfgetpos(f, &position);
-        taken.resize(size, '#');
-        ASSERT_EQ(result, expected) << step;
-        ASSERT_EQ(std::string(room.data(), size), taken) << step;
-        ASSERT_EQ(std::tuple(position, ZVftell(f), ZVfeof(f), ZVferror(f)),
-                  std::tuple(model.position, model.position, model.at_end, model.error))
-            << step;
+        ASSERT_EQ(test::content(path, base), test::content(twin, base));
+        close(model.descriptor);
     }
 }
-INSTANTIATE_TEST_SUITE_P(Modes, AgainstModel, testing::Values("r+", "a+"));
 
-TEST(StreamOpen, ModeSelectsAccessAndPlaceOfWrites) {
-    const struct {
-        const char* mode;
-        int access;
-        const char* after_write; // of "Z" into "0123"
-    } cases[] = {
-        {"r", O_RDONLY, "0123"},  {"r+", O_RDWR, "Z123"},    {"rb+", O_RDWR, "Z123"},
-        {"r+b", O_RDWR, "Z123"},  {"rw+", O_RDONLY, "0123"}, {"w", O_WRONLY, "Z"},
-        {"wb", O_WRONLY, "Z"},    {"w+", O_RDWR, "Z"},       {"a", O_WRONLY, "0123Z"},
-        {"ab+", O_RDWR, "0123Z"}, {"x+", O_RDONLY, "0123"},  {"", O_RDONLY, "0123"},
-        {"b+", O_RDONLY, "0123"}, {"+", O_RDONLY, "0123"},
+TEST(Stream, TakesADescriptorOver) {
+    const test::Folder folder;
+    test::write_file(folder / "file", "0123456789");
+    const int descriptor = open((folder / "file").c_str(), O_RDWR);
+    lseek(descriptor, 4, SEEK_SET);
+    const Stream stream{ZVfdopen(descriptor, "r+a")};
+    EXPECT_EQ(ZVfgetc(stream), '4');
+    for (const int room : {1 + 4, 4096}) {
+        for (int i = 0; i < room; ++i) EXPECT_EQ(ZVungetc('p', stream), 'p');
+        EXPECT_EQ(ZVungetc('p', stream), -1);
+        EXPECT_EQ(ZVftell(stream), (room == 5 ? 1 : 11) - room);
+        EXPECT_EQ(ZVfputc('x', stream), 'x') << "drops what was pushed back";
+    }
+    const int next = dup(descriptor);
+    { const Stream closing{ZVfdopen(next, "r")}; }
+    EXPECT_EQ(fcntl(next, F_GETFD), -1);
+}
+
+TEST(Stream, FailuresGiveTheirValuesAndErrno) {
+    const auto with = [](int error, auto result) {
+        return std::exchange(errno, 0) == error ? long(result) : 99;
     };
-    umask(027);
-    for (const auto& c : cases) {
-        TemporaryFile file("0123");
-        Stream stream = open_stream(file, test::GuardedText(c.mode).data());
-        EXPECT_EQ(fcntl(ZVfileno(stream.get()), F_GETFL) & (O_ACCMODE | O_APPEND), c.access);
-        EXPECT_EQ(ZVftell(stream.get()), 0);
-        errno = 0;
-        EXPECT_EQ(ZVfputc('Z', stream.get()), c.access == O_RDONLY ? -1 : 'Z');
-        EXPECT_EQ(errno, c.access == O_RDONLY ? EBADF : 0);
-        EXPECT_EQ(ZVferror(stream.get()), errno);
-        EXPECT_EQ(file.contents(), c.after_write) << c.mode;
-
-        unlink(file.path());
-        stream = open_stream(file, c.mode);
-        struct stat status {};
-        const bool creates = c.mode[0] == 'w' || c.mode[0] == 'a';
-        EXPECT_EQ(stream != nullptr, creates) << c.mode;
-        EXPECT_EQ(stat(file.path(), &status), creates ? 0 : -1);
-        EXPECT_EQ(status.st_mode & 0777, creates ? 0750U : 0U);
-    }
-    EXPECT_EQ(ZVfopen("/", "w"), nullptr);
-    EXPECT_EQ(errno, EISDIR);
-}
-
-TEST(StreamOpen, DescriptorKeepsItsOffsetAndIsClosedWithTheStream) {
-    for (const bool append : {false, true}) {
-        TemporaryFile file("0123456789");
-        const int descriptor = open(file.path(), O_RDWR);
-        lseek(descriptor, 4, SEEK_SET);
-        Stream stream(ZVfdopen(descriptor, append ? "r+a" : "w"));
-        EXPECT_EQ(ZVfileno(stream.get()), descriptor);
-        EXPECT_EQ(ZVftell(stream.get()), 0);
-        EXPECT_EQ(ZVfgetc(stream.get()), '4');
-        std::ofstream(file.path(), std::ios::app) << "by others";
-        EXPECT_EQ(ZVfputs("ab", stream.get()), 2);
-        EXPECT_EQ(ZVftell(stream.get()), append ? 21 : 3);
-        EXPECT_EQ(file.contents(), append ? "0123456789by othersab" : "0ab3456789by others");
-        EXPECT_EQ(ZVfclose(stream.release()), 0);
-        EXPECT_EQ(fcntl(descriptor, F_GETFD), -1);
-    }
-}
-
-TEST(StreamHandle, InvalidOnesGiveFailureValuesAndEbadf) {
-    static char s[4];
-    static long position = 7;
-    const struct {
-        long expected;
-        long (*call)(ZVFILE*);
-    } cases[] = {
-        {-1, [](ZVFILE* f) -> long { return ZVfclose(f); }},
-        {-1, [](ZVFILE* f) -> long { return ZVfgetc(f); }},
-        {-1, [](ZVFILE* f) -> long { return ZVungetc('c', f); }},
-        {-1, [](ZVFILE* f) -> long { return static_cast<long>(ZVfread(s, 0, 1, f)); }},
-        {0, [](ZVFILE* f) -> long { return ZVfgets(s, 1, f) != nullptr; }},
-        {0, [](ZVFILE* f) -> long { return static_cast<long>(ZVfwrite("c", 0, 1, f)); }},
-        {0, [](ZVFILE* f) -> long { return ZVfprintf(f, "%s", "x"); }},
-        {-1, [](ZVFILE* f) -> long { return ZVfputc('c', f); }},
-        {-1, [](ZVFILE* f) -> long { return ZVfputs("", f); }},
-        {-1, [](ZVFILE* f) -> long { return ZVftell(f); }},
-        {-1, [](ZVFILE* f) -> long { return ZVfgetpos(f, &position); }},
-        {-1, [](ZVFILE* f) -> long { return ZVfseek(f, 0, SEEK_SET); }},
-        {-1, [](ZVFILE* f) -> long { return ZVferror(f); }},
-        {-1, [](ZVFILE* f) -> long { return ZVfflush(f); }},
-        {0, [](ZVFILE* f) -> long { return ZVfeof(f); }},
-        {0, [](ZVFILE* f) -> long { return ZVrewind(f), 0; }},
-        {0, [](ZVFILE* f) -> long { return ZVclearerr(f), 0; }},
-    };
+    const auto bad = [&](auto result) { return with(EBADF, result); };
+    long position = 7;
+    char s[16];
     alignas(16) static char no_stream[8192];
-    for (ZVFILE* invalid : {static_cast<ZVFILE*>(nullptr), reinterpret_cast<ZVFILE*>(no_stream)}) {
-        for (const auto& c : cases) {
-            errno = 0;
-            EXPECT_EQ(c.call(invalid), c.expected) << &c - cases;
-            EXPECT_EQ(errno, EBADF) << &c - cases;
-        }
-        errno = 0;
-        EXPECT_EQ(ZVfileno(invalid), -1);
-        EXPECT_EQ(errno, 0);
+    errno = 0;
+    for (ZVFILE* f : {static_cast<ZVFILE*>(nullptr), reinterpret_cast<ZVFILE*>(no_stream)}) {
+        for (const long result :
+             {bad(ZVfclose(f)), bad(ZVfgetc(f)), bad(ZVungetc('c', f)), bad(ZVfread(s, 0, 1, f)),
+              bad(ZVfputc('c', f)), bad(ZVfputs("", f)), bad(ZVftell(f)), bad(ZVferror(f)),
+              bad(ZVfgetpos(f, &position)), bad(ZVfseek(f, 0, 0)), bad(ZVfflush(f)),
+              with(0, ZVfileno(f)), 6 - position})
+            EXPECT_EQ(result, -1);
+        for (const long result :
+             {bad(!!ZVfgets(s, 1, f)), bad(ZVfwrite("c", 0, 1, f)), bad(ZVfprintf(f, "%s", "x")),
+              bad(ZVfeof(f)), bad((ZVrewind(f), 0)), bad((ZVclearerr(f), 0))})
+            EXPECT_EQ(result, 0);
     }
-    EXPECT_EQ(position, 7);
-}
+    const Stream full = open_stream("/dev/full", "w"), directory = open_stream("/", "r");
+    EXPECT_EQ(with(ENOSPC, ZVfwrite("abc", 1, 3, full)), 0);
+    EXPECT_EQ(with(EOVERFLOW, ZVfwrite(s, SIZE_MAX / 2, 3, full)), 0);
+    EXPECT_EQ(with(EOVERFLOW, ZVfseek(directory, LONG_MAX, SEEK_SET)), -1);
+    EXPECT_EQ(with(EISDIR, ZVfgetc(directory)), -1);
+    EXPECT_EQ(with(EISDIR, ZVfread(s, 1, 8, directory)), 0);
+    EXPECT_EQ(with(EISDIR, !!ZVfgets(s, 8, directory)), 0);
+    EXPECT_EQ(ZVfeof(directory), 0);
+    EXPECT_EQ(with(EISDIR, open_stream("/", "w") != nullptr), 0);
+    EXPECT_EQ(with(EILSEQ, ZVfprintf(full, "%ls", L"\x7FFFFFFF")), -1);
 
-constexpr long kLast = INT32_MAX;
-
-TEST(StreamLimits, NothingPassesTheLastPosition) {
-    TemporaryFile file;
-    ASSERT_EQ(truncate(file.path(), kLast + 100), 0);
-    static char s[10000];
-    const struct {
-        long start;
-        long failure;
-        long (*call)(ZVFILE*);
-    } cases[] = {
-        {kLast, -1, [](ZVFILE* f) -> long { return ZVfgetc(f); }},
-        {kLast - 9, 0, [](ZVFILE* f) { return static_cast<long>(ZVfread(s, 5, 2, f)); }},
-        {kLast - 9000, 0, [](ZVFILE* f) { return static_cast<long>(ZVfread(s, 9001, 1, f)); }},
-        {kLast - 9000, 0, [](ZVFILE* f) -> long { return ZVfgets(s, 9002, f) != nullptr; }},
-        {kLast - 9, 0, [](ZVFILE* f) { return static_cast<long>(ZVfwrite(s, 5, 2, f)); }},
-        {5, 0, [](ZVFILE* f) { return static_cast<long>(ZVfwrite(s, SIZE_MAX / 2, 3, f)); }},
-        {kLast, 0, [](ZVFILE* f) -> long { return ZVfprintf(f, "x"); }},
-        {kLast, -1, [](ZVFILE* f) -> long { return ZVfputs("x", f); }},
-        {5, -1, [](ZVFILE* f) -> long { return ZVfseek(f, kLast + 1, SEEK_SET); }},
-        {5, -1, [](ZVFILE* f) -> long { return ZVfseek(f, kLast - 4, SEEK_CUR); }},
-        {5, -1, [](ZVFILE* f) -> long { return ZVfseek(f, LONG_MAX, SEEK_CUR); }},
-        {5, -1, [](ZVFILE* f) -> long { return ZVfseek(f, -99, SEEK_END); }},
-    };
-    const Stream stream = open_stream(file, "r+");
-    const Stream appending = open_stream(file, "a+");
-    for (const auto& c : cases) {
-        EXPECT_EQ(ZVfseek(stream.get(), c.start, SEEK_SET), 0);
-        ZVclearerr(stream.get());
-        errno = 0;
-        EXPECT_EQ(c.call(stream.get()), c.failure) << &c - cases;
-        EXPECT_EQ(errno, EOVERFLOW) << &c - cases;
-        EXPECT_EQ(ZVferror(stream.get()), EOVERFLOW) << &c - cases;
-        EXPECT_EQ(ZVftell(stream.get()), c.start) << &c - cases;
-        EXPECT_EQ(lseek(ZVfileno(stream.get()), 0, SEEK_CUR), c.start) << &c - cases;
-    }
-    EXPECT_EQ(ZVfgetc(appending.get()), 0);
-    EXPECT_EQ(ZVfputc('x', appending.get()), -1);
-    EXPECT_EQ(ZVferror(appending.get()), EOVERFLOW);
-    EXPECT_EQ(ZVftell(appending.get()), 1);
-    EXPECT_EQ(lseek(ZVfileno(appending.get()), 0, SEEK_CUR), 1);
-    EXPECT_EQ(ZVfseek(appending.get(), -100, SEEK_END), 0);
-
-    // What ends at the last position works, and there the end of the file is still told.
-    ASSERT_EQ(truncate(file.path(), kLast), 0);
-    EXPECT_EQ(ZVfseek(stream.get(), -9000, SEEK_END), 0);
-    EXPECT_EQ(ZVfread(s, 1, 8995, stream.get()), 8995U);
-    EXPECT_EQ(ZVfputs("abcde", stream.get()), 5);
-    EXPECT_EQ(ZVftell(stream.get()), kLast);
-    EXPECT_EQ(ZVfread(s, 1, 5, stream.get()), 0U);
-    EXPECT_EQ(ZVfeof(stream.get()), 1);
-    EXPECT_EQ(ZVfseek(stream.get(), -5, SEEK_CUR), 0);
-    EXPECT_STREQ(ZVfgets(s, 100, stream.get()), "abcde");
-}
-
-TEST(StreamWrite, FormatsTextsOfAnyLength) {
-    for (const int length : {1, 16383, 16384, 20000}) {
-        TemporaryFile file;
-        const Stream stream = open_stream(file, "w");
-        EXPECT_EQ(ZVfprintf(stream.get(), "%*d", length, 7), length);
-        EXPECT_EQ(file.contents(), std::string(static_cast<size_t>(length - 1), ' ') + "7");
-    }
-    TemporaryFile file("0123");
-    const Stream stream = open_stream(file, "a+");
-    EXPECT_EQ(ZVfprintf(stream.get(), "%s", ""), 0);
-    EXPECT_EQ(ZVfprintf(stream.get(), "%ls", L"\x7FFFFFFF"), -1);
-    EXPECT_EQ(ZVftell(stream.get()), 0) << "nothing was positioned";
-    EXPECT_EQ(file.contents(), "0123");
-}
-
-TEST(StreamWrite, FailureKeepsWhatWasWritten) {
-    const Stream full(ZVfopen("/dev/full", "w"));
-    EXPECT_EQ(ZVfwrite("abc", 1, 3, full.get()), 0U);
-    EXPECT_EQ(ZVferror(full.get()), ENOSPC);
-
-    TemporaryFile file("0123456789");
-    rlimit limit{};
-    getrlimit(RLIMIT_FSIZE, &limit);
-    const rlimit small = {1000, limit.rlim_max};
+    const test::Folder folder;
+    const Stream stream = open_stream(folder / "file", "w");
     signal(SIGXFSZ, SIG_IGN);
-    const Stream stream = open_stream(file, "r+");
-    EXPECT_EQ(ZVfgetc(stream.get()), '0');
+    const rlimit small = {1000, RLIM_INFINITY}, large = {RLIM_INFINITY, RLIM_INFINITY};
     setrlimit(RLIMIT_FSIZE, &small);
-    EXPECT_EQ(ZVfwrite(std::string(5000, 'w').data(), 1, 5000, stream.get()), 0U);
-    setrlimit(RLIMIT_FSIZE, &limit);
-    EXPECT_EQ(ZVftell(stream.get()), 1000);
-    EXPECT_EQ(file.contents(), std::string("0").append(999, 'w'));
-    EXPECT_EQ(ZVfgetc(stream.get()), -1) << "the read-ahead is gone";
-    EXPECT_EQ(ZVfputs("end", stream.get()), 3);
-    EXPECT_EQ(ZVfeof(stream.get()), 1) << "writes leave it alone";
-    EXPECT_EQ(ZVferror(stream.get()), EFBIG) << "kept until it is cleared";
-    ZVclearerr(stream.get());
-    EXPECT_EQ(ZVferror(stream.get()) + ZVfeof(stream.get()), 0);
-
-    const Stream reader = open_stream(file, "r");
-    EXPECT_EQ(ZVfgetc(reader.get()), '0');
-    EXPECT_EQ(ZVfputs("x", reader.get()), -1);
-    EXPECT_EQ(ZVfgetc(reader.get()), 'w') << "the next read starts at the position";
+    EXPECT_EQ(ZVfwrite(std::string(5000, 'w').data(), 1, 5000, stream), 0U);
+    setrlimit(RLIMIT_FSIZE, &large);
+    EXPECT_EQ(ZVferror(stream), EFBIG);
+    EXPECT_EQ(ZVftell(stream), 1000) << "what was written stays";
+    EXPECT_EQ(ZVfflush(stream), 0);
 }
 
-TEST(StreamRead, DirectoryGivesErrors) {
-    const Stream directory(ZVfopen("/", "r"));
+TEST(Stream, InterruptedReadsFailAndWritesGoOn) {
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    const Stream reader{ZVfdopen(ends[0], "r")}, writer{ZVfdopen(ends[1], "w")};
+    const test::Interruptions interruptions;
     char s[8];
-    for (int i = 0; i < 3; ++i) {
-        EXPECT_TRUE(i == 0   ? ZVfgetc(directory.get()) == -1
-                    : i == 1 ? ZVfread(s, 1, 8, directory.get()) == 0
-                             : ZVfgets(s, 8, directory.get()) == nullptr);
-        EXPECT_EQ(ZVferror(directory.get()), EISDIR);
-        EXPECT_EQ(ZVfeof(directory.get()), 0);
-        ZVrewind(directory.get());
-        EXPECT_EQ(ZVferror(directory.get()), 0);
-    }
-}
+    EXPECT_EQ(ZVfgetc(reader), -1);
+    EXPECT_EQ(ZVferror(reader), EINTR);
+    EXPECT_EQ(ZVfputs("abcde", writer), 5);
+    EXPECT_EQ(ZVfgetc(reader), 'a');
+    EXPECT_EQ(ZVfseek(reader, 0, SEEK_CUR), -1);
+    EXPECT_EQ(ZVferror(reader), ESPIPE);
+    EXPECT_STREQ(ZVfgets(s, 8, reader), "bcde") << "the partial line";
+    ZVrewind(reader);
+    EXPECT_EQ(ZVferror(reader), 0);
+    EXPECT_EQ(ZVfputs("xyz", writer), 3);
+    EXPECT_EQ(ZVfread(s, 1, 4, reader), 0U) << "nothing, whatever was copied";
+    EXPECT_EQ(ZVftell(reader), 8);
 
-struct Pipe {
-    Stream reader;
-    Stream writer;
-
-    Pipe() {
-        int ends[2];
-        if (pipe(ends) != 0) abort();
-        reader.reset(ZVfdopen(ends[0], "r"));
-        writer.reset(ZVfdopen(ends[1], "w"));
-    }
-};
-
-TEST(StreamPipe, PositionCountsBytes) {
-    Pipe pipe;
-    EXPECT_EQ(ZVfputs("one\ntwo\n", pipe.writer.get()), 8);
-    EXPECT_EQ(ZVfprintf(pipe.writer.get(), "%d", 3), 1);
-    EXPECT_EQ(ZVftell(pipe.writer.get()), 9);
-    EXPECT_EQ(ZVferror(pipe.writer.get()), 0);
-    pipe.writer.reset();
-    char s[8];
-    EXPECT_STREQ(ZVfgets(s, 8, pipe.reader.get()), "one\n");
-    EXPECT_EQ(ZVfseek(pipe.reader.get(), 0, SEEK_CUR), -1);
-    EXPECT_EQ(ZVferror(pipe.reader.get()), ESPIPE);
-    EXPECT_EQ(ZVfread(s, 2, 4, pipe.reader.get()), 2U) << "a failed positioning changes nothing";
-    EXPECT_EQ(ZVftell(pipe.reader.get()), 9);
-    EXPECT_EQ(ZVfseek(pipe.reader.get(), 0, SEEK_SET), -1);
-    EXPECT_EQ(ZVfeof(pipe.reader.get()), 1);
-    ZVrewind(pipe.reader.get());
-    EXPECT_EQ(ZVftell(pipe.reader.get()), 9);
-    EXPECT_EQ(ZVfeof(pipe.reader.get()) + ZVferror(pipe.reader.get()), 0);
-}
-
-// Interrupts the process every few milliseconds; system calls are not restarted.
-class Interruptions {
-public:
-    Interruptions() {
-        struct sigaction action {};
-        action.sa_handler = [](int) { count_ = count_ + 1; };
-        sigaction(SIGALRM, &action, nullptr);
-        set(3000);
-    }
-    ~Interruptions() { set(0); }
-    int count() const { return count_; }
-
-private:
-    static void set(suseconds_t period) {
-        const itimerval timer = {{0, period}, {0, period}};
-        setitimer(ITIMER_REAL, &timer, nullptr);
-    }
-    static inline volatile sig_atomic_t count_ = 0;
-};
-
-TEST(StreamInterrupted, ReadsFailAndGoOnLater) {
-    Pipe pipe;
-    const Interruptions interruptions;
-    char s[8];
-    EXPECT_EQ(ZVfgetc(pipe.reader.get()), -1);
-    EXPECT_EQ(ZVferror(pipe.reader.get()), EINTR);
-    EXPECT_EQ(ZVfeof(pipe.reader.get()), 0);
-    ZVclearerr(pipe.reader.get());
-    EXPECT_EQ(ZVfputs("abcde", pipe.writer.get()), 5);
-    EXPECT_EQ(ZVfgetc(pipe.reader.get()), 'a');
-    EXPECT_STREQ(ZVfgets(s, 8, pipe.reader.get()), "bcde") << "the partial line";
-    EXPECT_EQ(ZVferror(pipe.reader.get()), EINTR);
-    EXPECT_EQ(ZVfgets(s, 8, pipe.reader.get()), nullptr);
-    EXPECT_EQ(ZVfputs("xyz", pipe.writer.get()), 3);
-    EXPECT_EQ(ZVfread(s, 1, 4, pipe.reader.get()), 0U) << "nothing, whatever was copied";
-    EXPECT_EQ(ZVftell(pipe.reader.get()), 8);
-}
-
-TEST(StreamInterrupted, WritesGoOn) {
-    Pipe pipe;
-    std::string text(300000, ' ');
-    for (size_t i = 0; i < text.size(); ++i) text[i] = static_cast<char>(i * 7 / 11);
-    const pid_t child = fork();
-    if (child == 0) {
+    std::string text(300000, ' '), got(text);
+    for (size_t i = 0; i < text.size(); ++i) text[i] = char(i * 7 / 11);
+    test::Child child([&](int out) {
         usleep(50000); // The writer is interrupted while the pipe is full.
-        std::string got(text.size(), '#');
-        _exit(ZVfread(got.data(), text.size(), 1, pipe.reader.get()) == 1 && got == text ? 0 : 1);
-    }
-    const Interruptions interruptions;
-    EXPECT_EQ(ZVfwrite(text.data(), 3, text.size() / 3, pipe.writer.get()), text.size() / 3);
-    EXPECT_GT(interruptions.count(), 0);
-    EXPECT_EQ(ZVferror(pipe.writer.get()), 0);
-    int status = -1;
-    while (waitpid(child, &status, 0) < 0 && errno == EINTR)
-        ;
-    EXPECT_EQ(status, 0);
+        dprintf(out, "%zu", ZVfread(got.data(), got.size(), 1, reader));
+        dprintf(out, "%d", got == text);
+    });
+    const int before = interruptions.count;
+    EXPECT_EQ(ZVfwrite(text.data(), 3, text.size() / 3, writer), text.size() / 3);
+    EXPECT_GT(interruptions.count, before);
+    EXPECT_EQ(ZVftell(writer) + ZVferror(writer), 300008);
+    EXPECT_EQ(child.finish(), "11");
 }
 
-TEST(StreamMemory, EachFailingAllocationLeavesEverythingAsItWas) {
-    TemporaryFile file("kept");
-    const std::string text(16384, 't');
-    const Stream appending = open_stream(file, "a");
-    const auto free_descriptor = [] {
-        const int next = dup(STDERR_FILENO);
-        close(next);
-        return next;
-    };
-    const int descriptor = free_descriptor();
+TEST(Stream, WithoutMemoryNothingIsChanged) {
+    const test::Folder folder;
+    const std::string path = folder / "file", text(16384, 't');
+    const Stream appending = open_stream(path, "a");
+    ASSERT_EQ(ZVfputs("kept", appending), 4);
     const long blocks = test::live_blocks();
     int failures = 0;
     const auto failed = [&](auto result) {
         EXPECT_FALSE(result);
         EXPECT_EQ(errno, ENOMEM);
         EXPECT_EQ(test::live_blocks(), blocks);
-        EXPECT_EQ(free_descriptor(), descriptor);
-        EXPECT_EQ(file.contents(), "kept");
+        EXPECT_EQ(test::content(path), "kept");
         ++failures;
     };
-    const auto wrap = [&] { return ZVfdopen(descriptor, "r"); };
-    const auto empty = [&] { return ZVfopen(file.path(), "w"); };
-    const auto print = [&] { return ZVfprintf(appending.get(), "%s", text.c_str()); };
+    const auto print = [&] { return ZVfprintf(appending, "%s", text.c_str()) == 16384; };
+    const auto wrap = [&] { return ZVfdopen(dup(ZVfileno(appending)), "r"); };
+    const auto empty = [&] { return ZVfopen(path.c_str(), "w"); };
     ZVfclose(test::after_each_failing_allocation(wrap, failed));
     ZVfclose(test::after_each_failing_allocation(empty, failed));
-    EXPECT_EQ(file.contents(), "");
-    ZVfputs("kept", appending.get());
-    EXPECT_EQ(test::after_each_failing_allocation(print, failed), 16384);
+    test::write_file(path, "kept");
+    EXPECT_TRUE(test::after_each_failing_allocation(print, failed));
     EXPECT_EQ(test::live_blocks(), blocks);
     EXPECT_EQ(failures, 3);
 }

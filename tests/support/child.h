@@ -5,64 +5,52 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <string>
 
 namespace test {
 
-// What became of an action in a process of its own.
-struct ChildResult {
-    int status;         // its exit status, or -1 when it did not exit normally
-    std::string output; // what it wrote on the descriptor it was given
-};
-
-// A process of its own for an action int(int descriptor), which writes to the parent on it.
+// A process of its own for an action void(int out), which answers on that descriptor. It ends with
+// this object at the latest.
 class Child {
 public:
     template <class Action>
     explicit Child(Action action) {
         int ends[2];
-        if (pipe(ends) != 0) abort();
-        process_ = fork();
-        if (process_ == 0) {
-            close(ends[0]);
-            _exit(action(ends[1]));
+        if (pipe(ends) != 0 || (process = fork()) < 0) abort();
+        if (process == 0) {
+            action(ends[1]);
+            _exit(0);
         }
         close(ends[1]);
-        output_ = ends[0];
+        answers_ = ends[0];
     }
     ~Child() {
-        if (process_ > 0) {
-            kill(process_, SIGKILL);
-            finish();
-        }
+        kill(process, SIGKILL);
+        waitpid(process, nullptr, 0);
+        close(answers_);
     }
     Child(const Child&) = delete;
     Child& operator=(const Child&) = delete;
 
-    // Waits until the child has written a byte, and gives it; 0 when it ended without one.
+    // The next byte of its answer; 0 when it has ended without one.
     char await() {
         char byte = 0;
-        return read(output_, &byte, 1) == 1 ? byte : '\0';
+        return read(answers_, &byte, 1) == 1 ? byte : '\0';
+    }
+    // The rest of its answer, and what it ended with if that is not 0.
+    std::string finish() {
+        std::string answer;
+        while (const char byte = await()) answer.push_back(byte);
+        siginfo_t end{};
+        waitid(P_PID, static_cast<id_t>(process), &end, WEXITED | WNOWAIT);
+        return end.si_status == 0 ? answer : answer + " died of " + std::to_string(end.si_status);
     }
 
-    ChildResult finish() {
-        ChildResult result{-1, {}};
-        char buffer[512];
-        for (ssize_t n; (n = read(output_, buffer, sizeof buffer)) > 0;)
-            result.output.append(buffer, static_cast<size_t>(n));
-        close(output_);
-        int status = 0;
-        if (waitpid(process_, &status, 0) == process_ && WIFEXITED(status))
-            result.status = WEXITSTATUS(status);
-        process_ = 0;
-        return result;
-    }
-
-    pid_t process() const { return process_; }
+    pid_t process;
 
 private:
-    pid_t process_;
-    int output_;
+    int answers_;
 };
 
 } // namespace test

@@ -25,8 +25,9 @@ private:
     std::filesystem::path path_;
 };
 
-inline std::string content(const std::string& path) {
+inline std::string content(const std::string& path, std::streamoff from = 0) {
     std::ifstream in(path, std::ios::binary);
+    in.seekg(from);
     return {std::istreambuf_iterator<char>(in), {}};
 }
 
