@@ -330,6 +330,7 @@ TEST(StreamLimits, NothingPassesTheLastPosition) {
     EXPECT_EQ(ZVfputc('x', appending.get()), -1);
     EXPECT_EQ(ZVferror(appending.get()), EOVERFLOW);
     EXPECT_EQ(ZVftell(appending.get()), 1);
+    EXPECT_EQ(lseek(ZVfileno(appending.get()), 0, SEEK_CUR), 1);
     EXPECT_EQ(ZVfseek(appending.get(), -100, SEEK_END), 0);
 
     // What ends at the last position works, and there the end of the file is still told.

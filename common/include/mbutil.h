@@ -535,10 +535,8 @@ char* convertToQuotedPrintable(char* dst, const char* src);
 
 /**
  * Decodes one line of quoted-printable text, up to its terminator, CR or LF, which is not copied.
- * Soft line breaks are taken out; so are bytes that have no place in such text. What follows "="
- * and is no escape stays, where it began with a digit without the "=". Calls InitMbutil() at the
- * first
- * "=" when nothing has set the current code set.
+ * Soft line breaks and bytes that have no place in such text are dropped; "=" and a byte that is no
+ * digit stay, of "=" and a single digit the digit and what follows it.
  * @param dst receives the decoded bytes; room for the length of @p src plus 1 bytes. May be @p src.
  * @return @p dst.
  */
@@ -547,9 +545,9 @@ char* convertFromQuotedPrintable(char* dst, const char* src);
 /**
  * Writes 7-bit JIS text as base64 encoded words; what stands before the first ESC stays as it is.
  *
- * Words end before every ESC and, on lines joined by LF, space, TAB, from column 72 on. That may be
- * between the two bytes of a character, so cut longer text into pieces, as convertSubjectForMail()
- * does: at 36 bytes of two-byte text no word has got that far.
+ * Words end before every ESC and where a line reaches column 72; the next word stands behind LF,
+ * space, TAB. A long run of two-byte text may end so between the two bytes of a character, which
+ * few readers put together: pass it in pieces, as convertSubjectForMail() does.
  * @param dst     receives ASCII text. Each byte of @p src becomes at most four digits and a new
  *                word; a safe room is (length of @p src + 1) * (length of @p charset + 18).
  * @param src     7-bit JIS text.
@@ -561,8 +559,13 @@ char* convertSubjectToBase64(char* dst, const char* src, const char* charset);
 /**
  * Writes a subject as encoded words for a mail header: base64 for #ZV_JIS, quoted-printable for
  * all other mail code sets. Lines are joined by LF, space, TAB.
- * @param dst      receives ASCII text (for #ZV_JIS, ASCII parts stay readable). A safe bound is
- *                 64 times the length of @p subject plus 64 bytes.
+ *
+ * A Japanese subject is cut into pieces of at most 20 bytes, each on lines of its own; what is
+ * ASCII in it stays readable, and half-width katakana become full-width. The one piece long enough
+ * for its word to end inside a character is 20 half-width katakana of Shift-JIS. In
+ * quoted-printable words "?" and "_" stand as they are, and a reader may misread them.
+ * @param dst      receives ASCII text. A safe room is 64 times the length of @p subject plus 64
+ *                 bytes.
  * @param subject  text in the code set @p code_set, which is the current one.
  * @param mail_code_set as mbGetCodeSetForMail() gives it.
  * @param code_set code set of @p subject.
@@ -578,9 +581,11 @@ enum {
 
 /**
  * Reads a logical line of mail, undoes its transfer encoding and converts it.
- * @param dst    receives the line, terminated, never cut inside a character of the current code
- *               set; what does not fit is dropped.
- * @param size   room of @p dst in bytes, at least 1; lines are read in pieces of size - 1 bytes.
+ * @param dst    receives the line, terminated; what does not fit is dropped, in whole characters of
+ *               the current code set.
+ * @param size   room of @p dst in bytes, at least 1. Longer lines are read in pieces of size - 1
+ *               bytes, wherever these end; a quoted-printable piece whose last byte but one is "="
+ *               is continued by the next.
  * @param from   code set of the stream's text.
  * @param kind   transfer kind. A quoted-printable line always ends in LF, also at the end of file.
  * @param wanted code set of the result.

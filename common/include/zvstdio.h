@@ -12,7 +12,8 @@
  *
  * Positions are bytes from 0 to 2147483647. An operation that would pass the last one fails with
  * EOVERFLOW and leaves the position as it was. On pipes and sockets the position counts the bytes
- * read and written.
+ * read and written; what a write or ZVrewind() drops cannot be read again there, so read and write
+ * a socket through two streams.
  *
  * A stream is used by one thread at a time; different streams are independent.
  */

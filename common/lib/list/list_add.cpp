@@ -20,8 +20,17 @@ bool grow(LIST& list, int used, int capacity) {
     return true;
 }
 
-bool grow_for_append(LIST& list) {
-    return grow(list, list.count, list.capacity + list.capacity / 5 + 5);
+int append(LIST& list, void* item) {
+    go_to(list, list.count) = item;
+    ++list.count;
+    return 0;
+}
+
+// Apart from list_addItem(), which then needs no stack frame.
+[[gnu::noinline]] int grow_and_append(LIST& list, void* item) {
+    if (!grow(list, list.count, list.capacity + list.capacity / 5 + 5))
+        return ZV_LIST_NO_MEMORY;
+    return append(list, item);
 }
 
 // Counts from the position, not from the capacity.
@@ -34,13 +43,11 @@ bool grow_for_position(LIST& list, int position) {
 } // namespace zv
 
 int list_addItem(LIST* list, void* item) {
-    if (list == nullptr)
+    if (list == nullptr) [[unlikely]]
         return ZV_LIST_NO_LIST;
-    if (list->count == list->capacity && !zv::grow_for_append(*list))
-        return ZV_LIST_NO_MEMORY;
-    zv::go_to(*list, list->count) = item;
-    ++list->count;
-    return 0;
+    if (list->count == list->capacity) [[unlikely]]
+        return zv::grow_and_append(*list, item);
+    return zv::append(*list, item);
 }
 
 int list_addNth(LIST* list, int position, void* item) {

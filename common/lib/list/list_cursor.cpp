@@ -11,7 +11,7 @@ bool has_previous(const LIST& list) {
 }
 
 bool has_next(const LIST& list) {
-    return list.cursor < list.count - 1;
+    return list.cursor + 1 < list.count;
 }
 
 // An empty list gets a null item, to be replaced.
@@ -46,9 +46,9 @@ void* list_getLast(LIST* list) {
 }
 
 void* list_getNext(LIST* list) {
-    if (list == nullptr)
+    if (list == nullptr) [[unlikely]]
         return zv::status_item(ZV_LIST_NO_LIST);
-    if (!has_next(*list))
+    if (!has_next(*list)) [[unlikely]]
         return zv::status_item(ZV_LIST_NO_ITEM);
     return zv::go_to(*list, list->cursor + 1);
 }

@@ -165,9 +165,8 @@ void copy_less_than_block(Byte* out, const Byte* in, size_t length) {
 // it stands.
 class LineDecoder {
 public:
-    LineDecoder(const char* line, char* out) : next_(as_bytes(line)), out_(as_bytes(out)) {
-        find_end();
-    }
+    LineDecoder(const char* line, char* out)
+        : next_(as_bytes(line)), end_(next_ + std::strcspn(line, "\n")), out_(as_bytes(out)) {}
 
     void decode() {
         for (;;) {
@@ -185,10 +184,7 @@ public:
     }
 
 private:
-    // Up to the end, bytes may be read in blocks. An escape may reach beyond it and take the LF.
-    void find_end() { end_ = next_ + std::strcspn(reinterpret_cast<const char*>(next_), "\n"); }
-
-    // Copies a run of plain bytes, or a part of it.
+    // Copies a run of plain bytes.
     void copy_plain() {
         while (end_ - next_ >= static_cast<ptrdiff_t>(kBlock)) {
             std::uint64_t block;
@@ -200,7 +196,7 @@ private:
             next_ += kBlock;
             out_ += kBlock;
         }
-        while (next_ != end_ && is_plain<kFirstCopied>(*next_))
+        while (is_plain<kFirstCopied>(*next_))
             *out_++ = *next_++;
     }
     void take(size_t length) {
@@ -214,8 +210,6 @@ private:
         do
             decode_escape();
         while (*next_ == '=');
-        if (next_ > end_)
-            find_end();
     }
 
     // Takes "=" and what belongs to it, up to the terminator at most.
@@ -244,7 +238,7 @@ private:
     }
 
     const Byte* next_;
-    const Byte* end_;
+    const Byte* const end_; // the first LF, as a rule the line's; an escape may take it
     Byte* out_;
 };
 

@@ -36,7 +36,8 @@ public:
 
     void put_text(std::string_view text) { out_ = put(out_, text); }
     void begin_next() {
-        put_text("?=\n \t");
+        put_text("?=");
+        put_text(kFold);
         put_text(opening_);
     }
     char* finish() { return put(out_, "?="); }

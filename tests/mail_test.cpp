@@ -1,0 +1,382 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "mbutil.h"
+#include "support/failing_allocation.h"
+#include "support/guarded.h"
+#include "support/oracle.h"
+#include "support/temporary_file.h"
+#include "support/texts.h"
+
+namespace {
+
+constexpr int kQuoted = ZV_TRANSFER_QUOTED_PRINTABLE;
+
+std::string model_of_encoder(const std::string& text) {
+    std::string out;
+    size_t line = 0;
+    for (const char c : text) {
+        char token[4] = {c};
+        if (c <= 0x20 || c == 0x7F || c == '=')
+            std::snprintf(token, sizeof token, "=%02X", static_cast<unsigned char>(c));
+        out += token;
+        if (out.size() - line >= 50) line = out.append("=\n\r").size();
+    }
+    return out;
+}
+
+// In exactly the room of the output, which lies within the stated one.
+std::string encode(const std::string& text) {
+    const size_t room = model_of_encoder(text).size() + 1;
+    EXPECT_LE(room, 3 * text.size() + 3 * (3 * text.size() / 50) + 1);
+    return test::convert_guarded([](auto src, auto dst) { convertToQuotedPrintable(dst, src); },
+                                 text, room);
+}
+
+TEST(QuotedPrintable, EncodesAsTheModel) {
+    EXPECT_EQ(encode("a b=c\xE9\r\n"), "a=20b=3Dc=E9=0D=0A");
+    EXPECT_EQ(encode(std::string(60, 'a')), std::string(50, 'a') + "=\n\r" + std::string(10, 'a'));
+    std::mt19937 random(31);
+    const std::string alphabets[] = {"abc", "\xA4\xA2", test::all_bytes(), "words and = \xFC."};
+    for (size_t i = 0; i < 2000; ++i) {
+        const std::string text = std::string(i % 64, 'p') +
+                                 test::random_text(random, alphabets[i % 4], i % 50 ? 130 : 1200);
+        ASSERT_EQ(encode(text), model_of_encoder(text));
+    }
+}
+
+// As a caller sees it: up to the first zero byte, which "=00" gives.
+std::string model_of_decoder(const std::string& text) {
+    const auto digit = [](char c) {
+        const std::string digits = "0123456789abcdef0123456789ABCDEF";
+        return c == '\0' ? digits.npos : digits.find(c) % 16 + (digits.find(c) & ~size_t{31});
+    };
+    std::string out;
+    size_t i = 0;
+    const auto next = [&] { return i < text.size() ? text[i++] : '\0'; };
+    for (char c = next(); c != '\0' && c != '\n' && c != '\r'; c = next()) {
+        const char c1 = c == '=' ? next() : c;
+        const char c2 = c == '=' && digit(c1) < 16 ? next() : '\0';
+        if (c != '=')
+            out += c == '\t' || (c >= 0x20 && c < 0x7F) ? std::string(1, c) : "";
+        else if (digit(c1) < 16 && digit(c2) < 16)
+            out += static_cast<char>(16 * digit(c1) + digit(c2));
+        else if (digit(c1) < 16)
+            out += {c1, c2};
+        else if (c1 != '\n' && c1 != '\r')
+            out += {c1 == '\0' ? '\0' : '=', c1};
+    }
+    return out.c_str();
+}
+
+// In the stated room, and where the text stands.
+std::string decode(const std::string& text) {
+    const auto convert = [](auto src, auto dst) { convertFromQuotedPrintable(dst, src); };
+    test::GuardedText in_place(text);
+    convert(in_place.data(), in_place.data());
+    EXPECT_EQ(in_place.text(), test::convert_guarded(convert, text, text.size() + 1));
+    return in_place.text();
+}
+
+TEST(QuotedPrintable, DecodesAsTheModel) {
+    EXPECT_EQ(decode("plain\ttext\x80 only"), "plain\ttext only");
+    EXPECT_EQ(MBUTIL_Initialized, 0);
+    const char* const cases[][2] = {{"caf=E9=e9", "caf\xE9\xE9"},
+                                    {"a=\nb", "ab"},
+                                    {"a=\r\nb", "a"},
+                                    {"=G1", "=G1"},
+                                    {"=4G", "4G"},
+                                    {"=4\nb=", "4\nb"}};
+    for (const auto& c : cases) EXPECT_EQ(decode(c[0]), c[1]);
+    EXPECT_EQ(MBUTIL_Initialized, 1);
+
+    const std::string tails[] = {"", "1=\nz", "=41=\r=4\ny"};
+    for (unsigned first = 0; first < 256; ++first) {
+        for (unsigned second = 0; second < 256; ++second) {
+            const char bytes[] = {'=', static_cast<char>(first), static_cast<char>(second), 0};
+            const std::string text = bytes + tails[second == 0 ? 0 : (first + second) % 3];
+            ASSERT_EQ(decode(text), model_of_decoder(text)) << first << ' ' << second;
+        }
+    }
+    std::mt19937 random(32);
+    const std::string alphabets[] = {"=0aF\n\r\tg\x80z", "=3D text of words", test::all_bytes()};
+    for (size_t i = 0; i < 3000; ++i) {
+        const std::string text =
+            std::string(i % 64, 'p') + test::random_text(random, alphabets[i % 3], 60);
+        ASSERT_EQ(decode(text), model_of_decoder(text));
+        std::string encoded = encode(text);
+        for (size_t at; (at = encoded.find("=\n\r")) != encoded.npos;) encoded.erase(at, 3);
+        ASSERT_EQ(decode(encoded + "\n=41"), text);
+    }
+}
+
+const char kAlphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+
+// Takes one group of three bytes after the other.
+std::string model_of_base64_words(const std::string& text, const std::string& charset) {
+    size_t i = std::min(text.find('\x1B'), text.size());
+    const std::string opening = "=?" + charset + "?B?";
+    std::string out = text.substr(0, i) + (i < text.size() ? opening : "");
+    size_t line = 0;
+    const auto begin_next = [&] {
+        line = out.append("?=\n \t").size() - 1; // space and TAB count as one column
+        out += opening;
+    };
+    std::string remembered;
+    for (bool fresh = true; i < text.size();) {
+        if (text[i] == '\x1B' && !fresh) {
+            begin_next();
+            remembered.clear();
+        }
+        std::string group = text.substr(i, 3);
+        const bool is_cut = group.find('\x1B', 1) != group.npos;
+        group.resize(std::min(group.find('\x1B', 1), group.size()));
+        i += group.size();
+        unsigned bits = 0;
+        for (size_t k = 0; k < 3; ++k)
+            bits = bits << 8 | (k < group.size() ? static_cast<unsigned char>(group[k]) : 0);
+        std::string digits;
+        for (int shift = 18; shift >= 0; shift -= 6) digits += kAlphabet[bits >> shift & 63];
+        remembered = remembered.empty() ? digits : remembered;
+        out += digits.replace(group.size() + 1, 4, 3 - group.size(), '=');
+        fresh = is_cut || out.size() - line >= 72;
+        if (fresh) {
+            begin_next();
+            out += remembered;
+        }
+    }
+    return out.size() > text.size() ? out + "?=" : out;
+}
+
+// In exactly the room of the output, which lies within the stated one.
+std::string base64_words(const std::string& text, std::string charset = "iso-2022-jp") {
+    const size_t length = model_of_base64_words(text, charset).size();
+    EXPECT_LE(length + 1, (text.size() + 1) * (charset.size() + 18));
+    return test::convert_guarded(
+        [&](auto src, auto dst) {
+            const char* end = convertSubjectToBase64(dst, src, charset.c_str());
+            EXPECT_EQ(end - dst, text.find('\x1B') == text.npos ? 0 : ptrdiff_t(length));
+        },
+        text, length + 1);
+}
+
+// In the stated room.
+std::string subject_for_mail(const std::string& subject, int mail_code_set, int code_set) {
+    return test::convert_guarded(
+        [&](auto src, auto dst) { convertSubjectForMail(dst, src, mail_code_set, code_set); },
+        subject, 64 * subject.size() + 64);
+}
+
+TEST(Subjects, TakeTheStatedForm) {
+    InitMbutilExt(ZV_EUC);
+    const std::string jis = "=?iso-2022-jp?B?";
+    const std::string latin = "=?iso-8859-2?Q?";
+    const std::string fold = "\n \t";
+    EXPECT_EQ(base64_words("no escape"), "no escape");
+    EXPECT_EQ(base64_words("Re: \x1B$B0!\x1B(J"),
+              "Re: " + jis + "GyRCMCE=?=" + fold + jis + "GyRCGyhK?=");
+    EXPECT_EQ(base64_words("\x1B$B" + std::string(60, '0')).substr(72, 35),
+              "?=" + fold + jis + "GyRCMDAwMDAwMD");
+    const std::string full(50, 'a');
+    const std::string kanji(20, '\xB0');
+    const std::string cases[][2] = {
+        {"", ""},
+        {"A\xB0\xA1", base64_words("A\x1B$B0!\x1B(J")},
+        {full, full.substr(0, 20) + fold + full.substr(0, 20) + fold + full.substr(0, 10)},
+        {"x" + kanji, // twenty bytes would cut the tenth character
+         base64_words("x\x1B$B" + std::string(18, '0') + "\x1B(J") + fold +
+             base64_words("\x1B$B00\x1B(J")}};
+    for (const auto& c : cases) EXPECT_EQ(subject_for_mail(c[0], ZV_JIS, ZV_EUC), c[1]);
+    const std::string latin_cases[][2] = {
+        {"", ""},
+        {"a b", latin + "a=20b?="},
+        {full, latin + full + "?="},
+        {full + "0123456789", latin + full + "?=" + fold + latin + "0123456789?="}};
+    for (const auto& c : latin_cases) EXPECT_EQ(subject_for_mail(c[0], ZV_8859_2, ZV_8859_2), c[1]);
+}
+
+TEST(Subjects, HoldTheirRoomWhateverTheBytes) {
+    std::mt19937 random(33);
+    const char katakana_and_escape[] = {'\xB1', '\x1B', '\0'}; // makes the most of each byte
+    const std::string alphabets[] = {"\x1B", katakana_and_escape, "\x1B$B0!0!0!0!0!0!0!0!",
+                                     "\x81\x1B\xB1\x8E.", test::all_bytes()};
+    for (size_t i = 0; i < 3000; ++i) {
+        const std::string text = test::random_text(random, alphabets[i % 5], 150);
+        const std::string charset(random() % (i % 8 == 0 ? 90 : 16), 'c');
+        ASSERT_EQ(base64_words(text, charset), model_of_base64_words(text, charset));
+        const int code_set = i % 2 == 0 ? ZV_SJIS : i % 3 == 0 ? ZV_EUC : ZV_BIG5;
+        InitMbutilExt(code_set);
+        subject_for_mail(text, ZV_JIS, code_set);
+        subject_for_mail(text, code_set == ZV_BIG5 ? ZV_EUC_H : ZV_EUC, code_set);
+    }
+    std::string densest;
+    for (size_t i = 0; i < 200; ++i)
+        subject_for_mail(densest += katakana_and_escape[i % 2], ZV_JIS, ZV_SJIS);
+}
+
+// One of kana, kanji, half-width katakana and ASCII, of which JIS X 0201 has all up to "[".
+std::string random_character(std::mt19937& random) {
+    const auto byte = [&](unsigned first, unsigned count) {
+        return static_cast<char>(first + random() % count);
+    };
+    switch (random() % 4) {
+    case 0:
+        return {byte(0xA4, 2), byte(0xA1, 83)};
+    case 1:
+        return {byte(0xB0, 31), byte(0xA1, 94)};
+    case 2:
+        return {'\x8E', byte(0xA1, 63)};
+    default:
+        return {byte('!', 59)};
+    }
+}
+
+// A fold beside plain text counts as a blank.
+std::string without_blanks(std::string text) {
+    std::erase_if(text, [](char c) { return c == ' ' || c == '\t' || c == '\n'; });
+    return text;
+}
+
+TEST(Subjects, AreReadByAMailProgram) {
+    std::string headers;
+    std::string expected;
+    const auto add = [&](const std::string& subject, int mail_code_set, int code_set,
+                         const char* encoding) {
+        InitMbutilExt(code_set);
+        headers += "Subject: " + subject_for_mail(subject, mail_code_set, code_set) + "\n\n";
+        std::string text = subject;
+        if (mail_code_set == ZV_JIS) { // half-width katakana come back full-width
+            text.resize(5 * subject.size() + 4);
+            text = convertStrExt(subject.c_str(), code_set, text.data(), ZV_JIS);
+        }
+        expected += without_blanks(*test::iconv_text(encoding, "UTF-8", text));
+    };
+    std::mt19937 random(34);
+    std::string alternating;
+    std::string letters = "plain words, 100% = 'all'. And so on";
+    for (int byte = 0xC0; byte < 0x100; ++byte) letters += static_cast<char>(byte);
+    for (int i = 0; i < 200; ++i) {
+        std::string euc;
+        for (size_t left = 1 + random() % 60; left != 0; --left) euc += random_character(random);
+        add(euc, ZV_JIS, ZV_EUC, "ISO-2022-JP");
+        add(*test::iconv_text("EUC-JP", "SHIFT_JIS", euc), ZV_JIS, ZV_SJIS, "ISO-2022-JP");
+        add(alternating += i % 2 == 0 ? '\xB1' : 'a', ZV_JIS, ZV_SJIS, "ISO-2022-JP");
+        add(test::random_text(random, letters, 200), ZV_8859_2, ZV_8859_2, "ISO-8859-2");
+        add(test::random_text(random, letters, 200), ZV_8859_5, ZV_CP1251, "CP1251");
+    }
+    const test::TemporaryFile file(headers);
+    const std::string read = without_blanks(test::output_of(
+        std::string("PYTHONIOENCODING=utf-8 python3 " ZVUTIL_READ_SUBJECTS " <") + file.path()));
+    const auto differing =
+        std::mismatch(read.begin(), read.end(), expected.begin(), expected.end());
+    const size_t at = static_cast<size_t>(differing.first - read.begin());
+    EXPECT_TRUE(read == expected) << "behind " << read.substr(at - std::min<size_t>(at, 80), 80);
+}
+
+// A stream that takes no memory.
+struct Stream {
+    explicit Stream(const std::string& text) : file(text), stream(std::fopen(file.path(), "r")) {
+        std::setvbuf(stream, buffer, _IOFBF, sizeof buffer);
+    }
+    ~Stream() { std::fclose(stream); }
+
+    // The next line in exactly the stated room; nothing at the end.
+    std::optional<std::string> next(int size, int from, int kind, int wanted) {
+        test::GuardedRoom room(static_cast<size_t>(size));
+        const char* line = getLine(room.data(), size, stream, from, kind, wanted);
+        return line == nullptr ? std::nullopt : std::optional(room.text());
+    }
+
+    test::TemporaryFile file;
+    FILE* stream;
+    char buffer[256];
+};
+
+TEST(Lines, OfEveryKind) {
+    InitMbutilExt(ZV_EUC);
+    const struct {
+        const char* text;
+        int size, kind, from;
+        std::vector<std::string> lines;
+    } cases[] = {
+        {"abc=\ndef\n", 80, kQuoted, ZV_EUC, {"abcdef\n"}},
+        {"abc=\ndef\n", 80, 0, ZV_EUC, {"abc=\n", "def\n"}},
+        {"a\xE4=B0=A1 b\nlast", 80, kQuoted, ZV_EUC, {"a\xB0\xA1 b\n", "last\n"}},
+        {"a=\r\nb\n", 80, kQuoted, ZV_EUC, {"a\n", "b\n"}},
+        {"a=\n", 80, kQuoted, ZV_EUC, {}}, // its continuation is missing
+        {"=\n=\nx\n", 80, kQuoted, ZV_EUC, {"x\n"}},
+        {"=\n\nx", 2000, kQuoted, ZV_EUC, {"\n", "x\n"}},
+        {"abcdefgh\n", 5, 0, ZV_EUC, {"abcd", "efgh", "\n"}},
+        {"ab=41\ncd\n", 5, kQuoted, ZV_EUC, {"ab41", "cd\n"}}, // "ab=4" counts as continued
+        {"x=00y=\nz\n", 80, kQuoted, ZV_EUC, {"xz\n"}},        // zero ends its part of the line
+        {"\xB1\xB2\xB3\n\xB1\n", 6, 0, ZV_SJIS, {"\x8E\xB1\x8E\xB2", "\x8E\xB1\n"}}, // none is cut
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.text);
+        Stream stream(c.text);
+        for (const std::string& line : c.lines)
+            EXPECT_EQ(stream.next(c.size, c.from, c.kind, ZV_EUC), line);
+        EXPECT_EQ(stream.next(c.size, c.from, c.kind, ZV_EUC), std::nullopt);
+    }
+    char room[] = "kept";
+    EXPECT_EQ(getLine(room, 5, nullptr, ZV_EUC, ZV_TRANSFER_NOTHING, ZV_EUC), room);
+    EXPECT_EQ(getLine(room, 0, nullptr, ZV_EUC, 0, ZV_EUC), nullptr);
+    EXPECT_EQ(getLine(nullptr, 5, nullptr, ZV_EUC, 0, ZV_EUC), nullptr);
+    EXPECT_STREQ(room, "kept");
+    EXPECT_EQ(Stream("ab").next(1, ZV_EUC, 0, ZV_EUC), "");
+}
+
+// A line in many parts that grows into JIS as much as text can.
+TEST(MailMemory, IsTakenForLongTextsAloneAndGivenBack) {
+    InitMbutilExt(ZV_SJIS);
+    std::string text;
+    std::string line;
+    for (int i = 0; i < 1000; ++i) {
+        text += "=B1a=\n";
+        line += "\x1B$B%\"\x1B(Ja";
+    }
+    std::string out(20000, '#');
+    std::string untouched = out;
+    const std::string subject(9000, 'x');
+    Stream stream(text + "\n");
+    const long blocks = test::live_blocks();
+    int failures = 0;
+    const auto read_line = [&] {
+        std::rewind(stream.stream);
+        return getLine(out.data(), 20000, stream.stream, ZV_SJIS, kQuoted, ZV_JIS) != nullptr;
+    };
+    EXPECT_TRUE(test::after_each_failing_allocation(read_line, [&](bool delivered) {
+        EXPECT_FALSE(delivered);
+        EXPECT_EQ(out, untouched);
+        EXPECT_EQ(test::live_blocks(), blocks);
+        ++failures;
+    }));
+    EXPECT_EQ(out.c_str(), line + '\n');
+    EXPECT_GE(failures, 3); // what is read, what is decoded, what is converted
+
+    const auto encode_subject = [&] {
+        convertSubjectForMail(out.data(), subject.c_str(), ZV_8859_2, ZV_8859_2);
+        return std::strlen(out.data());
+    };
+    const auto failed = [](size_t length) { EXPECT_EQ(length, 0); };
+    // Each line of 50 is a word with 20 characters around it, of which the last lacks the fold.
+    EXPECT_EQ(test::after_each_failing_allocation(encode_subject, failed), 180 * (50 + 20) - 3);
+    EXPECT_EQ(test::live_blocks(), blocks);
+
+    const auto [is_read, took_memory] = test::with_failing_allocation(1, [&] {
+        convertSubjectForMail(out.data(), "a short one", ZV_8859_2, ZV_8859_2);
+        convertSubjectForMail(out.data(), subject.c_str() + 8000, ZV_JIS, ZV_SJIS);
+        std::fseek(stream.stream, -6, SEEK_END);
+        return getLine(out.data(), 80, stream.stream, ZV_SJIS, kQuoted, ZV_JIS) != nullptr;
+    });
+    EXPECT_TRUE(is_read);
+    EXPECT_FALSE(took_memory);
+}
+
+} // namespace
