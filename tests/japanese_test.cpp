@@ -233,7 +233,7 @@ TEST(Detection, DecidesAsSoonAsItCan) {
         {ZV_EUC,
          {"\xA4\xF0|z", "\xB1\xA0\xF1|", "\xB0\xE0\xE1\xFEz|z", "\xB0\xE0\xE1 z\xF1|z", "\xF0|z",
           "\xE0\xFD|z"}},
-        {ZV_EUC_OR_SJIS, {"\x8E\xB1z|", "\xB0\xA1|", "\xB0\xE0|"}}};
+        {ZV_EUC_OR_SJIS, {"\x8E\xB1z|", "\xB0\xA1|", "\xB0\xE0|", "\xB0\xE0\xFC|", "\xE0\xFC|"}}};
     for (const auto& [result, texts] : cases) {
         for (std::string text : texts) {
             const size_t position = text.find('|');

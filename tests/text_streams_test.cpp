@@ -275,6 +275,11 @@ TEST(FileConversion, AppendsRefusesAndKeepsWhatItMay) {
     write_file(in, std::string("a\x82\0b\x88\x9F", 6) + std::string(20994, 'c') + "\x88\x9F");
     EXPECT_TRUE(converts("in", "out", 0, ZV_SJIS));
     EXPECT_EQ(content(out), "a\x82\xB0\xA1") << "a zero byte ends its block's text";
+    write_file(in, std::string("\x1B$B0!\0", 6) + std::string(20994, 'c') + "0!");
+    EXPECT_TRUE(converts("in", "out", 0, ZV_JIS));
+    EXPECT_EQ(content(out), "\xB0\xA1"
+                            "0!")
+        << "and its shift state";
     write_file(in, "");
     EXPECT_TRUE(converts("in", "out", 0, ZV_SJIS));
     EXPECT_EQ(content(out), "");
