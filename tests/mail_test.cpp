@@ -9,9 +9,9 @@
 
 #include "mbutil.h"
 #include "support/failing_allocation.h"
+#include "support/folder.h"
 #include "support/guarded.h"
 #include "support/oracle.h"
-#include "support/temporary_file.h"
 #include "support/texts.h"
 
 namespace {
@@ -237,16 +237,20 @@ TEST(Subjects, AreReadByAMailProgram) {
         add(test::random_text(random, letters, 200), ZV_8859_2, ZV_8859_2, "ISO-8859-2");
         add(test::random_text(random, letters, 200), ZV_8859_5, ZV_CP1251, "CP1251");
     }
-    const test::TemporaryFile file(headers);
+    const test::Folder folder;
+    const std::string path = folder / "headers";
+    test::write_file(path, headers);
     const std::string read = without_blanks(test::output_of(
-        std::string("PYTHONIOENCODING=utf-8 python3 " ZVUTIL_READ_SUBJECTS " <") + file.path()));
+        std::string("PYTHONIOENCODING=utf-8 python3 " ZVUTIL_READ_SUBJECTS " <") + path));
     EXPECT_EQ(read, expected);
 }
 
 // A stream that takes no memory.
 struct Stream {
-    explicit Stream(const std::string& text) : file(text), stream(std::fopen(file.path(), "r")) {
+    explicit Stream(const std::string& text) : stream(std::tmpfile()) {
         std::setvbuf(stream, buffer, _IOFBF, sizeof buffer);
+        std::fwrite(text.data(), 1, text.size(), stream);
+        std::rewind(stream);
     }
     ~Stream() { std::fclose(stream); }
 
@@ -257,7 +261,6 @@ struct Stream {
         return line == nullptr ? std::nullopt : std::optional(room.text());
     }
 
-    test::TemporaryFile file;
     FILE* stream;
     char buffer[256];
 };
