@@ -83,8 +83,9 @@ TEST_F(Files, LocksExcludeASecondProcess) {
     test::Child other = locker(ZV_LOCK_WRITE, 200);
     ASSERT_EQ(other.await(), '1');
     const test::Interruptions interruptions;
-    EXPECT_EQ(OSLockZVFile(ours.zv, ZV_LOCK_WRITE, 1), 1);
-    EXPECT_GT(interruptions.count, 2) << "signals do not end the wait";
+    EXPECT_EQ(OSLockZVFile(ours.zv, ZV_LOCK_WRITE, 1), 1) << "signals do not end the wait";
+    usleep(1); // A sanitizer holds signals back until such a call.
+    EXPECT_GT(interruptions.count, 0);
 }
 
 TEST_F(Files, StatusTruncationAndNames) {
