@@ -57,8 +57,9 @@ size_t member(const std::string& s, size_t i, const std::string& set) {
 }
 
 std::string changed(std::string s, int (*change)(int)) {
-    for (size_t i = 0; i < s.size(); i += step(&s[i])) {
-        if (step(&s[i]) == 1) s[i] = static_cast<char>(change(s[i] & 0xFF));
+    for (size_t i = 0, length; i < s.size(); i += length) {
+        length = step(&s[i]);
+        if (length == 1) s[i] = static_cast<char>(change(s[i] & 0xFF));
     }
     return s;
 }
