@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <memory>
-
 #include "jaconv.h"
 #include "mbutil.h"
 #include "support/guarded.h"
@@ -237,9 +235,7 @@ TEST(Detection, DecidesAsSoonAsItCan) {
     for (const auto& [result, texts] : cases) {
         for (std::string text : texts) {
             const size_t position = text.find('|');
-            const std::unique_ptr<FILE, int (*)(FILE*)> file(tmpfile(), fclose);
-            fputs(text.erase(position, 1).c_str(), file.get());
-            rewind(file.get());
+            const test::Stream file = test::stream_of(text.erase(position, 1));
             EXPECT_EQ(DetectJPCodeType(file.get()), result) << text;
             EXPECT_EQ(ftell(file.get()), position) << text;
         }

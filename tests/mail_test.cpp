@@ -1,11 +1,8 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <optional>
-#include <string>
-#include <vector>
 
 #include "mbutil.h"
 #include "support/failing_allocation.h"
@@ -245,25 +242,12 @@ TEST(Subjects, AreReadByAMailProgram) {
     EXPECT_EQ(read, expected);
 }
 
-// A stream that takes no memory.
-struct Stream {
-    explicit Stream(const std::string& text) : stream(std::tmpfile()) {
-        std::setvbuf(stream, buffer, _IOFBF, sizeof buffer);
-        std::fwrite(text.data(), 1, text.size(), stream);
-        std::rewind(stream);
-    }
-    ~Stream() { std::fclose(stream); }
-
-    // The next line in exactly the stated room; nothing at the end.
-    std::optional<std::string> next(int size, int from, int kind, int wanted) {
-        test::GuardedRoom room(static_cast<size_t>(size));
-        const char* line = getLine(room.data(), size, stream, from, kind, wanted);
-        return line == nullptr ? std::nullopt : std::optional(room.text());
-    }
-
-    FILE* stream;
-    char buffer[256];
-};
+// The next line in exactly the stated room; nothing at the end.
+std::optional<std::string> next_line(const test::Stream& stream, int size, int from, int kind) {
+    test::GuardedRoom room(static_cast<size_t>(size));
+    const char* line = getLine(room.data(), size, stream.get(), from, kind, ZV_EUC);
+    return line == nullptr ? std::nullopt : std::optional(room.text());
+}
 
 TEST(Lines, OfEveryKind) {
     InitMbutilExt(ZV_EUC);
@@ -282,66 +266,55 @@ TEST(Lines, OfEveryKind) {
         {"abcdefgh\n", 5, 0, ZV_EUC, {"abcd", "efgh", "\n"}},
         {"ab=41\ncd\n", 5, kQuoted, ZV_EUC, {"ab41", "cd\n"}}, // "ab=4" counts as continued
         {"x=00y=\nz\n", 80, kQuoted, ZV_EUC, {"xz\n"}},        // zero ends its part of the line
-        {"\xB1\xB2\xB3\n\xB1\n", 6, 0, ZV_SJIS, {"\x8E\xB1\x8E\xB2", "\x8E\xB1\n"}}, // none is cut
-    };
+        {"\xB1\xB2\xB3\n\xB1\n", 6, 0, ZV_SJIS, {"\x8E\xB1\x8E\xB2", "\x8E\xB1\n"}}}; // none is cut
     for (const auto& c : cases) {
         SCOPED_TRACE(c.text);
-        Stream stream(c.text);
+        const test::Stream stream = test::stream_of(c.text);
         for (const std::string& line : c.lines)
-            EXPECT_EQ(stream.next(c.size, c.from, c.kind, ZV_EUC), line);
-        EXPECT_EQ(stream.next(c.size, c.from, c.kind, ZV_EUC), std::nullopt);
+            EXPECT_EQ(next_line(stream, c.size, c.from, c.kind), line);
+        EXPECT_EQ(next_line(stream, c.size, c.from, c.kind), std::nullopt);
     }
     char room[] = "kept";
     EXPECT_EQ(getLine(room, 5, nullptr, ZV_EUC, ZV_TRANSFER_NOTHING, ZV_EUC), room);
-    EXPECT_EQ(getLine(room, 0, nullptr, ZV_EUC, 0, ZV_EUC), nullptr);
-    EXPECT_EQ(getLine(nullptr, 5, nullptr, ZV_EUC, 0, ZV_EUC), nullptr);
+    EXPECT_FALSE(getLine(room, 0, nullptr, ZV_EUC, 0, ZV_EUC) ||
+                 getLine(nullptr, 5, nullptr, ZV_EUC, 0, ZV_EUC));
     EXPECT_STREQ(room, "kept");
-    EXPECT_EQ(Stream("ab").next(1, ZV_EUC, 0, ZV_EUC), "");
+    EXPECT_EQ(next_line(test::stream_of("ab"), 1, ZV_EUC, 0), "");
 }
 
-// A line in many parts that grows into JIS as much as text can.
 TEST(MailMemory, IsTakenForLongTextsAloneAndGivenBack) {
     InitMbutilExt(ZV_SJIS);
-    std::string text, line;
-    for (int i = 0; i < 1000; ++i) {
-        text += "=B1a=\n";
-        line += "\x1B$B%\"\x1B(Ja";
-    }
-    std::string out(20000, '#'), untouched = out;
-    const std::string subject(9000, 'x');
-    Stream stream(text + "\n");
+    std::string text, line, out(20000, '#');
+    // A line in many parts that grows into JIS as much as text can.
+    for (; text.size() < 6000; text += "=B1a=\n") line += "\x1B$B%\"\x1B(Ja";
+    const std::string untouched = out, subject(9000, 'x');
+    const test::Stream stream = test::stream_of(text + "\n");
+    const auto read_line = [&](int size) {
+        return getLine(out.data(), size, stream.get(), ZV_SJIS, kQuoted, ZV_JIS) != nullptr;
+    };
+    const auto read_all = [&] { return rewind(stream.get()), read_line(20000); };
     const long blocks = test::live_blocks();
     int failures = 0;
-    const auto read_line = [&] {
-        std::rewind(stream.stream);
-        return getLine(out.data(), 20000, stream.stream, ZV_SJIS, kQuoted, ZV_JIS) != nullptr;
-    };
-    EXPECT_TRUE(test::after_each_failing_allocation(read_line, [&](bool delivered) {
-        EXPECT_FALSE(delivered);
-        EXPECT_EQ(out, untouched);
-        EXPECT_EQ(test::live_blocks(), blocks);
+    EXPECT_TRUE(test::after_each_failing_allocation(read_all, [&](bool delivered) {
+        EXPECT_TRUE(!delivered && out == untouched && test::live_blocks() == blocks);
         ++failures;
     }));
     EXPECT_EQ(out.c_str(), line + '\n');
     EXPECT_GE(failures, 3); // what is read, what is decoded, what is converted
 
     const auto encode_subject = [&] {
-        convertSubjectForMail(out.data(), subject.c_str(), ZV_8859_2, ZV_8859_2);
-        return std::strlen(out.data());
+        return strlen(convertSubjectForMail(out.data(), subject.c_str(), ZV_8859_2, ZV_8859_2));
     };
     const auto failed = [](size_t length) { EXPECT_EQ(length, 0); };
     // Each line of 50 is a word with 20 characters around it, of which the last lacks the fold.
     EXPECT_EQ(test::after_each_failing_allocation(encode_subject, failed), 180 * (50 + 20) - 3);
     EXPECT_EQ(test::live_blocks(), blocks);
-
-    const auto [is_read, took_memory] = test::with_failing_allocation(1, [&] {
+    const auto short_texts = [&] {
         convertSubjectForMail(out.data(), "a short one", ZV_8859_2, ZV_8859_2);
         convertSubjectForMail(out.data(), subject.c_str() + 8000, ZV_JIS, ZV_SJIS);
-        std::fseek(stream.stream, -6, SEEK_END);
-        return getLine(out.data(), 80, stream.stream, ZV_SJIS, kQuoted, ZV_JIS) != nullptr;
-    });
-    EXPECT_TRUE(is_read);
-    EXPECT_FALSE(took_memory);
+        return fseek(stream.get(), -6, SEEK_END) == 0 && read_line(80);
+    };
+    EXPECT_EQ(test::with_failing_allocation(1, short_texts), std::pair(true, false));
 }
 
 } // namespace

@@ -2,7 +2,6 @@
 
 #include <filesystem>
 #include <functional>
-#include <memory>
 
 #include "jaconv.h"
 #include "mbutil.h"
@@ -16,16 +15,7 @@ namespace {
 
 using namespace test;
 
-using File = std::unique_ptr<FILE, int (*)(FILE*)>;
-
-File file_with(std::string_view text) {
-    File file(tmpfile(), fclose);
-    fwrite(text.data(), 1, text.size(), file.get());
-    rewind(file.get());
-    return file;
-}
-
-std::string text_of(const File& file) {
+std::string text_of(const Stream& file) {
     std::string text(5000, '\0');
     rewind(file.get());
     text.resize(fread(text.data(), 1, text.size(), file.get()));
@@ -144,7 +134,7 @@ TEST(TextStreams, LinesAreConvertedBothWaysAndCutBetweenCharacters) {
         const bool converts = mbIsMultiByte() && outside != 0;
         const std::string text = random_text(random, std::string(pair.text) + "ab\n\xB1", 40);
         const size_t size = 2 + random() % 30;
-        const File file = file_with(text), written = file_with("");
+        const Stream file = stream_of(text), written = stream_of("");
         GuardedRoom room(size);
         for (size_t at = 0; at < text.size();) {
             const size_t end = std::min(text.find('\n', at), text.size() - 1) + 1;
@@ -162,7 +152,7 @@ TEST(TextStreams, LinesAreConvertedBothWaysAndCutBetweenCharacters) {
     }
     InitMbutilExt(ZV_SJIS);
     EXPECT_FALSE(mbfgets(nullptr, 20, stdin, 0) || mbfputs(nullptr, stdout, 0));
-    const File read_only(fopen("/dev/null", "r"), fclose);
+    const Stream read_only(fopen("/dev/null", "r"), fclose);
     EXPECT_EQ(mbfputs("a", read_only.get(), ZV_EUC), EOF);
 }
 
@@ -172,8 +162,7 @@ TEST(TextStreams, WithoutMemoryTheFailureValueAndNoLeak) {
     const Folder folder;
     const std::string in = folder / "in", out = folder / "out";
     write_file(in, kana);
-    const File file = file_with(kana);
-    setvbuf(file.get(), nullptr, _IONBF, 0);
+    const Stream file = stream_of(kana);
     const std::function<int()> operations[] = {
         [&] { return mbfputs(kana.c_str(), file.get(), ZV_JIS) + 1; },
         [&] { return AccumulateAsciiForStr(kana.c_str()) + 1; },
@@ -216,7 +205,7 @@ TEST(TextStreams, BlocksEndBetweenCharacters) {
         ASSERT_EQ(pipe(ends), 0);
         const bool through_pipe = write(ends[1], text.data(), text.size()) >= 0 && round % 2 != 0;
         close(ends[1]);
-        const File from_pipe(fdopen(ends[0], "rb"), fclose), file = file_with(text);
+        const Stream from_pipe(fdopen(ends[0], "rb"), fclose), file = stream_of(text);
         const unsigned size = 1 + round / 5 % 7;
         GuardedRoom room(size + 1);
         for (size_t whole = 1; whole != 0; text.erase(0, whole)) {
@@ -228,7 +217,7 @@ TEST(TextStreams, BlocksEndBetweenCharacters) {
     }
     InitMbutilExt(ZV_8859_2);
     GuardedRoom room(2);
-    EXPECT_EQ(mbfreadstring(room.data(), 2, file_with("abc").get()), 2) << "no terminator";
+    EXPECT_EQ(mbfreadstring(room.data(), 2, stream_of("abc").get()), 2) << "no terminator";
 }
 
 TEST(FileConversion, EqualsOneConversionAtEveryPhaseOfTheBlocks) {

@@ -20,21 +20,22 @@ public:
     std::string text() const { return data_; }
 
 private:
-    size_t usable_;
-    char* mapping_;
+    size_t capacity_;
     char* data_;
+    char* end_;
 };
 
 // A string whose terminator is the last readable byte.
 class GuardedText : public GuardedRoom {
 public:
-    explicit GuardedText(std::string_view text);
+    explicit GuardedText(std::string_view text) : GuardedRoom(text.size() + 1) {
+        data()[text.copy(data(), text.size())] = '\0';
+    }
     const unsigned char* bytes() { return reinterpret_cast<const unsigned char*>(data()); }
 };
 
 // The result of a function (const char* source, char* output) that is given exactly `room` bytes.
-template <class Convert>
-std::string convert_guarded(Convert convert, std::string_view text, size_t room) {
+std::string convert_guarded(auto convert, std::string_view text, size_t room) {
     GuardedText source(text);
     GuardedRoom output(room);
     convert(source.data(), output.data());

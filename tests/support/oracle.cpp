@@ -13,10 +13,8 @@ std::optional<std::string> iconv_text(const char* from, const char* to, std::str
     const iconv_t converter = iconv_open(to, from);
     if (converter == reinterpret_cast<iconv_t>(-1)) return std::nullopt;
     std::string out(text.size() * 8 + 16, '\0');
-    char* in_at = const_cast<char*>(text.data());
-    size_t in_left = text.size();
-    char* out_at = out.data();
-    size_t out_left = out.size();
+    char *in_at = const_cast<char*>(text.data()), *out_at = out.data();
+    size_t in_left = text.size(), out_left = out.size();
     const bool converted =
         iconv(converter, &in_at, &in_left, &out_at, &out_left) != static_cast<size_t>(-1) &&
         iconv(converter, nullptr, nullptr, &out_at, &out_left) != static_cast<size_t>(-1);
@@ -29,9 +27,7 @@ std::optional<std::string> iconv_text(const char* from, const char* to, std::str
 int in_fresh_locale(const char* lang, int (*action)()) {
     const pid_t child = fork();
     if (child == 0) {
-        for (const char* name : {"LC_ALL", "LC_CTYPE", "LC_COLLATE", "LC_TIME", "LC_NUMERIC",
-                                 "LC_MONETARY", "LC_MESSAGES", "LANGUAGE"})
-            unsetenv(name);
+        clearenv();
         setenv("LOCPATH", ZVUTIL_TEST_LOCALES, 1);
         setenv("LANG", lang, 1);
         _exit(action());

@@ -10,8 +10,8 @@ namespace test {
 // What glibc's iconv makes of a text; nothing when it refuses it.
 std::optional<std::string> iconv_text(const char* from, const char* to, std::string_view text);
 
-// Runs an action in a fresh process with LANG set, all other locale variables unset and the test
-// locales in reach, and gives what it returns (0 to 255), or -1 when it did not exit normally.
+// Runs an action in a fresh process with LANG as its only locale variable and the test locales in
+// reach, and gives what it returns (0 to 255), or -1 when it did not exit normally.
 int in_fresh_locale(const char* lang, int (*action)());
 
 // Runs a command line and gives what it wrote on standard output.
