@@ -25,8 +25,8 @@ public:
     explicit operator bool() const { return data_ != nullptr; }
     char* data() { return data_; }
 
-    // Makes room for at least `size` bytes and keeps what is there; when there is no memory, so
-    // does it, and the answer is false. Doubling keeps repeated growth linear.
+    // Makes room for at least `size` bytes and keeps what is there. False, with everything as it
+    // was, when there is no memory. Doubling keeps repeated growth linear.
     bool grow(size_t size) {
         if (size <= size_)
             return true;
