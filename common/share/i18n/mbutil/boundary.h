@@ -1,21 +1,37 @@
 #ifndef ZVUTIL_MBUTIL_BOUNDARY_H
 #define ZVUTIL_MBUTIL_BOUNDARY_H
 
+#include <algorithm>
 #include <cstring>
 
 #include "scanner_choice.h"
 
 namespace zv {
 
+// A boundary before `end`, from which a walk reaches the same boundaries as from the beginning: the
+// last byte that cannot be a trail byte, if one is near, else the beginning.
+template <class Scanner>
+inline size_t boundary_before(const Byte* text, size_t end) {
+    constexpr size_t kReach = 256;
+    constexpr int kFirstOfOthers = std::min(Scanner::kLowestTrail, 0x80);
+    const size_t stop = end > kReach ? end - kReach : 0;
+    for (size_t at = end; at > stop; --at) {
+        if (text[at - 1] < kFirstOfOthers)
+            return at - 1;
+    }
+    return 0;
+}
+
 // The last character boundary of s that is not beyond n: the length of s when n is beyond that.
 inline size_t boundary_at(const char* s, size_t n, int code_set) {
     return with_scanner(code_set, [&](auto scanner) {
+        using Scanner = decltype(scanner);
         const Byte* text = as_bytes(s);
         const size_t end = strnlen(s, n);
-        size_t at = 0;
+        size_t at = boundary_before<Scanner>(text, end);
         size_t last_step = 0;
         while (at < end) {
-            last_step = static_cast<size_t>(step<decltype(scanner)>(text + at));
+            last_step = static_cast<size_t>(step<Scanner>(text + at));
             at += last_step;
         }
         return at > end ? at - last_step : at;
