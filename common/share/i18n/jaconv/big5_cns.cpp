@@ -7,7 +7,6 @@
 namespace zv {
 namespace {
 
-constexpr Byte kSingleShift2 = 0x8E;
 constexpr size_t kPairSize = 2;
 constexpr size_t kShiftedSize = 4; // the shift, the plane and a pair
 // A character of four bytes is shorter in Big5 by half.

@@ -2,11 +2,11 @@
 #define ZVUTIL_JACONV_JAPANESE_CODES_H
 
 #include "japanese.h"
+#include "scanners.h"
 
 namespace zv {
 
 inline constexpr Byte kEscape = 0x1B;
-inline constexpr Byte kSingleShift2 = 0x8E;
 
 // Two rows of JIS X 0208 share a Shift-JIS lead byte: the odd row has the trail bytes below 9F,
 // which leave out 7F. The lead bytes leave out A0-DF.

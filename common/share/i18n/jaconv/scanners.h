@@ -16,6 +16,9 @@ constexpr bool is_gr(unsigned byte) {
     return in_range(byte, 0xA1, 0xFE);
 }
 
+// What introduces a half-width katakana in Japanese EUC, and a plane in EUC-TW.
+inline constexpr Byte kSingleShift2 = 0x8E;
+
 // Text without multibyte characters.
 struct SingleByteScanner {
     static constexpr int kLongest = 1;
@@ -30,12 +33,12 @@ struct EucScanner {
     static constexpr int announced(Byte lead) {
         if (lead < 0x80)
             return lead != 0;
-        if (is_gr(lead) || lead == 0x8E)
+        if (is_gr(lead) || lead == kSingleShift2)
             return 2;
         return lead == 0x8F ? 3 : -1;
     }
     static constexpr bool continues(const Byte* s, int i) {
-        return s[0] == 0x8E ? in_range(s[i], 0xA1, 0xDF) : is_gr(s[i]);
+        return s[0] == kSingleShift2 ? in_range(s[i], 0xA1, 0xDF) : is_gr(s[i]);
     }
 };
 
@@ -84,10 +87,10 @@ struct EucTwScanner {
     static constexpr int kLongest = 4;
     static constexpr int kLowestTrail = 0x40;
     static constexpr int announced(Byte lead) {
-        return lead == 0x8E ? 4 : GrPairScanner::announced(lead);
+        return lead == kSingleShift2 ? 4 : GrPairScanner::announced(lead);
     }
     static constexpr bool continues(const Byte* s, int i) {
-        if (s[0] != 0x8E)
+        if (s[0] != kSingleShift2)
             return Big5Scanner::is_trail(s[i]);
         return i == 1 ? in_range(s[1], 0xA2, 0xB0) : is_gr(s[i]);
     }

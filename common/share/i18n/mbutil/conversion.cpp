@@ -4,6 +4,7 @@
 
 #include "current_code_set.h"
 #include "jaconv.h"
+#include "scratch.h"
 
 namespace zv {
 namespace {
@@ -53,6 +54,17 @@ bool is_japanese_text(int code_set) {
 size_t converted_room(int from, int to, size_t length) {
     const Conversion* conversion = find_conversion(from, to);
     return conversion == nullptr ? length + 1 : length * conversion->growth + conversion->extra;
+}
+
+bool convert_line(char* dst, int size, const char* line, int from, int to) {
+    Scratch converted(converted_room(from, to, std::strlen(line)));
+    if (!converted)
+        return false;
+    convertStrExt(line, from, converted.data(), to);
+    const unsigned room = static_cast<unsigned>(size) - 1;
+    if (mbstrncpyi(dst, converted.data(), room) == room)
+        dst[room] = '\0';
+    return true;
 }
 
 } // namespace zv

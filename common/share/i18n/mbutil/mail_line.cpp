@@ -29,18 +29,6 @@ bool read_quoted_printable(Scratch& line, Scratch& raw, int size, FILE* stream) 
     return true;
 }
 
-// Converts a line and copies as many of its characters as fit.
-bool deliver(char* dst, int size, const char* line, int from, int wanted) {
-    Scratch converted(converted_room(from, wanted, std::strlen(line)));
-    if (!converted)
-        return false;
-    convertStrExt(line, from, converted.data(), wanted);
-    const unsigned room = static_cast<unsigned>(size) - 1;
-    if (mbstrncpyi(dst, converted.data(), room) == room)
-        dst[room] = '\0';
-    return true;
-}
-
 } // namespace
 } // namespace zv
 
@@ -56,10 +44,10 @@ char* getLine(char* dst, int size, FILE* stream, int from, int kind, int wanted)
     if (kind == ZV_TRANSFER_QUOTED_PRINTABLE) {
         zv::Scratch line(0);
         is_delivered = zv::read_quoted_printable(line, raw, size, stream) &&
-                       zv::deliver(dst, size, line.data(), from, wanted);
+                       zv::convert_line(dst, size, line.data(), from, wanted);
     } else {
         is_delivered = std::fgets(raw.data(), size, stream) != nullptr &&
-                       zv::deliver(dst, size, raw.data(), from, wanted);
+                       zv::convert_line(dst, size, raw.data(), from, wanted);
     }
     return is_delivered ? dst : nullptr;
 }

@@ -83,11 +83,9 @@ const Byte* find_string(const Byte* hay, const Byte* needle) {
 
 template <class Scanner>
 const Byte* find_last_string(const Byte* hay, const Byte* needle) {
-    const int first = as_char_value(*needle);
     const Byte* last = nullptr;
-    while ((hay = find_first<Scanner>(hay, first)) != nullptr) {
-        if (spells<Scanner>(hay, needle))
-            last = hay;
+    while ((hay = find_string<Scanner>(hay, needle)) != nullptr) {
+        last = hay;
         hay += step<Scanner>(hay);
     }
     return last;

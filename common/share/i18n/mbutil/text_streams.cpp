@@ -30,15 +30,8 @@ char* mbfgets(char* buf, int size, FILE* stream, int code_set) {
     if (!converts)
         return buf;
 
-    const int current = zv::current_code_set();
-    zv::Scratch line(zv::converted_room(code_set, current, std::strlen(buf)));
-    if (!line)
-        return nullptr;
-    convertStrExt(buf, code_set, line.data(), current);
-    const unsigned room = static_cast<unsigned>(size) - 1;
-    if (mbstrncpyi(buf, line.data(), room) == room)
-        buf[room] = '\0';
-    return buf;
+    const bool converted = zv::convert_line(buf, size, buf, code_set, zv::current_code_set());
+    return converted ? buf : nullptr;
 }
 
 int mbfputs(const char* s, FILE* stream, int code_set) {
