@@ -48,7 +48,7 @@ char* convert(const zv::ByteMap& map, const char* src, char* dst) {
     Byte* out = zv::as_bytes(dst);
     for (; source.left() >= zv::kBlockSize; source.next += zv::kBlockSize, out += zv::kBlockSize) {
         const ByteBlock block = zv::load_block(source.next);
-        if (zv::is_plain(Kernel::not_plain(block))) {
+        if (zv::high_bits(Kernel::not_plain(block)) == 0) {
             zv::store_block(out, Kernel::convert(block));
             continue;
         }
