@@ -83,61 +83,106 @@ inline size_t count_before(Mask marked) {
 
 // Converts the run of plain characters at the front of the source. The `Kernel` marks what is not
 // plain by high bits, says what becomes of the rest, how long a character is, and from where on a
-// block may be stored whole.
+// block may be stored whole. A kernel that looks characters up marks in the converted block those
+// that have no plain counterpart.
 template <class Kernel>
 inline Byte* convert_run(Source& source, Byte* out) {
+    const auto whole = [](size_t length) {
+        return length / Kernel::kCharacter * Kernel::kCharacter;
+    };
     while (source.left() >= kBlockSize) {
         const ByteBlock block = load_block(source.next);
         const Mask not_plain = high_bits(Kernel::not_plain(block));
         const auto converted = Kernel::convert(block);
-        if (not_plain == 0) [[likely]] {
+        Mask rejected = 0;
+        if constexpr (requires { Kernel::rejected(converted); })
+            rejected = high_bits(Kernel::rejected(converted));
+        if ((not_plain | rejected) == 0) [[likely]] {
             store_block(out, converted);
             source.next += kBlockSize;
             out += kBlockSize;
             continue;
         }
-        const size_t plain = count_before(not_plain) / Kernel::kCharacter * Kernel::kCharacter;
-        if (source.left() >= Kernel::kSafeLeft)
+        if (source.left() >= Kernel::kSafeLeft) [[likely]] {
             store_block(out, converted);
-        else
-            store_front(out, converted, plain);
+            // What comes next need not wait for what was looked up.
+            size_t plain = not_plain != 0 ? whole(count_before(not_plain)) : kBlockSize;
+            if ((rejected & ((std::uint64_t{1} << plain) - 1)) != 0) [[unlikely]]
+                plain = whole(count_before(rejected));
+            source.next += plain;
+            return out + plain;
+        }
+        const size_t plain = whole(count_before(not_plain | rejected));
+        store_front(out, converted, plain);
         source.next += plain;
         return out + plain;
     }
     return out;
 }
 
-template <size_t SafeLeft>
 struct AsciiKernel {
     static constexpr size_t kCharacter = 1;
-    static constexpr size_t kSafeLeft = SafeLeft;
     static ByteBlock not_plain(ByteBlock bytes) { return bytes; }
-    static ByteBlock convert(ByteBlock bytes) { return bytes; }
 };
 
-// Copies the run of ASCII at the front of the source.
+// Copies the run of ASCII at the front of the source, which is not empty. Most runs in other text
+// are one byte, a line end or a space, or end in their first block; most others are long. What
+// follows a single byte need not wait until its block has been looked through.
 template <size_t SafeLeft = kBlockSize>
 inline Byte* copy_ascii(Source& source, Byte* out) {
-    constexpr int kBlocks = 4;
-    while (source.left() >= kBlocks * kBlockSize) {
-        ByteBlock blocks[kBlocks];
-        std::memcpy(blocks, source.next, sizeof blocks);
-        if (high_bits(blocks[0] | blocks[1] | blocks[2] | blocks[3]) != 0)
-            break;
-        std::memcpy(out, blocks, sizeof blocks);
-        source.next += sizeof blocks;
-        out += sizeof blocks;
+    constexpr size_t kBlocks = 4;
+    while (source.left() >= kBlockSize) {
+        if (source.next[1] >= 0x80) {
+            *out = *source.next++;
+            return out + 1;
+        }
+        const ByteBlock block = load_block(source.next);
+        if (const Mask high = high_bits(block); high != 0) {
+            const size_t run = count_before(high);
+            if (source.left() >= SafeLeft) [[likely]]
+                store_block(out, block);
+            else
+                store_front(out, block, run);
+            source.next += run;
+            return out + run;
+        }
+        store_block(out, block);
+        source.next += kBlockSize;
+        out += kBlockSize;
+        while (source.left() >= kBlocks * kBlockSize) {
+            ByteBlock blocks[kBlocks];
+            std::memcpy(blocks, source.next, sizeof blocks);
+            if (high_bits(blocks[0] | blocks[1] | blocks[2] | blocks[3]) != 0)
+                break;
+            std::memcpy(out, blocks, sizeof blocks);
+            source.next += sizeof blocks;
+            out += sizeof blocks;
+        }
     }
-    out = convert_run<AsciiKernel<SafeLeft>>(source, out);
     while (source.next != source.end && *source.next < 0x80)
         *out++ = *source.next++;
     return out;
 }
 
+// Steps over the run of plain characters at the front of the source, as far as whole blocks reach.
+template <class Kernel>
+inline void skip_run(Source& source) {
+    while (source.left() >= kBlockSize) {
+        const ByteBlock block = load_block(source.next);
+        Mask not_plain = high_bits(Kernel::not_plain(block));
+        if constexpr (requires { Kernel::rejected(Kernel::convert(block)); })
+            not_plain |= high_bits(Kernel::rejected(Kernel::convert(block)));
+        if (not_plain != 0) {
+            source.next += count_before(not_plain) / Kernel::kCharacter * Kernel::kCharacter;
+            return;
+        }
+        source.next += kBlockSize;
+    }
+}
+
 // Steps over the run of ASCII at the front of the source.
 inline void skip_ascii(Source& source) {
-    while (source.left() >= kBlockSize && high_bits(load_block(source.next)) == 0)
-        source.next += kBlockSize;
+    skip_run<AsciiKernel>(source);
     while (source.next != source.end && *source.next < 0x80)
         ++source.next;
 }
