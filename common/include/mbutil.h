@@ -156,7 +156,7 @@ int sameLanguage(int a, int b);
  * @brief How long is the character at a pointer, in the current or in a given code set?
  *
  * The names that end in Ext or type take the code set as an argument; the others use the current
- * one. The scanners behind them are those of zvutil_scanners(3).
+ * one. The scanners behind them are those of @ref zvutil_scanners.
  * @par Thread safety
  * Any number of threads at once, once the current code set has been set.
  * @par Example
@@ -479,8 +479,8 @@ int mbvalidatestringtype(const char* s, unsigned* badpos, int check);
  * @brief One call for every pair of code sets, and lines and files read and written through it.
  *
  * The streams are stdio streams. Line ends are neither added, removed nor translated. The
- * converters behind these functions are those of zvutil_japanese(3), zvutil_big5(3) and
- * zvutil_codepages(3).
+ * converters behind these functions are those of @ref zvutil_japanese, @ref zvutil_big5 and
+ * @ref zvutil_codepages.
  * @par Thread safety
  * Any number of threads at once, once the current code set has been set; a stream by one thread at
  * a time.
@@ -557,17 +557,17 @@ struct MbToSbNumber {
     char sb;             /**< The ASCII character. */
 };
 
-/** The full-width digits and marks of Shift-JIS. */
+/** Lists the full-width digits and marks of Shift-JIS. */
 extern const struct MbToSbNumber Mb2SbNumberTableInSJIS[];
-/** The full-width digits and marks of Japanese EUC. */
+/** Lists the full-width digits and marks of Japanese EUC. */
 extern const struct MbToSbNumber Mb2SbNumberTableInEUC[];
-/** The full-width digits and marks of GB 2312. */
+/** Lists the full-width digits and marks of GB 2312. */
 extern const struct MbToSbNumber Mb2SbNumberTableInGB[];
-/** The full-width digits and marks of KS C 5601-1992. */
+/** Lists the full-width digits and marks of KS C 5601-1992. */
 extern const struct MbToSbNumber Mb2SbNumberTableInKSC92[];
-/** The full-width digits and marks of Big5. */
+/** Lists the full-width digits and marks of Big5. */
 extern const struct MbToSbNumber Mb2SbNumberTableInBIG5[];
-/** The full-width digits and marks of EUC-TW. */
+/** Lists the full-width digits and marks of EUC-TW. */
 extern const struct MbToSbNumber Mb2SbNumberTableInEUC_H[];
 
 /**
@@ -692,7 +692,7 @@ struct ConvToCharset {
     int code_set;       /**< The code set. */
 };
 
-/** The table of charset names for documents; the first row of a code set decides. */
+/** Lists the charset names for documents; the first row of a code set decides. */
 extern const struct ConvToCharset _ConvToCharsetTable[];
 
 /**

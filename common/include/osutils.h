@@ -36,7 +36,7 @@ extern "C" {
  * The results are strings of the library, of at most 255 bytes; they stay valid for the life of
  * the process, and the caller neither changes nor frees them. No function fails. A setting that
  * would lead to a longer path counts as absent; it is never cut. The file itself is described in
- * zv.conf(5).
+ * @ref zv_conf.
  * @par Thread safety
  * Any number of threads at once after InitializeSrvUtil(); of SetZVInstallPath() and the first call
  * of OSGetAuditConfigPath() and OSGetZVMonitorConfigFile() one at a time, while no other thread
