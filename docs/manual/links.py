@@ -15,7 +15,7 @@ class Page(html.parser.HTMLParser):
     def __init__(self, path):
         super().__init__()
         self.links, self.anchors = [], {""}
-        self.feed(path.read_text())
+        self.feed(path.read_text("utf-8"))
 
     def handle_starttag(self, tag, attributes):
         for name, value in attributes:

@@ -217,7 +217,7 @@ class Page:
     def write(self):
         folder = pathlib.Path(man_folder, f"man{self.number}")
         folder.mkdir(parents=True, exist_ok=True)
-        pathlib.Path(folder, f"{self.name}.{self.number}").write_text("\n".join(self.out) + "\n")
+        pathlib.Path(folder, f"{self.name}.{self.number}").write_text("\n".join(self.out) + "\n", "utf-8")
 
 
 def referred(*elements):
@@ -352,6 +352,6 @@ for group in groups:
     family_page(group)
 for stem, (name, number) in PAGES.items():
     written_page(name, number, load(stem))
-exported = set(re.findall(r"^\s+(\w+);$", pathlib.Path(version_script).read_text(), re.M))
+exported = set(re.findall(r"^\s+(\w+);$", pathlib.Path(version_script).read_text("utf-8"), re.M))
 if documented != exported:
     sys.exit(f"pages.py: documented and exported names differ: {sorted(documented ^ exported)}")
