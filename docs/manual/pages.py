@@ -345,6 +345,7 @@ for group in groups:
             pages_of[member.get("id")] = (member.findtext("name"), 3)
 for stem, page_name in PAGES.items():
     pages_of[load(stem).get("id")] = page_name
+pages_of["index"] = PAGES["indexpage"]  # as Doxygen refers to the main page
 
 documented = {member_page(member, group) for group in groups for member in group.iter("memberdef")
               if member.get("kind") in ("function", "variable")}
