@@ -2,9 +2,9 @@
 
 usage: guides.py GUIDE SOURCE_FOLDER LIBRARY ZVCONV LOCALES
 
-In the guide, a block of C that begins with a comment of a file's name is saved under that name; each
-block of sh is run, and a block of text behind it is what it prints. The comments <!-- setup: ... -->
-and <!-- not run: reason --> are for this test alone.
+In the guide, a block of C that begins with a comment of a file's name is saved under that name;
+each block of sh is run, and a block of text behind it is what it prints. The comments
+<!-- setup: ... --> and <!-- not run: reason --> are for this test alone.
 """
 import os
 import pathlib

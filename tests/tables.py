@@ -11,8 +11,9 @@ import sys
 docs, header, library, locales = map(pathlib.Path, sys.argv[1:])
 zvutil = ctypes.CDLL(str(library))
 zvutil.mbGetMIMECharset.restype = ctypes.c_char_p
-identifiers = dict(re.findall(r"^    (ZV_\w+) = (\d+),? ", header.read_text("utf-8").split("extern ")[1], re.M))
-number = {name: int(value) for name, value in identifiers.items()}
+enumeration = header.read_text("utf-8").split("extern ")[1]
+number = {name: int(value) for name, value in
+          re.findall(r"^    (ZV_\w+) = (\d+),? ", enumeration, re.M)}
 wrong = []
 
 

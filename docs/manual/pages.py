@@ -171,31 +171,26 @@ def errors(part):
 
 def declaration(member):
     """The declaration of a function or an object, names of parameters in italics."""
-    kind = " ".join("".join(member.find("type").itertext()).split())
-    start = ("extern " if member.get("kind") == "variable" else "") + kind
+    is_object = member.get("kind") == "variable"
+    start = ("extern " if is_object else "") + "".join(member.find("type").itertext())
     start += ("" if start.endswith("*") else " ") + member.findtext("name")
-    start = start.replace("* ", "*") if "* " in start else re.sub(r" \*", " *", start)
-    if member.get("kind") == "variable":
+    if is_object:
         return f"\\fB{escape_code(start + (member.findtext('argsstring') or ''))};\\fP"
-    lines, line = [], start + "("
-    margin = " " * len(line)
+    start += "("
+    out, width = "\\fB" + escape_code(start), len(start)
     parameters = member.findall("param")
-    rendered = []
-    for i, parameter in enumerate(parameters):
-        type_text = "".join(parameter.find("type").itertext())
+    for parameter in parameters:
+        kind = "".join(parameter.find("type").itertext())
         name = parameter.findtext("declname") or ""
-        space = "" if type_text.endswith("*") or not name else " "
-        plain = type_text + space + name + (");" if i + 1 == len(parameters) else ", ")
-        if len(line) + len(plain.rstrip()) > 74 and line.strip():
-            lines.append("".join(rendered).rstrip())
-            line, rendered = margin, [margin]
-        elif not rendered:
-            rendered = ["\\fB" + escape_code(line)]
-        font = f"\\fI{name}\\fB" if name else ""
-        rendered.append(escape_code(type_text + space) + font + plain[len(type_text + space + name):])
-        line += plain
-    lines.append("".join(rendered) + "\\fP")
-    return "\n".join(lines)
+        kind += "" if kind.endswith("*") or not name else " "
+        if parameter is not parameters[0]:
+            out, width = out + ",", width + 1
+            if width + len(kind + name) > 70:
+                out, width = out + "\n" + " " * (len(start) - 1), len(start) - 1
+            out, width = out + " ", width + 1
+        out += escape_code(kind) + (f"\\fI{name}\\fB" if name else "")
+        width += len(kind + name)
+    return out + ");\\fP"
 
 
 class Page:
@@ -211,13 +206,14 @@ class Page:
 
     def see_also(self, names):
         names = sorted({name for name in names if name[0] != self.name}, key=lambda n: (n[1], n[0]))
-        self.add("SEE ALSO", ",\n".join(f".BR {escape_code(name)} ({number})"
-                                        for name, number in names).replace("),\n", ") ,\n"))
+        self.add("SEE ALSO", " ,\n".join(f".BR {escape_code(name)} ({number})"
+                                        for name, number in names))
 
     def write(self):
         folder = pathlib.Path(man_folder, f"man{self.number}")
         folder.mkdir(parents=True, exist_ok=True)
-        pathlib.Path(folder, f"{self.name}.{self.number}").write_text("\n".join(self.out) + "\n", "utf-8")
+        text = "\n".join(self.out) + "\n"
+        pathlib.Path(folder, f"{self.name}.{self.number}").write_text(text, "utf-8")
 
 
 def referred(*elements):
@@ -267,30 +263,33 @@ def member_page(member, group):
     return name
 
 
+def entry(term, element, result=""):
+    """An item of a list: a term, and the brief description of its element."""
+    return f".TP\n{term}\n{filled(sentence(element.find('briefdescription')) + result)}"
+
+
 def type_entry(member):
     kind, name = member.get("kind"), member.findtext("name")
-    brief = sentence(member.find("briefdescription"))
     if kind == "enum":
-        return f".PP\n{filled(brief)}\n" + "\n".join(
-            f".TP\n.BR {value.findtext('name')} \" {escape_code(value.findtext('initializer') or '')}\"\n"
-            + filled(sentence(value.find("briefdescription"))) for value in member.findall("enumvalue"))
+        values = [entry(f".BR {value.findtext('name')} "
+                        f'" {escape_code(value.findtext("initializer") or "")}"', value)
+                  for value in member.findall("enumvalue")]
+        return "\n".join([".PP", filled(sentence(member.find("briefdescription")))] + values)
     if kind == "define":
         name += "(" + ", ".join(p.findtext("defname") for p in member.findall("param")) + ")"
     elif kind == "typedef":
-        name = re.sub(r"\(\* (\w+)\) ", r"(*\1)", member.findtext("definition")).replace(" *(", " *(")
-    result = "".join(" Gives " + inline(para) for part in
-                     parts_of(member.find("detaileddescription"), "return")
-                     for para in part.findall("para"))
-    return f".TP\n.B {escape_code(name)}\n{filled(brief + result)}"
+        name = re.sub(r"\(\* (\w+)\) ", r"(*\1)", member.findtext("definition"))
+    results = parts_of(member.find("detaileddescription"), "return")
+    return entry(f".B {escape_code(name)}", member,
+                 "".join(" Gives " + sentence(part) for part in results))
 
 
 def struct_entry(struct):
-    fields = "\n".join(
-        f".TP\n.BI \"{escape_code(''.join(field.find('type').itertext()))} \" "
-        f"{field.findtext('name')}{field.findtext('argsstring') or ''}\n"
-        + filled(sentence(field.find("briefdescription"))) for field in struct.iter("memberdef"))
-    name = struct.findtext("compoundname")
-    return (f".TP\n.B struct {name}\n{filled(sentence(struct.find('briefdescription')))}\n.RS\n{fields}\n.RE")
+    fields = [entry(f".BI \"{escape_code(''.join(field.find('type').itertext()))} \" "
+                    f"{field.findtext('name')}{field.findtext('argsstring') or ''}", field)
+              for field in struct.iter("memberdef")]
+    return "\n".join([entry(f".B struct {struct.findtext('compoundname')}", struct), ".RS"]
+                     + fields + [".RE"])
 
 
 def family_page(group):
@@ -311,9 +310,8 @@ def family_page(group):
         for member in part.findall("memberdef"):
             kind = member.get("kind")
             if kind in ("function", "variable"):
-                entry = (f".TP\n.BR {member.findtext('name')} (3)\n"
-                         + filled(sentence(member.find("briefdescription"))))
-                lists["FUNCTIONS" if kind == "function" else "DATA"].append(entry)
+                lists["FUNCTIONS" if kind == "function" else "DATA"].append(
+                    entry(f".BR {member.findtext('name')} (3)", member))
             else:
                 types.append(type_entry(member))
     for inner in group.findall("innerclass"):
