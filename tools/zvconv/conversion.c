@@ -102,7 +102,7 @@ static void put_back(char byte, char* result, const char* text, size_t length) {
 static unsigned count_control_codes(const char* result, const char* text, size_t length) {
     unsigned count = 0;
     for (size_t i = 0; i < length; ++i)
-        count += (unsigned char)(text[i] & ~result[i]) >> 7; /* no more ASCII, and now it is */
+        count += (unsigned char)(text[i] & ~result[i]) >> 7; /* was not ASCII and now is */
     return count;
 }
 
