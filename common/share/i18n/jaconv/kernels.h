@@ -131,11 +131,11 @@ struct AsciiKernel {
 template <size_t SafeLeft = kBlockSize>
 inline Byte* copy_ascii(Source& source, Byte* out) {
     constexpr size_t kBlocks = 4;
+    if (source.left() > 1 && source.next[1] >= 0x80) {
+        *out = *source.next++;
+        return out + 1;
+    }
     while (source.left() >= kBlockSize) {
-        if (source.next[1] >= 0x80) {
-            *out = *source.next++;
-            return out + 1;
-        }
         const ByteBlock block = load_block(source.next);
         if (const Mask high = high_bits(block); high != 0) {
             const size_t run = count_before(high);
