@@ -12,30 +12,35 @@ namespace zv {
 // regular characters are one byte, or two of which the second is in the same range for all leads.
 template <class Scanner>
 struct ByteRoles {
-    static constexpr bool continues(Byte lead, Byte trail) {
-        const Byte pair[] = {lead, trail};
-        return Scanner::continues(pair, 1);
+    using Set = std::array<bool, 256>;
+
+    static constexpr Set trails_of(unsigned lead) {
+        Set trails{};
+        for (unsigned trail = 0; trail < 256; ++trail) {
+            const Byte pair[] = {static_cast<Byte>(lead), static_cast<Byte>(trail)};
+            trails[trail] = Scanner::continues(pair, 1);
+        }
+        return trails;
     }
-    static constexpr Byte find_last_lead() {
+    static constexpr unsigned find_last_lead() {
         unsigned lead = 0xFF;
         while (Scanner::announced(static_cast<Byte>(lead)) != 2)
             --lead;
-        return static_cast<Byte>(lead);
+        return lead;
     }
-    static constexpr bool trails_as_last_lead(Byte lead) {
-        for (unsigned byte = 0; byte < 256; ++byte) {
-            const Byte trail = static_cast<Byte>(byte);
-            if (continues(lead, trail) != continues(find_last_lead(), trail))
-                return false;
-        }
-        return true;
+    static constexpr Set kTrails = trails_of(find_last_lead());
+    static constexpr Set find_leads() {
+        Set leads{};
+        for (unsigned byte = 0; byte < 256; ++byte)
+            leads[byte] =
+                Scanner::announced(static_cast<Byte>(byte)) == 2 && trails_of(byte) == kTrails;
+        return leads;
     }
+    static constexpr Set kLeads = find_leads();
 
     static constexpr bool is_single(Byte byte) { return Scanner::announced(byte) == 1; }
-    static constexpr bool is_lead(Byte byte) {
-        return Scanner::announced(byte) == 2 && trails_as_last_lead(byte);
-    }
-    static constexpr bool is_trail(Byte byte) { return continues(find_last_lead(), byte); }
+    static constexpr bool is_lead(Byte byte) { return kLeads[byte]; }
+    static constexpr bool is_trail(Byte byte) { return kTrails[byte]; }
     static constexpr bool is_irregular(Byte byte) {
         return Scanner::announced(byte) > 1 && !is_lead(byte);
     }
@@ -43,7 +48,7 @@ struct ByteRoles {
     // A run of lead bytes can be split into pairs only where each could be a trail byte too.
     static constexpr bool leads_are_trails() {
         for (unsigned byte = 0; byte < 256; ++byte) {
-            if (is_lead(static_cast<Byte>(byte)) && !is_trail(static_cast<Byte>(byte)))
+            if (kLeads[byte] && !kTrails[byte])
                 return false;
         }
         return true;
