@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "mbutil.h"
-#include "support/failing_allocation.h"
+#include "support/faults.h"
 #include "support/guarded.h"
 #include "support/texts.h"
 #include "zvosutil.h"

@@ -13,7 +13,7 @@
 
 #include "osutils.h"
 #include "support/child.h"
-#include "support/failing_allocation.h"
+#include "support/faults.h"
 #include "support/folder.h"
 #include "support/guarded.h"
 #include "support/interruptions.h"

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "list.h"
-#include "support/failing_allocation.h"
+#include "support/faults.h"
 
 namespace {
 
@@ -170,10 +170,10 @@ TEST(List, RandomOperationsAgreeWithAModelWithAndWithoutMemory) {
             const size_t operation = random() % (step % 50 == 0 ? last + 1 : last - 3);
             const Model before = m;
             const long blocks = test::live_blocks();
-            test::fail_allocation(random() % 4 == 0);
+            test::inject(random() % 4 == 0);
             operations[operation]();
             // qsort() takes memory where it can and does without where it cannot.
-            if (test::fail_allocation(0) && operation != 0) m = before, expected = -3;
+            if (test::inject(0) && operation != 0) m = before, expected = -3;
             EXPECT_EQ(test::live_blocks(), blocks);
             ASSERT_EQ(actual, expected) << operation;
             LIST* copy = list_copyShallow(l);
@@ -228,7 +228,7 @@ TEST(List, IsMadeWholeOrNotAtAll) {
     const long with_list = test::live_blocks();
     for (const int nth : {1, 2}) {
         const auto copy = [&] { return list_copy(list, copy_in_small, nullptr); };
-        EXPECT_EQ(test::with_failing_allocation(nth, copy).first, nullptr);
+        EXPECT_EQ(test::with_fault(nth, copy).first, nullptr);
         EXPECT_EQ(test::live_blocks(), with_list);
     }
     void *a = item(-1), *b = item(1);

@@ -5,7 +5,7 @@
 #include <optional>
 
 #include "mbutil.h"
-#include "support/failing_allocation.h"
+#include "support/faults.h"
 #include "support/folder.h"
 #include "support/guarded.h"
 #include "support/oracle.h"
@@ -314,7 +314,7 @@ TEST(MailMemory, IsTakenForLongTextsAloneAndGivenBack) {
         convertSubjectForMail(out.data(), subject.c_str() + 8000, ZV_JIS, ZV_SJIS);
         return fseek(stream.get(), -6, SEEK_END) == 0 && read_line(80);
     };
-    EXPECT_EQ(test::with_failing_allocation(1, short_texts), std::pair(true, false));
+    EXPECT_EQ(test::with_fault(1, short_texts), std::pair(true, false));
 }
 
 } // namespace

@@ -10,7 +10,7 @@
 
 #include "osutils.h"
 #include "support/child.h"
-#include "support/failing_allocation.h"
+#include "support/faults.h"
 #include "support/guarded.h"
 #include "support/oracle.h"
 #include "support/private_host.h"
@@ -110,7 +110,7 @@ TEST(Process, CompletesTheLanguageEnvironment) {
     setenv("NLSPATH", "/opt/more/%N", 1);
     const auto value = [] { return OSInitLanguage(), getenv("NLSPATH"); };
     for (const int nth : {1, 2})
-        EXPECT_STREQ(test::with_failing_allocation(nth, value).first, "/opt/more/%N");
+        EXPECT_STREQ(test::with_fault(nth, value).first, "/opt/more/%N");
     unsetenv("LANG"), unsetenv("NLSPATH");
     EXPECT_EQ(value(), system);
     EXPECT_STREQ(getenv("LANG"), "C");

@@ -8,7 +8,7 @@
 #include <tuple>
 
 #include "support/child.h"
-#include "support/failing_allocation.h"
+#include "support/faults.h"
 #include "support/folder.h"
 #include "support/guarded.h"
 #include "support/interruptions.h"

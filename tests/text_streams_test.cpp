@@ -5,7 +5,7 @@
 
 #include "jaconv.h"
 #include "mbutil.h"
-#include "support/failing_allocation.h"
+#include "support/faults.h"
 #include "support/folder.h"
 #include "support/guarded.h"
 #include "support/oracle.h"

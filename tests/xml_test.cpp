@@ -4,7 +4,7 @@
 #include <cstring>
 
 #include "mbutil.h"
-#include "support/failing_allocation.h"
+#include "support/faults.h"
 #include "support/folder.h"
 #include "support/guarded.h"
 #include "support/oracle.h"

@@ -106,7 +106,7 @@ const char* OSGetZVMonitorConfigFile(const void* unused);
  * bytes is looked at in pieces, each as a line of its own.
  * @param key   not empty, its colon included.
  * @param value receives the value, cut after 255 bytes, or an empty string when there is none or
- *              the file cannot be read; room for 256 bytes.
+ *              the file cannot be read to its end or is no regular file; room for 256 bytes.
  */
 void GetLineFromServerConfigFileDup(const char* key, char* value);
 
@@ -278,10 +278,12 @@ int OSFindLineInFile(const char* path, const char* text);
 
 /**
  * Appends a line to a file, which it makes where there is none, under a write lock that it waits
- * for: lines from several processes never mix.
+ * for: lines from several processes never mix. Threads of one process exclude each other
+ * themselves.
  * @param text the line, without its line feed.
  * @return 0; -1 with errno when the file cannot be opened or locked, or the line not be written
- *         whole. A part of a line is taken away again.
+ *         whole. A part of a line is taken away again. A lock that cannot be released gives -1
+ *         too; the line is in the file then.
  */
 int OSAppendLineToFile(const char* path, const char* text);
 
