@@ -23,17 +23,19 @@ Result either(bool done) { return done ? kDone : kFailed; }
 struct Ground {
     const Folder folder;
     const std::string in = folder / "in", out = folder / "out", config = folder / "conf/zv.conf",
-                      swept = folder / "swept", base = folder / "", kana, quoted,
+                      swept = folder / "swept", base = folder / "", kana,
                       line = std::string(20000, 'l');
     char room[60000];
 
-    Ground() : kana(6000, '\xB1'), quoted("=B1a=\n") {
+    Ground() : kana(6000, '\xB1') {
         std::filesystem::create_directory(folder / "conf");
         std::filesystem::create_directory(swept);
         const std::string key = "Server-directory: ", filler(30000, '\n');
         write_file(config, key + "/old\n" + filler + key + "/db\n");
-        std::string text = "first\n" + quoted + quoted + "\n";
-        for (int i = 0; i < 60; ++i) text += kana.substr(0, 300) + "\x93\x8C\n";
+        std::string text = "first\n"; // and a line in many parts, which takes memory
+        for (int i = 0; i < 1000; ++i) text += "=B1a=\n";
+        text += "\n";
+        for (int i = 0; i < 25; ++i) text += kana.substr(0, 700) + "\x93\x8C\n";
         write_file(in, text);
         setenv("TMPDIR", base.c_str(), 1);
     }

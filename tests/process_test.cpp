@@ -109,8 +109,7 @@ TEST(Process, CompletesTheLanguageEnvironment) {
     EXPECT_EQ(completed("ja", system.c_str()), "ja " + system + ":" + system);
     setenv("NLSPATH", "/opt/more/%N", 1);
     const auto value = [] { return OSInitLanguage(), getenv("NLSPATH"); };
-    for (const int nth : {1, 2})
-        EXPECT_STREQ(test::with_fault(nth, value).first, "/opt/more/%N");
+    for (const int nth : {1, 2}) EXPECT_STREQ(test::with_fault(nth, value).first, "/opt/more/%N");
     unsetenv("LANG"), unsetenv("NLSPATH");
     EXPECT_EQ(value(), system);
     EXPECT_STREQ(getenv("LANG"), "C");

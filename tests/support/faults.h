@@ -46,17 +46,6 @@ auto with_fault(int nth, Operation operation, const Fault& fault = kNoMemory) {
     return std::pair(std::move(result), inject(0));
 }
 
-// Runs an operation with its first allocation failing, then its second and so on, handing each
-// result to `failed`, until it succeeds with none left to fail. Gives that result.
-template <class Operation, class Failed>
-auto after_each_failing_allocation(Operation operation, Failed failed) {
-    for (int nth = 1;; ++nth) {
-        auto [result, met] = with_fault(nth, operation);
-        if (!met) return result;
-        failed(result);
-    }
-}
-
 } // namespace test
 
 #endif
