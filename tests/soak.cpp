@@ -246,8 +246,8 @@ private:
         for (unsigned i = 0; i < kKnownLines; ++i) std::getline(in, text);
         long strays = 0, count = 0;
         while (std::getline(in, text)) {
-            const auto writer = unsigned(std::stoul(text)) % kMostWriters;
-            text == line(writer, next[writer]) ? ++next[writer] : ++strays;
+            const auto writer = strtoul(text.c_str(), nullptr, 10) % kMostWriters;
+            text == line(unsigned(writer), next[writer]) ? ++next[writer] : ++strays;
         }
         std::ifstream(counter_, std::ios::binary).read(reinterpret_cast<char*>(&count), 8);
         for (unsigned writer = 0; writer < kMostWriters; ++writer) {

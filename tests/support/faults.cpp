@@ -37,7 +37,7 @@ Fate fate_of(Calls call) {
     if (until_fault == 0 || (injected.calls & call) == 0) return Fate::goes_on;
     if (until_fault > 1) return --until_fault, Fate::goes_on;
     const bool first = !std::exchange(has_failed, true);
-    if (!injected.lasts) until_fault = 0;
+    if (--injected.times == 0) until_fault = 0;
     if (injected.error == 0 || (first && injected.begins_short)) return Fate::comes_short;
     errno = injected.error;
     return Fate::fails;

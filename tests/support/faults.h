@@ -2,6 +2,7 @@
 #define ZVUTIL_TESTS_FAULTS_H
 
 #include <cerrno>
+#include <climits>
 #include <utility>
 
 namespace test {
@@ -25,9 +26,10 @@ struct Fault {
     const char* name;
     unsigned calls;            // one number counts them all
     int error;                 // 0: they come back short where they can
-    bool lasts = false;        // fails all further calls too
+    int times = 1;             // as many calls in a row fail
     bool begins_short = false; // only the calls behind the first one fail
 };
+constexpr int kForever = INT_MAX;
 constexpr Fault kNoMemory = {"no memory", kMemory, ENOMEM};
 
 // The blocks that this thread has allocated less those that it has released.
