@@ -38,7 +38,6 @@ install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentati
 install(DIRECTORY examples/ DESTINATION ${example_dir} COMPONENT documentation
         PATTERN CMakeLists.txt EXCLUDE)
 if(TARGET manual)
-  set_target_properties(manual PROPERTIES EXCLUDE_FROM_ALL OFF)
   set(manual ${PROJECT_BINARY_DIR}/manual)
   install(DIRECTORY ${manual}/man/ DESTINATION ${CMAKE_INSTALL_MANDIR} COMPONENT development)
   install(DIRECTORY ${manual}/html DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)
