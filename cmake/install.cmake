@@ -34,7 +34,7 @@ endif()
 
 install(FILES README.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)
 install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation
-        FILES_MATCHING PATTERN "*.md" PATTERN "*.svg")
+        FILES_MATCHING PATTERN "*.md" PATTERN "*.svg" PATTERN manual EXCLUDE)
 install(DIRECTORY examples/ DESTINATION ${example_dir} COMPONENT documentation
         PATTERN CMakeLists.txt EXCLUDE)
 if(TARGET manual)

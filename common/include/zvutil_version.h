@@ -8,12 +8,6 @@
 #ifndef ZVUTIL_VERSION_H
 #define ZVUTIL_VERSION_H
 
-/**
- * @defgroup version Version
- * @brief Which version of the library the headers belong to.
- * @{
- */
-
 /** Changes when hosts have to be compiled again. */
 #define ZVUTIL_VERSION_MAJOR 1
 /** Grows with every release that adds to the interface. */
@@ -29,7 +23,5 @@
 #define ZVUTIL_VERSION_TEXT(major, minor, patch) ZVUTIL_VERSION_LITERAL(major.minor.patch)
 #define ZVUTIL_VERSION_LITERAL(text) #text
 /** @endcond */
-
-/** @} */
 
 #endif
