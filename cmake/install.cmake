@@ -37,7 +37,7 @@ install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentati
         FILES_MATCHING PATTERN "*.md" PATTERN "*.svg" PATTERN manual EXCLUDE)
 install(DIRECTORY examples/ DESTINATION ${example_dir} COMPONENT documentation
         PATTERN CMakeLists.txt EXCLUDE)
-if(TARGET manual)
+if(ZVUTIL_MANUAL)
   set(manual ${PROJECT_BINARY_DIR}/manual)
   install(DIRECTORY ${manual}/man/ DESTINATION ${CMAKE_INSTALL_MANDIR} COMPONENT development)
   install(DIRECTORY ${manual}/html DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)
