@@ -1,6 +1,8 @@
 #include <cctype>
 #include <cstring>
+#include <type_traits>
 
+#include "../jaconv/kernels.h"
 #include "scanner_choice.h"
 
 namespace {
@@ -16,9 +18,10 @@ bool passes_no_lower(Byte byte) {
 bool passes_no_upper(Byte byte) {
     return std::isupper(byte) == 0;
 }
-bool passes_always(Byte) {
-    return true;
-}
+struct PassesAlways {
+    constexpr bool operator()(Byte) const { return true; }
+};
+constexpr PassesAlways passes_always;
 
 // Whether every character is well formed and every one-byte character passes; the position of the
 // first that is not goes to badpos.
@@ -27,13 +30,19 @@ int validate(const char* s, unsigned* badpos, int code_set, Passes passes) {
     return zv::with_scanner(code_set, [&](auto scanner) {
         using Scanner = decltype(scanner);
         const Byte* text = zv::as_bytes(s);
-        for (const Byte* p = text; *p != 0;) {
-            const int length = zv::scan<Scanner>(p, Scanner::kLongest);
-            if (length < 1 || (length == 1 && !passes(*p))) {
-                *badpos = static_cast<unsigned>(p - text);
+        for (zv::Source rest(s); rest.next != rest.end;) {
+            if constexpr (std::is_same_v<Passes, PassesAlways>) {
+                if (*rest.next < 0x80) {
+                    zv::skip_ascii(rest);
+                    continue;
+                }
+            }
+            const int length = zv::scan<Scanner>(rest.next, Scanner::kLongest);
+            if (length < 1 || (length == 1 && !passes(*rest.next))) {
+                *badpos = static_cast<unsigned>(rest.next - text);
                 return 0;
             }
-            p += length;
+            rest.next += length;
         }
         return 1;
     });
