@@ -1,6 +1,6 @@
 # What `cmake --install` puts where. The components are those of the packages: runtime, development,
 # tools and documentation. Everything finds its neighbours from its own place, so that the prefix may
-# be moved.
+# be moved. tools/ installs the programs.
 include(CMakePackageConfigHelpers)
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/zvutil)
 set(example_dir ${CMAKE_INSTALL_DOCDIR}/examples)
@@ -25,12 +25,6 @@ file(RELATIVE_PATH libdir ${CMAKE_INSTALL_PREFIX} ${CMAKE_INSTALL_FULL_LIBDIR})
 configure_file(cmake/zvutil.pc.in zvutil.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/zvutil.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
         COMPONENT development)
-
-if(TARGET zvconv)
-  file(RELATIVE_PATH lib_from_bin ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
-  set_target_properties(zvconv PROPERTIES INSTALL_RPATH "$ORIGIN/${lib_from_bin}")
-  install(TARGETS zvconv RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
-endif()
 
 install(FILES README.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)
 install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation
