@@ -1,6 +1,9 @@
 #include "processor.h"
 
 #ifdef ZVUTIL_AVX2
+#ifdef __clang__
+#define _Bool bool // the system header uses C's name, which GCC knows in C++ too
+#endif
 #include <sys/platform/x86.h>
 
 #include <atomic>

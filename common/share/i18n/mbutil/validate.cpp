@@ -2,7 +2,7 @@
 #include <cstring>
 #include <type_traits>
 
-#include "../jaconv/kernels.h"
+#include "character_search.h"
 #include "scanner_choice.h"
 
 namespace {
@@ -19,9 +19,24 @@ bool passes_no_upper(Byte byte) {
     return std::isupper(byte) == 0;
 }
 struct PassesAlways {
-    constexpr bool operator()(Byte) const { return true; }
+    bool operator()(Byte) const { return true; }
 };
-constexpr PassesAlways passes_always;
+
+// Steps over blocks of well-formed text, to a boundary.
+template <class Scanner>
+const Byte* skip_well_formed(const Byte* p, zv::KnownText& known) {
+    if constexpr (Scanner::kLongest > 1) {
+        zv::BlockWalk<Scanner> walk;
+        for (; known.has_block(p); p += zv::kBlockSize) {
+            const zv::ByteBlock block = zv::load_block(p);
+            const zv::Mask carried = walk.carried();
+            if (!walk.enter(block) || walk.malformed(block) != 0)
+                return p - carried;
+        }
+        p -= walk.carried();
+    }
+    return p;
+}
 
 // Whether every character is well formed and every one-byte character passes; the position of the
 // first that is not goes to badpos.
@@ -30,21 +45,21 @@ int validate(const char* s, unsigned* badpos, int code_set, Passes passes) {
     return zv::with_scanner(code_set, [&](auto scanner) {
         using Scanner = decltype(scanner);
         const Byte* text = zv::as_bytes(s);
-        for (zv::Source rest(s); rest.next != rest.end;) {
-            if constexpr (std::is_same_v<Passes, PassesAlways>) {
-                if (*rest.next < 0x80) {
-                    zv::skip_ascii(rest);
-                    continue;
+        zv::KnownText known(text);
+        for (const Byte* p = text;;) {
+            if constexpr (std::is_same_v<Passes, PassesAlways>)
+                p = skip_well_formed<Scanner>(p, known);
+            for (size_t n = 0; n < zv::kBlockSize; ++n) {
+                if (*p == 0)
+                    return 1;
+                const int length = zv::scan<Scanner>(p, Scanner::kLongest);
+                if (length < 1 || (length == 1 && !passes(*p))) {
+                    *badpos = static_cast<unsigned>(p - text);
+                    return 0;
                 }
+                p += length;
             }
-            const int length = zv::scan<Scanner>(rest.next, Scanner::kLongest);
-            if (length < 1 || (length == 1 && !passes(*rest.next))) {
-                *badpos = static_cast<unsigned>(rest.next - text);
-                return 0;
-            }
-            rest.next += length;
         }
-        return 1;
     });
 }
 
@@ -77,7 +92,7 @@ int mbvalidatestring(const char* s, unsigned* badpos, int code_set) {
         return 1;
     if (s == nullptr || badpos == nullptr)
         return 0;
-    return validate(s, badpos, code_set, passes_always);
+    return validate(s, badpos, code_set, PassesAlways());
 }
 
 int mbvalidatestringtype(const char* s, unsigned* badpos, int check) {
@@ -95,6 +110,6 @@ int mbvalidatestringtype(const char* s, unsigned* badpos, int check) {
     case ZV_CHECK_NO_UPPER:
         return validate(s, badpos, code_set, passes_no_upper);
     default:
-        return validate(s, badpos, code_set, passes_always);
+        return validate(s, badpos, code_set, PassesAlways());
     }
 }
