@@ -77,8 +77,11 @@ bool spells(const Byte* hay, const Byte* needle) {
 
 template <class Scanner>
 const Byte* find_string(const Byte* hay, const Byte* needle) {
+    // The C library compares bytes faster; what is equal may still end inside a character.
+    const size_t length = std::strlen(as_text(needle));
     const auto spells_needle = [=](const Byte* p) {
-        return (p[1] == needle[1] || needle[1] == 0) && spells<Scanner>(p, needle);
+        return (p[1] == needle[1] || needle[1] == 0) &&
+               std::strncmp(as_text(p), as_text(needle), length) == 0 && spells<Scanner>(p, needle);
     };
     return find_character<Scanner>(hay, byte_of(*needle), spells_needle);
 }
