@@ -107,7 +107,7 @@ Byte* copy_to_escape(Source& source, Byte* out) {
         const ByteBlock block = load_block(source.next);
         if (const Mask escapes = high_bits(block == kEscape); escapes != 0) {
             const size_t run = count_before(escapes);
-            store_front(out, block, run);
+            copy_short(out, source.next, run);
             source.next += run;
             return out + run;
         }

@@ -108,36 +108,51 @@ private:
     static constexpr size_t kReach = kBlockSize + sizeof(unsigned);
 
     // Decodes a run of pairs and steps over the escape sequence that ends it. False when it ends
-    // otherwise.
+    // otherwise, or near the end of the source.
     bool decode_pairs(Source& source) {
-        const Byte* next = source.next;
-        ByteBlock block = load_block(next);
-        Mask not_plain = high_bits(Pairs::not_plain(block));
+        const Byte* const run = source.next;
+        Mask not_plain = high_bits(Pairs::not_plain(load_block(run)));
         while (not_plain == 0) {
-            store_block(out_, Pairs::convert(block));
+            store_block(out_, Pairs::convert(load_block(source.next)));
             out_ += kBlockSize;
-            next += kBlockSize;
-            if (static_cast<size_t>(source.end - next) < kReach) {
-                source.next = next;
-                return true;
+            source.next += kBlockSize;
+            if (source.left() < kReach) {
+                end_source(source);
+                return false;
             }
-            block = load_block(next);
-            not_plain = high_bits(Pairs::not_plain(block));
+            not_plain = high_bits(Pairs::not_plain(load_block(source.next)));
         }
         const size_t plain = count_before(not_plain) / 2 * 2;
-        const Byte* const end = next + plain;
-        out_ += plain;
-        if (next != source.next) // the last block of the run, which overlaps the one before
-            store_block(out_ - kBlockSize, Pairs::convert(load_block(end - kBlockSize)));
+        if (source.next != run)
+            end_run(source, plain);
         else
-            store_front(out_ - plain, Pairs::convert(block), plain);
-        source.next = end;
-        const unsigned escape = first_three(end);
+            put_short_run(source, plain);
+        const unsigned escape = first_three(source.next);
         if (escape != escape_sequence('(', 'B') && escape != escape_sequence('(', 'J'))
             return false;
         mode_ = JisMode::single_byte;
         source.next += kEscapeSequence;
         return true;
+    }
+
+    void put_short_run(Source& source, size_t length) {
+        store_front(out_, Pairs::convert(load_block(source.next)), length);
+        out_ += length;
+        source.next += length;
+    }
+    // Decodes the last bytes of a run, less than a block, by a block that begins in the one before.
+    void end_run(Source& source, size_t length) {
+        out_ += length;
+        source.next += length;
+        store_block(out_ - kBlockSize, Pairs::convert(load_block(source.next - kBlockSize)));
+    }
+    // The same where less than a block may be left of the source.
+    void end_source(Source& source) {
+        const size_t left = source.left() / 2 * 2;
+        const size_t overlap = left < kBlockSize ? kBlockSize - left : 0;
+        const Mask not_plain = high_bits(Pairs::not_plain(load_block(source.next - overlap)));
+        const size_t plain = not_plain != 0 ? count_before(not_plain) / 2 * 2 : kBlockSize;
+        end_run(source, plain - overlap);
     }
 
     // Copies a run of single bytes and steps over the escape sequence that ends it.
@@ -156,7 +171,7 @@ private:
                     return true;
                 }
                 const size_t run = count_before(escapes);
-                store_front(out_, block, run);
+                copy_short(out_, source.next, run);
                 out_ += run;
                 source.next += run;
             }

@@ -156,7 +156,7 @@ inline Byte* copy_ascii(Source& source, Byte* out) {
             if (source.left() >= SafeLeft) [[likely]]
                 store_block(out, block);
             else
-                store_front(out, block, run);
+                copy_short(out, source.next, run);
             source.next += run;
             return out + run;
         }
