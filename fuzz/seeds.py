@@ -26,10 +26,10 @@ def sequence(size):
 
 seeds = {
     "strings": [
-        bytes([code_set, code_set % 9, 4, 30]) + text[:90] + b"\0" + part
+        bytes([code_set, 4, 0, 30]) + text[:90] + b"\0" + part
         for code_set in range(11)
         for text, part in ((mixed * 3, mixed[:3]), (chinese[1], b"\xA4"), (shift_jis, b"\x83\x5C,"))
-    ],
+    ] + [bytes([code_set, 2, 1, 30]) + b"a" + b"\xA2" * 290 for code_set in (1, 2, 7)],
     "japanese": [
         bytes([direction]) + text
         for direction, source in enumerate((shift_jis, euc, shift_jis, euc, jis, jis))
@@ -39,16 +39,16 @@ seeds = {
     "code_pages": [bytes([pair]) + text for pair in (0, 1) for text in (*single, bytes(range(1, 256)))],
     "detection": [*japanese, b"\xB0\xE0\xE1\xFEz", b"\xB0\xE0\xE1 z\xF1", b"\x8E\xB1z", b"\x1B$(x"],
     "mail": [
-        bytes([code_set, mail, 60, kind, 11]) + text
+        bytes([code_set, mail, room, 11]) + text
         for code_set, mail, text in (
             (0, 0, euc), (1, 0, shift_jis), (2, 3, chinese[0]), (4, 1, single[1]), (5, 2, single[0]),
             (0, 0, jis), (6, 1, b"caf=E9=\n=3D=4G soft=\r\nbreaks "))
-        for kind in (0, 1)
+        for room in (20, 200)
     ],
     "text_streams": [
-        bytes([pair, room, 0, repeats]) + text
+        bytes([pair, *choices]) + text
         for pair, text in enumerate((shift_jis, euc, jis, jis, *chinese, shift_jis, euc))
-        for room, repeats in ((7, 0), (70, 200))
+        for choices in ((7, 1), (70, 0, 0, 200))
     ],
     "xml": [
         bytes([current, code_set]) + text
@@ -62,6 +62,8 @@ seeds = {
     ],
     "list": [bytes([capacity]) + sequence(400) for capacity in range(8)],
     "streams": [bytes([mode, limit]) + sequence(300) for mode in range(5) for limit in (0, 1)],
+    "names": [
+        b"\1de_DE.ISO8859-15@euro\0\xA3\xB0", b"\3zh_TW.BIG5\0\xA2\xAF", b"\2ja@x\0\x82\x4F"],
     "configuration": [
         b"Key:\0Key: value \t\r\nServer-directory:   /db/dir  \r\n",
         b"K\0" + b"v" * 283 + b"K piece\nK" + b"w" * 300 + b"\nServer-directory:/a\0b\n",
