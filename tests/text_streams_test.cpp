@@ -9,6 +9,7 @@
 #include "support/folder.h"
 #include "support/guarded.h"
 #include "support/oracle.h"
+#include "support/strings_model.h"
 #include "support/texts.h"
 
 namespace {
@@ -181,18 +182,6 @@ TEST(TextStreams, WithoutMemoryTheFailureValueAndNoLeak) {
         });
         EXPECT_TRUE(failed && result != 0);
     }
-}
-
-// How much of a text is read at once: no character that the end of the room may cut.
-size_t block_size(const std::string& text, size_t room) {
-    if (text.size() < room) return text.size();
-    size_t at = 0;
-    for (int length; at < room; at += static_cast<size_t>(std::max(length, 1))) {
-        const int left = static_cast<int>(room - at);
-        length = mb_mblen(&text[at], static_cast<unsigned>(left));
-        if (length > left || (length < 0 && left == 1)) break;
-    }
-    return at;
 }
 
 TEST(TextStreams, BlocksEndBetweenCharacters) {

@@ -96,9 +96,11 @@ struct StreamCall {
         } else if (operation == 7) {
             result = ZVfgetc(f);
             expected = model.take(1, 256) ? std::exchange(model.taken, "")[0] : -1;
-        } else if (operation == 8 && model.pushed.size() < 4) {
+        } else if (operation == 8) {
             result = ZVungetc(c, f);
-            expected = model.push(c);
+            // There may be room for more than four.
+            const bool refused = model.pushed.size() >= 4 && ZVftell(f) == model.position;
+            expected = refused ? -1 : model.push(c);
         } else if (operation >= 9) {
             operation == 9 ? ZVclearerr(f) : ZVrewind(f);
             model.at_end = model.error = 0;

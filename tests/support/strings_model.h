@@ -114,6 +114,18 @@ inline size_t bad_position(const std::string& s, int code_set, int check) {
     return i;
 }
 
+// How much of a text mbfreadstring() reads at once: no character that the end of the room may cut.
+inline size_t block_size(const std::string& text, size_t room) {
+    if (text.size() < room) return text.size();
+    size_t at = 0;
+    for (int length; at < room; at += static_cast<size_t>(std::max(length, 1))) {
+        const int left = static_cast<int>(room - at);
+        length = mb_mblen(&text[at], static_cast<unsigned>(left));
+        if (length > left || (length < 0 && left == 1)) break;
+    }
+    return at;
+}
+
 inline long offset(const char* found, const char* s) { return found == nullptr ? -1 : found - s; }
 
 // What holds for any texts, each handed to same(actual, expected, the function). Text and Room
