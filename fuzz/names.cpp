@@ -13,9 +13,11 @@ void check_locale(const std::string& locale) {
         mbGetCorrectedLocaleForUnix(source.data(), room.data());
         return room.text();
     };
-    const std::string name = corrected(locale),
-                      language = locale.substr(0, locale.find_first_of(".@"));
-    same(name.substr(0, language.size()), language, "the language stays");
+    const size_t dot = std::min(locale.find('.'), locale.size());
+    const size_t at = std::min(locale.find('@', dot < locale.size() ? dot : 0), locale.size());
+    const std::string name = corrected(locale), language = locale.substr(0, std::min(dot, at));
+    fuzz::require(name.starts_with(language), "the language stays");
+    fuzz::require(name.ends_with(locale.substr(at)), "the modifier stays");
     if (locale.size() < 90) same(corrected(name), name, "a corrected name stays");
     const std::string page = convert_in_room(SetCodePage, locale, 8, "SetCodePage");
     same(mbGetCodeSet(page.c_str()) == ZV_WESTERN, page == "WESTERN" || page == "UTF8", "page");
