@@ -4,7 +4,8 @@
  *
  * Strings are zero-terminated byte strings in the code set that each function names. No function
  * here reads or changes process-wide state, so every one of them may run in any number of threads
- * at once. No function reads a source behind its terminator, whatever the bytes are.
+ * at once. No function reads a source behind its terminator, whatever the bytes are. Output areas
+ * belong to the caller and have the room that is stated. Byte values are hexadecimal.
  */
 #ifndef ZVUTIL_JACONV_H
 #define ZVUTIL_JACONV_H
@@ -17,47 +18,128 @@ extern "C" {
 #pragma GCC visibility push(default)
 
 /**
- * @defgroup scanners Character scanners
+ * @defgroup zvutil_scanners Character scanners
  * @brief How long is the character at a pointer, and is it well formed? One scanner a code set.
  *
- * Each scanner looks at the @p n bytes at @p s (fewer if the character is shorter) and never
- * behind a zero byte. When @p n is smaller than the length that the first byte announces, only
- * those @p n bytes are examined and the full length is returned: a result above @p n means a valid
- * beginning of a longer character.
- *
- * @param s first byte of a character; may be NULL.
- * @param n number of bytes that may be looked at.
- * @return the length of the character in bytes, 1 to 4; 0 when @p s is NULL, @p n is 0 or the
- *         first byte is zero; -1 when the bytes do not form a character.
+ * Each scanner looks at the n bytes at s (fewer if the character is shorter) and never behind a
+ * zero byte. When n is smaller than the length that the first byte announces, only those n bytes
+ * are examined and the full length is returned: a result above n means a valid beginning of a
+ * longer character.
+ * @par Thread safety
+ * Any number of threads at once.
  * @{
  */
 
-/** Scans one character of Japanese EUC: 1 byte, 2 bytes (two of A1-FE; 8E and A1-DF) or 3 (8F). */
+/**
+ * Scans one character of Japanese EUC.
+ *
+ * A character has 1 byte, 2 bytes (two of A1-FE; 8E and A1-DF) or 3 (8F).
+ * @param s first byte of a character; may be NULL.
+ * @param n number of bytes that may be looked at.
+ * @return the length of the character, also when it is above @p n; 0 when @p s is NULL, @p n is 0
+ *         or the first byte is zero; -1 when the bytes do not form a character.
+ */
 int mblenInEUC(const unsigned char* s, unsigned n);
-/** Scans one character of simplified Chinese in EUC form: 1 byte or two of A1-FE. */
+
+/**
+ * Scans one character of simplified Chinese in EUC form.
+ *
+ * A character has 1 byte or two of A1-FE.
+ * @param s first byte of a character; may be NULL.
+ * @param n number of bytes that may be looked at.
+ * @return the length of the character, also when it is above @p n; 0 when @p s is NULL, @p n is 0
+ *         or the first byte is zero; -1 when the bytes do not form a character.
+ */
 int mblenInEUC_C(const unsigned char* s, unsigned n);
-/** Scans one character of EUC-TW: 1 byte, 2 bytes or 4 (8E, plane byte A2-B0, two of A1-FE). */
+
+/**
+ * Scans one character of EUC-TW.
+ *
+ * A character has 1 byte, 2 bytes or 4 (8E, plane byte A2-B0, two of A1-FE).
+ * @param s first byte of a character; may be NULL.
+ * @param n number of bytes that may be looked at.
+ * @return the length of the character, also when it is above @p n; 0 when @p s is NULL, @p n is 0
+ *         or the first byte is zero; -1 when the bytes do not form a character.
+ */
 int mblenInEUC_H(const unsigned char* s, unsigned n);
-/** Scans one character of Korean EUC: 1 byte or two of A1-FE. */
+
+/**
+ * Scans one character of Korean EUC.
+ *
+ * A character has 1 byte or two of A1-FE.
+ * @param s first byte of a character; may be NULL.
+ * @param n number of bytes that may be looked at.
+ * @return the length of the character, also when it is above @p n; 0 when @p s is NULL, @p n is 0
+ *         or the first byte is zero; -1 when the bytes do not form a character.
+ */
 int mblenInEUC_K(const unsigned char* s, unsigned n);
-/** Scans one character of Shift-JIS: 1 byte (half-width katakana too) or 2. */
+
+/**
+ * Scans one character of Shift-JIS.
+ *
+ * A character has 1 byte (half-width katakana too) or 2.
+ * @param s first byte of a character; may be NULL.
+ * @param n number of bytes that may be looked at.
+ * @return the length of the character, also when it is above @p n; 0 when @p s is NULL, @p n is 0
+ *         or the first byte is zero; -1 when the bytes do not form a character.
+ */
 int mblenInSJIS(const unsigned char* s, unsigned n);
-/** Scans one character of GB 2312: 1 byte or two of A1-FE. */
+
+/**
+ * Scans one character of GB 2312.
+ *
+ * A character has 1 byte or two of A1-FE.
+ * @param s first byte of a character; may be NULL.
+ * @param n number of bytes that may be looked at.
+ * @return the length of the character, also when it is above @p n; 0 when @p s is NULL, @p n is 0
+ *         or the first byte is zero; -1 when the bytes do not form a character.
+ */
 int mblenInGB(const unsigned char* s, unsigned n);
-/** Scans one character of Big5: 1 byte, or a lead byte A1-FE with a trail byte 40-7E or A1-FE. */
+
+/**
+ * Scans one character of Big5.
+ *
+ * A character has 1 byte, or a lead byte A1-FE with a trail byte 40-7E or A1-FE.
+ * @param s first byte of a character; may be NULL.
+ * @param n number of bytes that may be looked at.
+ * @return the length of the character, also when it is above @p n; 0 when @p s is NULL, @p n is 0
+ *         or the first byte is zero; -1 when the bytes do not form a character.
+ */
 int mblenInBIG5(const unsigned char* s, unsigned n);
-/** Scans one character of the KS C 5601-1992 form: 1 byte or 2. */
+
+/**
+ * Scans one character of the KS C 5601-1992 form.
+ *
+ * A character has 1 byte or 2.
+ * @param s first byte of a character; may be NULL.
+ * @param n number of bytes that may be looked at.
+ * @return the length of the character, also when it is above @p n; 0 when @p s is NULL, @p n is 0
+ *         or the first byte is zero; -1 when the bytes do not form a character.
+ */
 int mblenInKSC92(const unsigned char* s, unsigned n);
-/** Scans one character of the KS C 5601-1987 form: 1 byte or 2. */
+
+/**
+ * Scans one character of the KS C 5601-1987 form.
+ *
+ * A character has 1 byte or 2.
+ * @param s first byte of a character; may be NULL.
+ * @param n number of bytes that may be looked at.
+ * @return the length of the character, also when it is above @p n; 0 when @p s is NULL, @p n is 0
+ *         or the first byte is zero; -1 when the bytes do not form a character.
+ */
 int mblenInKSC87(const unsigned char* s, unsigned n);
 /** @} */
 
 /**
- * @defgroup japanese Japanese converters
+ * @defgroup zvutil_japanese Japanese converters
  * @brief Shift-JIS, Japanese EUC and 7-bit JIS (ISO-2022-JP).
  *
  * Bytes that form no character pass through unchanged; nothing is reported. A lead byte directly
- * before the terminator is written unchanged. @p src and @p dst must not overlap.
+ * before the terminator is written unchanged. Source and destination must not overlap.
+ * @par Thread safety
+ * Any number of threads at once.
+ * @par Example
+ * @snippet conversion.c japanese
  * @{
  */
 
@@ -76,7 +158,9 @@ void sjis2jis(int* first, int* second);
 void jis2sjis(int* first, int* second);
 
 /**
- * Converts Shift-JIS to Japanese EUC; half-width katakana stay half-width (8E and the byte).
+ * Converts Shift-JIS to Japanese EUC.
+ *
+ * Half-width katakana stay half-width (8E and the byte).
  * @param src Shift-JIS text.
  * @param dst receives the EUC text; room for twice the length of @p src plus 1 bytes.
  * @return @p dst.
@@ -84,8 +168,10 @@ void jis2sjis(int* first, int* second);
 char* shift2eucx(const char* src, char* dst);
 
 /**
- * Converts Japanese EUC to Shift-JIS. Shift-JIS has no three-byte characters: 8F passes through
- * and the two bytes behind it are converted as a pair.
+ * Converts Japanese EUC to Shift-JIS.
+ *
+ * Shift-JIS has no three-byte characters: 8F passes through and the two bytes behind it are
+ * converted as a pair.
  * @param src EUC text.
  * @param dst receives the Shift-JIS text; room for the length of @p src plus 1 bytes.
  * @return @p dst.
@@ -93,8 +179,10 @@ char* shift2eucx(const char* src, char* dst);
 char* euc2shiftx(const char* src, char* dst);
 
 /**
- * Converts Shift-JIS to 7-bit JIS. Two-byte text stands between ESC $ B and ESC ( J and is closed
- * before every line end and at the end; half-width katakana become full-width, each by itself.
+ * Converts Shift-JIS to 7-bit JIS.
+ *
+ * Two-byte text stands between ESC $ B and ESC ( J and is closed before every line end and at the
+ * end; half-width katakana become full-width, each by itself.
  * @param src Shift-JIS text.
  * @param dst receives the JIS text; room for five times the length of @p src plus 4 bytes.
  * @return @p dst.
@@ -110,8 +198,10 @@ char* shift2jisx(const char* src, char* dst);
 char* euc2jisx(const char* src, char* dst);
 
 /**
- * Converts 7-bit JIS to Shift-JIS. Two-byte mode begins behind ESC $ x or ESC K and ends with any
- * other escape sequence or a line end. An escape sequence cut by the terminator ends the text.
+ * Converts 7-bit JIS to Shift-JIS.
+ *
+ * Two-byte mode begins behind ESC $ x or ESC K and ends with any other escape sequence or a line
+ * end. An escape sequence cut by the terminator ends the text.
  * @param src JIS text.
  * @param dst receives the Shift-JIS text; room for the length of @p src plus 1 bytes.
  * @return @p dst.
@@ -127,7 +217,7 @@ char* jis2shiftx(const char* src, char* dst);
 char* jis2eucx(const char* src, char* dst);
 
 /**
- * Reads the rest of a JIS escape sequence, of which ESC and one byte have been read.
+ * Reads the rest of a JIS escape sequence, behind ESC and one byte.
  * @param text     in: address of the read position, just behind @p c; out: moved by one byte when
  *                 @p c is '$' or '(', but never beyond the terminator.
  * @param c        the byte that followed ESC.
@@ -166,18 +256,25 @@ int bytesInShiftChar(const char* s);
 /** @} */
 
 /**
- * @defgroup katakana Katakana and detection
+ * @defgroup zvutil_katakana Katakana and detection
+ * @brief Half-width katakana made full-width, and the encoding of Japanese files.
+ *
+ * @par Thread safety
+ * Any number of threads at once; a stream by one thread at a time.
+ * @par Example
+ * @snippet conversion.c detect
  * @{
  */
 
 /**
  * Widens a half-width katakana to the Shift-JIS code of its full-width character.
- * @param text   address of the read position, just behind the half-width byte; moved behind a
- *               sound mark that was merged (1 byte in Shift-JIS, 2 in EUC), else left.
- * @param first  in: the half-width byte A1-DF (others stay); out: lead byte of the full-width code.
- * @param second out: trail byte of the full-width code.
+ * @param text     address of the read position, just behind the half-width byte; moved behind a
+ *                 sound mark that was merged (1 byte in Shift-JIS, 2 in EUC), else left.
+ * @param first    in: the half-width byte A1-DF (others stay); out: lead byte of the full-width
+ *                 code.
+ * @param second   out: trail byte of the full-width code.
  * @param code_set #ZV_SJIS or #ZV_EUC to merge a sound mark that follows in that code set; any
- *               other value looks at nothing behind the byte.
+ *                 other value looks at nothing behind the byte.
  */
 void han2zen(const unsigned char** text, int* first, int* second, int code_set);
 
@@ -192,11 +289,15 @@ int DetectJPCodeType(FILE* stream);
 /** @} */
 
 /**
- * @defgroup big5cns Big5 and EUC-TW
+ * @defgroup zvutil_big5 Big5 and EUC-TW
  * @brief Traditional Chinese: Big5 and the EUC form of CNS 11643.
  *
  * Characters that cannot be converted become two question marks. A character that the terminator
- * cuts short is written unchanged. @p src and @p dst must not overlap.
+ * cuts short is written unchanged. Source and destination must not overlap.
+ * @par Thread safety
+ * Any number of threads at once.
+ * @par Example
+ * @snippet conversion.c chinese
  * @{
  */
 
@@ -209,20 +310,32 @@ struct Big5CnsRange {
     int plane;      /**< CNS plane, 1 to 4; 0 where the CNS numbers count through the planes. */
 };
 
-/** The number of rows of each of the three range tables. */
+/** Counts the rows of each of the three range tables. */
 extern const int Big5CnsTableSize;
-/** The master table, in codes: Big5 as first byte * 256 + second, CNS in its 7-bit form. */
+/**
+ * Pairs the runs of Big5 and CNS 11643, in codes: the master table.
+ *
+ * Big5 codes are first byte * 256 + second; CNS codes are in their 7-bit form.
+ */
 extern const struct Big5CnsRange Big5CnsTable[];
-/** The same rows in ordinals (Big5Order(), CnsOrder() within the plane), ascending by Big5. */
+/**
+ * Pairs the runs of Big5 and CNS 11643, in ordinals, ascending by Big5.
+ *
+ * The rows of #Big5CnsTable; Big5Order() and CnsOrder() within the plane give the ordinals.
+ */
 extern const struct Big5CnsRange Big5ToCnsTable[];
 /**
- * The same rows in ordinals, CNS counted through the planes (8836 a plane), ascending by CNS. Where
- * Big5 has a character twice (C94A, DDFC), the row of the second lies within an earlier row.
+ * Pairs the runs of Big5 and CNS 11643, in ordinals, ascending by CNS.
+ *
+ * The rows of #Big5CnsTable, CNS counted through the planes (8836 a plane). Where Big5 has a
+ * character twice (C94A, DDFC), the row of the second lies within an earlier row.
  */
 extern const struct Big5CnsRange CnsToBig5Table[];
 
 /**
- * Converts Big5 to EUC-TW: plane 1 in two bytes, the other planes in four.
+ * Converts Big5 to EUC-TW.
+ *
+ * Characters of plane 1 take two bytes, those of the other planes four.
  * @param src Big5 text.
  * @param dst receives the EUC-TW text; room for twice the length of @p src plus 1 bytes, or for
  *            euchLength() plus 1.
@@ -231,7 +344,9 @@ extern const struct Big5CnsRange CnsToBig5Table[];
 char* big2euchx(const char* src, char* dst);
 
 /**
- * Converts EUC-TW to Big5; both the two-byte and the four-byte form of plane 1 are read.
+ * Converts EUC-TW to Big5.
+ *
+ * Both the two-byte and the four-byte form of plane 1 are read.
  * @param src EUC-TW text.
  * @param dst receives the Big5 text; room for the length of @p src plus 1 bytes, or for
  *            big5Length() plus 1.
@@ -240,7 +355,9 @@ char* big2euchx(const char* src, char* dst);
 char* euch2bigx(const char* src, char* dst);
 
 /**
- * Converts one Big5 character to its row and cell of CNS 11643; the plane is not told.
+ * Converts one Big5 character to its row and cell of CNS 11643.
+ *
+ * The plane is not told.
  * @param big5 the two bytes of the character.
  * @param cns  receives exactly two bytes, A1-FE each, no terminator; untouched on failure.
  * @return 0, or -1 when the character is invalid or has no counterpart.
@@ -294,7 +411,7 @@ int big5Length(const char* s);
 /** @} */
 
 /**
- * @defgroup codepages ISO 8859 and Windows code pages
+ * @defgroup zvutil_codepages ISO 8859 and Windows code pages
  * @brief Cyrillic (ISO 8859-5, 1251) and Central European (ISO 8859-2, 1250) text.
  *
  * Each byte becomes one byte. A Windows character that the ISO code page lacks keeps its byte
@@ -302,17 +419,21 @@ int big5Length(const char* s);
  * European text. The way back turns these control codes, tab and line feed among them, into
  * the Windows characters, so convert text without its line ends there.
  *
- * @p dst may be @p src itself.
+ * The destination may be the source itself.
+ * @par Thread safety
+ * Any number of threads at once.
+ * @par Example
+ * @snippet conversion.c cyrillic
  * @{
  */
 
-/** 1251 byte of each ISO 8859-5 byte A0-FF. */
+/** Gives the 1251 byte of each ISO 8859-5 byte A0-FF. */
 extern const unsigned char t8859_5To1251[96];
-/** ISO 8859-5 byte of each 1251 byte 80-FF. */
+/** Gives the ISO 8859-5 byte of each 1251 byte 80-FF. */
 extern const unsigned char t1251To8859_5[128];
-/** 1250 byte of each ISO 8859-2 byte A0-BF. */
+/** Gives the 1250 byte of each ISO 8859-2 byte A0-BF. */
 extern const unsigned char t8859_2To1250[32];
-/** ISO 8859-2 byte of each 1250 byte 80-BF. */
+/** Gives the ISO 8859-2 byte of each 1250 byte 80-BF. */
 extern const unsigned char t1250To8859_2[64];
 
 /**

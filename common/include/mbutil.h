@@ -3,12 +3,14 @@
  * @brief Text in the current code set: registry, strings, conversion, text I/O, mail.
  *
  * Strings are zero-terminated byte strings in the current code set where nothing else is said;
- * lengths and positions are bytes. Functions that use the current code set call InitMbutil() first
- * when nothing has set it yet; do that once on the main thread, before others start. From then on
- * everything here may run in any number of threads at once, except mbstrtok() and a switch of the
- * code set.
+ * lengths and positions are bytes. Byte values are hexadecimal.
+ *
+ * Functions that use the current code set call InitMbutil() first when nothing has set it yet; do
+ * that once on the main thread, before others start. From then on everything here may run in any
+ * number of threads at once, except mbstrtok() and a switch of the code set.
  *
  * Output areas belong to the caller; where no size is passed, they have the room that is stated.
+ * Pointers are not NULL unless something is said of NULL.
  */
 #ifndef ZVUTIL_MBUTIL_H
 #define ZVUTIL_MBUTIL_H
@@ -21,8 +23,16 @@ extern "C" {
 #pragma GCC visibility push(default)
 
 /**
- * @defgroup codesets Code sets
+ * @defgroup zvutil_codesets Code sets
  * @brief Which encoding the host holds its text in, and the names of encodings and locales.
+ *
+ * The current code set is one for the whole process. A host sets it once, when it starts: from the
+ * environment's locale with InitMbutil(), or from its own configuration with InitMbutilExt().
+ * @par Thread safety
+ * Any number of threads at once; InitMbutil() and InitMbutilExt() only while no other thread uses
+ * the library.
+ * @par Example
+ * @snippet strings.c start
  * @{
  */
 
@@ -66,26 +76,30 @@ enum {
     ZV_UTF_8 = 65        /**< In document names only. */
 };
 
-/** 1 once the current code set has been set. */
+/** Tells whether the current code set has been set: 1 or 0. */
 extern unsigned char MBUTIL_Initialized;
-/** 1 when the current code set is multibyte, and before it has been set. */
+/** Tells whether the current code set is multibyte: 1 or 0; 1 before it has been set. */
 extern unsigned char MBUTIL_I_Am_MultiByte;
-/** 1 when the current code set is #ZV_JIS, #ZV_EUC or #ZV_SJIS. */
+/** Tells whether the current code set is Japanese (#ZV_JIS, #ZV_EUC, #ZV_SJIS): 1 or 0. */
 extern unsigned char MBUTIL_I_Am_Japanese;
 
 /**
  * Adopts the environment's locale for the whole process and makes its code set the current one.
  *
  * Japanese locales give #ZV_EUC, Korean #ZV_EUC_K, "zh_TW" #ZV_EUC_H, other Chinese #ZV_EUC_C, all
- * others #ZV_WESTERN. Calls setlocale(LC_ALL, ""); no other thread may use the locale meanwhile.
+ * others #ZV_WESTERN. Calls setlocale(LC_ALL, "").
  * @return the current code set before the call.
+ * @par Thread safety
+ * Only while no other thread uses the library or the locale.
  */
 int InitMbutil(void);
 
 /**
  * Makes a code set the current one.
  * @param code_set any integer; one that is not known counts as single-byte text.
- * @return the current code set before the call. Not while other threads use the library.
+ * @return the current code set before the call.
+ * @par Thread safety
+ * Only while no other thread uses the library.
  */
 int InitMbutilExt(int code_set);
 
@@ -96,8 +110,10 @@ unsigned char mbIsMultiByte(void);
 unsigned char mbIsJapanese(void);
 
 /**
- * Finds the code set that a name stands for. Names are recognised anywhere in @p name, in upper
- * case: "SJIS" before "JIS", any other "EUC" is Japanese, any "GB" is #ZV_GB.
+ * Finds the code set that a name stands for.
+ *
+ * Names are recognised anywhere in @p name, in upper case: "SJIS" before "JIS", any other "EUC" is
+ * Japanese, any "GB" is #ZV_GB.
  * @param name ASCII text; may be NULL.
  * @return the code set; #ZV_WESTERN for everything unknown.
  */
@@ -117,8 +133,10 @@ int mbGetLocaleCodeSet(void);
 void SetCodePage(const char* locale, char* name);
 
 /**
- * Rewrites a locale name so that its code set part names the matching Windows code page
- * ("de_DE.ISO8859-15@euro" becomes "de_DE.cp1252@euro").
+ * Rewrites a locale name so that its code set part names the matching Windows code page.
+ *
+ * "de_DE.ISO8859-15@euro" becomes "de_DE.cp1252@euro". A name without a code set part gets the code
+ * page of the process locale.
  * @param locale a locale name, ASCII; of 100 bytes or more it is copied unchanged.
  * @param out    receives the name; room for the length of @p locale twice, plus 8 bytes.
  */
@@ -126,158 +144,254 @@ void mbGetCorrectedLocaleForUnix(const char* locale, char* out);
 
 /**
  * Tells whether two code sets belong to the same East Asian language.
+ * @param a a code set.
+ * @param b a code set.
  * @return 1 if both are Japanese, both Korean or both Chinese; else 0, also for equal others.
  */
 int sameLanguage(int a, int b);
 /** @} */
 
 /**
- * @defgroup characters Character length and validity
+ * @defgroup zvutil_characters Character length and validity
+ * @brief How long is the character at a pointer, in the current or in a given code set?
+ *
+ * The names that end in Ext or type take the code set as an argument; the others use the current
+ * one. The scanners behind them are those of @ref zvutil_scanners.
+ * @par Thread safety
+ * Any number of threads at once, once the current code set has been set.
+ * @par Example
+ * @snippet strings.c walk
  * @{
  */
 
 /**
  * Scans one character of a code set, as the scanners of jaconv.h do.
- * @param s first byte of a character; may be NULL.
- * @param n number of bytes that may be looked at.
+ * @param s        first byte of a character; may be NULL.
+ * @param n        number of bytes that may be looked at.
+ * @param code_set code set of the text.
  * @return the length of the character; 0 at the end of the text; -1 for malformed bytes; always 1
  *         for a code set without multibyte characters and for #ZV_JIS.
  */
 int mblenExt(const char* s, unsigned n, int code_set);
 
-/** mblenExt() in the current code set. */
+/**
+ * Scans one character of the current code set, as mblenExt() does.
+ * @param s first byte of a character; may be NULL.
+ * @param n number of bytes that may be looked at.
+ * @return the length of the character; 0 at the end of the text; -1 for malformed bytes; always 1
+ *         in a single-byte code set and in #ZV_JIS.
+ */
 int mb_mblen(const char* s, unsigned n);
 
 /**
  * Tells whether a byte begins a character of more than one byte.
- * @param byte 0-255; a negative value never does.
+ * @param byte     0-255; a negative value never does.
+ * @param code_set code set of the text.
  * @return 1 or 0.
  */
 int isleadbyteExt(int byte, int code_set);
 
-/** isleadbyteExt() in the current code set. */
+/**
+ * Tells whether a byte begins a character of more than one byte of the current code set.
+ * @param byte 0-255; a negative value never does.
+ * @return 1 or 0.
+ */
 int mb_isleadbyte(int byte);
 
-/** Tells how many bytes the longest character of a code set has. @return 1 to 4. */
+/**
+ * Tells how many bytes the longest character of a code set has.
+ * @param code_set a code set.
+ * @return 1 to 4.
+ */
 int mbmaxcharlenExt(int code_set);
 
-/** mbmaxcharlenExt() of the current code set. */
+/** Tells how many bytes the longest character of the current code set has. @return 1 to 4. */
 int mbmaxcharlen(void);
 
-/** Tells whether a byte is a one-byte character of Shift-JIS. @return 1 for 00-7F, A1-DF; else 0.
+/**
+ * Tells whether a byte is a one-byte character of Shift-JIS.
+ * @param byte 0-255.
+ * @return 1 for 00-7F and A1-DF; else 0.
  */
 int ismbcprintInSJIS(int byte);
 
 /**
  * Tells whether a byte counts as printable in the current code set.
+ * @param byte 0-255.
  * @return 1 for 00-7F (control bytes too) and, in Shift-JIS, A1-DF; else 0.
  */
 int ismbcprint(int byte);
 
 /**
  * Tells how far a walk through text steps.
- * @param s first byte of a character.
+ * @param s        first byte of a character.
+ * @param code_set code set of the text.
  * @return the length of the character; 1 at the terminator and for malformed bytes.
  */
 int mbbytesinchartype(const char* s, int code_set);
 
-/** mbbytesinchartype() in the current code set. */
+/**
+ * Tells how far a walk through text of the current code set steps.
+ * @param s first byte of a character.
+ * @return the length of the character; 1 at the terminator and for malformed bytes.
+ */
 int mbbytesinchar(const char* s);
 /** @} */
 
 /**
- * @defgroup strings Multibyte strings
+ * @defgroup zvutil_strings Multibyte strings
  * @brief The standard string functions, never splitting a character.
  *
  * In a single-byte code set most of these are the C library's own functions, and their pointers
  * must not be NULL then. A malformed byte counts as a character of one byte. Letter case follows
  * the process locale.
+ * @par Thread safety
+ * Any number of threads at once, once the current code set has been set; of mbstrtok() one caller
+ * in the whole process.
+ * @par Example
+ * @snippet strings.c search
  * @{
  */
 
 /**
  * Finds the last character boundary that is not beyond a position.
- * @param n a position in bytes.
+ * @param s        text in @p code_set.
+ * @param n        a position in bytes.
+ * @param code_set code set of @p s.
  * @return the boundary: at most @p n and the length of @p s. @p n itself when the current code set
  *         is single-byte. Does not initialise the current code set.
  */
 unsigned mbidxtype(const char* s, unsigned n, int code_set);
 
-/** mbidxtype() in the current code set. */
+/**
+ * Finds the last character boundary of the current code set that is not beyond a position.
+ * @param s text.
+ * @param n a position in bytes.
+ * @return the boundary: at most @p n and the length of @p s. @p n itself when the current code set
+ *         is single-byte.
+ */
 unsigned mbidx(const char* s, unsigned n);
 
 /**
  * Finds the character behind the one at a position.
+ * @param s   text.
  * @param idx a position within @p s.
  * @return the position of the next character, or 0 when there is none.
  */
 unsigned mbnextidx(const char* s, unsigned idx);
 
-/** mbnextidx() as a pointer. @return the next character in @p s, or NULL when there is none. */
+/**
+ * Finds the character behind the one at a position, as a pointer.
+ * @param s   text.
+ * @param idx a position within @p s.
+ * @return the next character in @p s, or NULL when there is none.
+ */
 char* mbnextchar(const char* s, unsigned idx);
 
 /**
  * Copies a string into a bounded area, leaving out a character that would be cut.
- * @param dst receives exactly @p n bytes, zero-filled; terminated only when @p src is shorter
- *            or a character was left out.
+ * @param dst receives exactly @p n bytes, zero-filled; terminated only when @p src is shorter or a
+ *            character was left out.
+ * @param src text.
+ * @param n   bytes to write.
  * @return @p dst. In a multibyte code set nothing is copied when a pointer is NULL.
  */
 char* mbstrncpy(char* dst, const char* src, unsigned n);
 
-/** mbstrncpy() that counts. @return the bytes of @p src copied; 0 when a pointer is NULL. */
+/**
+ * Copies a string into a bounded area as mbstrncpy() does, and counts.
+ * @param dst receives exactly @p n bytes, as from mbstrncpy().
+ * @param src text.
+ * @param n   bytes to write.
+ * @return the bytes of @p src copied; 0 when a pointer is NULL.
+ */
 unsigned mbstrncpyi(char* dst, const char* src, unsigned n);
 
 /**
- * Compares two strings without regard to the case of one-byte characters. A longer character
- * orders after a shorter one; bytes compare as signed values.
+ * Compares two strings without regard to the case of one-byte characters.
+ *
+ * A longer character orders after a shorter one; bytes compare as signed values.
+ * @param a text.
+ * @param b text.
  * @return -1, 0 or 1 (0 when a pointer is NULL); strcasecmp()'s result in a single-byte code set.
  */
 int mbstricmp(const char* a, const char* b);
 
 /**
  * Compares the first bytes of two strings without regard to the case of one-byte characters.
+ * @param a text.
+ * @param b text.
  * @param n bytes to compare; a multibyte character that begins before @p n is compared whole.
  * @return negative, 0 or positive.
  */
 int mbstrnicmp(const char* a, const char* b, unsigned n);
 
 /**
- * Compares characters, case kept.
+ * Compares the first characters of two strings, case kept.
+ * @param a text.
+ * @param b text.
  * @param n bytes to cover; in a single-byte code set only the first bytes are compared.
  * @return negative, 0 or positive; 0 when @p a or @p n ends, whatever @p b still holds.
  */
 int mbcharcmp(const char* a, const char* b, unsigned n);
 
-/** Turns a one-byte character to upper case, in place. @return the length of the character. */
+/**
+ * Turns a one-byte character to upper case, in place.
+ * @param p the character; a longer one stays as it is.
+ * @return the length of the character.
+ */
 int mbtoupper(char* p);
 
-/** Turns a one-byte character to lower case, in place. @return the length of the character. */
+/**
+ * Turns a one-byte character to lower case, in place.
+ * @param p the character; a longer one stays as it is.
+ * @return the length of the character.
+ */
 int mbtolower(char* p);
 
-/** Turns all one-byte characters to upper case, in place. @return the length of @p s; 0 for NULL.
+/**
+ * Turns all one-byte characters to upper case, in place.
+ * @param s text; may be NULL.
+ * @return the length of @p s; 0 for NULL.
  */
 unsigned mbstrtoupper(char* s);
 
-/** Turns all one-byte characters to lower case, in place. @return the length of @p s; 0 for NULL.
+/**
+ * Turns all one-byte characters to lower case, in place.
+ * @param s text; may be NULL.
+ * @return the length of @p s; 0 for NULL.
  */
 unsigned mbstrtolower(char* s);
 
 /**
  * Finds the first character that begins with a byte.
+ * @param s text.
  * @param c a char value: a byte from 80 is given as its negative value. 0 finds nothing in a
  *          multibyte code set.
  * @return the character in @p s, or NULL.
  */
 char* mbstrchr(const char* s, int c);
 
-/** The same as mbstrchr(). */
+/**
+ * Finds the first character that begins with a byte; the same as mbstrchr().
+ * @param s text.
+ * @param c as for mbstrchr().
+ * @return the character in @p s, or NULL.
+ */
 char* mbstrchrEncr(const char* s, int c);
 
-/** Finds the last character that begins with a byte, as mbstrchr() does. */
+/**
+ * Finds the last character that begins with a byte.
+ * @param s text.
+ * @param c as for mbstrchr().
+ * @return the character in @p s, or NULL.
+ */
 char* mbstrrchr(const char* s, int c);
 
 /**
  * Finds the first occurrence of a string that consists of whole characters.
+ * @param hay    the text searched; may be NULL in a multibyte code set.
+ * @param needle the text looked for; may be NULL in a multibyte code set.
  * @return the occurrence in @p hay; @p hay when @p needle is empty or NULL; NULL when there is none
  *         or @p hay is NULL.
  */
@@ -285,6 +399,8 @@ char* mbstrstr(const char* hay, const char* needle);
 
 /**
  * Finds the last occurrence of a string that consists of whole characters.
+ * @param hay    the text searched; may be NULL.
+ * @param needle the text looked for; may be NULL.
  * @return the occurrence in @p hay; @p hay when @p needle is NULL; NULL when there is none, when
  *         @p needle is empty or @p hay is NULL.
  */
@@ -292,16 +408,22 @@ char* mbstrrstr(const char* hay, const char* needle);
 
 /**
  * Finds the first character of a string that belongs to a set.
+ * @param s   text.
  * @param set the characters looked for, as a string.
  * @return the character in @p s, or NULL.
  */
 char* mbstrpbrk(const char* s, const char* set);
 
-/** Counts the bytes before the first character of a set. @return bytes; all of @p s if none. */
+/**
+ * Counts the bytes before the first character that belongs to a set.
+ * @param s   text.
+ * @param set the characters looked for, as a string.
+ * @return bytes; all of @p s when no character belongs to the set.
+ */
 unsigned mbstrcspn(const char* s, const char* set);
 
 /**
- * Cuts a string into tokens; one tokenisation at a time in the whole process.
+ * Cuts a string into tokens.
  *
  * Unlike strtok(), a multibyte code set skips one leading delimiter only, and only on the first
  * call; two delimiters in a row give an empty token, and so does one at the end.
@@ -309,18 +431,27 @@ unsigned mbstrcspn(const char* s, const char* set);
  *                   NULL to go on.
  * @param delimiters the characters that separate tokens, as a string.
  * @return the next token, inside the string; NULL when there is none and for an empty string.
+ * @par Thread safety
+ * One tokenisation at a time in the whole process; mbstrtok_r() has no such limit.
  */
 char* mbstrtok(char* s, const char* delimiters);
 
 /**
- * mbstrtok() with its position kept by the caller, for concurrent use.
- * @param save set by the call with @p s, used by the calls with NULL.
+ * Cuts a string into tokens as mbstrtok() does, its position kept by the caller.
+ * @param s          the string, which is changed; NULL to go on.
+ * @param delimiters the characters that separate tokens, as a string.
+ * @param save       set by the call with @p s, used by the calls with NULL.
+ * @return the next token, inside the string; NULL when there is none and for an empty string.
+ * @par Thread safety
+ * Any number of threads at once, each with a @p save of its own.
  */
 char* mbstrtok_r(char* s, const char* delimiters, char** save);
 
 /**
  * Checks that a string is well formed in a code set.
- * @param badpos receives the position of the first malformed byte; untouched otherwise.
+ * @param s        text in @p code_set; may be NULL.
+ * @param badpos   receives the position of the first malformed byte; untouched otherwise.
+ * @param code_set code set of @p s.
  * @return 1 if it is, or if the current code set is single-byte; 0 if not or a pointer is NULL.
  */
 int mbvalidatestring(const char* s, unsigned* badpos, int code_set);
@@ -334,6 +465,7 @@ enum {
 
 /**
  * Checks that a string is well formed in the current code set and passes a check.
+ * @param s      text; may be NULL.
  * @param badpos receives the position of the first bad character, in a multibyte code set only.
  * @param check  #ZV_CHECK_PRINTABLE, #ZV_CHECK_NO_LOWER, #ZV_CHECK_NO_UPPER; any other value asks
  *               for nothing more.
@@ -343,26 +475,37 @@ int mbvalidatestringtype(const char* s, unsigned* badpos, int check);
 /** @} */
 
 /**
- * @defgroup conversion Conversion and text streams
+ * @defgroup zvutil_conversion Conversion and text streams
  * @brief One call for every pair of code sets, and lines and files read and written through it.
  *
- * The streams are stdio streams. Line ends are neither added, removed nor translated.
+ * The streams are stdio streams. Line ends are neither added, removed nor translated. The
+ * converters behind these functions are those of @ref zvutil_japanese, @ref zvutil_big5 and
+ * @ref zvutil_codepages.
+ * @par Thread safety
+ * Any number of threads at once, once the current code set has been set; a stream by one thread at
+ * a time.
+ * @par Example
+ * @snippet conversion.c convert
  * @{
  */
 
 /**
  * Converts a string from one code set into another.
- * @param src  text in the code set @p from; not NULL.
+ * @param src  text in the code set @p from.
+ * @param from code set of @p src.
  * @param dst  receives the text in the code set @p to, not overlapping @p src. Room: into #ZV_JIS
  *             five times the length of @p src plus 4 bytes from #ZV_SJIS and three times plus 4
  *             from #ZV_EUC; twice plus 1 from #ZV_SJIS to #ZV_EUC and from #ZV_BIG5 to #ZV_EUC_H;
  *             the length plus 1 otherwise.
+ * @param to   code set of the result.
  * @return @p dst. A pair that no converter serves is copied.
  */
 char* convertStrExt(const char* src, int from, char* dst, int to);
 
 /**
- * Tells whether mbconvertfile2native_ex() converts a pair.
+ * Tells whether mbconvertfile2native_ex() converts a pair of code sets.
+ * @param from code set of the file.
+ * @param to   code set of the result.
  * @return 1 for #ZV_SJIS and #ZV_EUC, #ZV_BIG5 and #ZV_EUC_H, both ways, and for #ZV_JIS to
  *         #ZV_SJIS or #ZV_EUC; else 0.
  */
@@ -370,30 +513,40 @@ int IsConversionSupport(int from, int to);
 
 /**
  * Converts a string from the current code set into another; copies in a single-byte code set.
- * @param dst room as for convertStrExt().
+ * @param dst receives the text; room as for convertStrExt().
+ * @param src text; may be NULL.
+ * @param to  code set of the result.
  * @return 1; 0 when a pointer is NULL.
  */
 int mbconvertnativestring(char* dst, const char* src, int to);
 
 /**
- * Converts Japanese EUC (the UNIX form) to Shift-JIS (the Windows form) when the current code set
- * is one of the two, and copies otherwise. Does not initialise the current code set.
- * @param dst room for the length of @p src plus 1 bytes.
+ * Converts Japanese text from its UNIX form to its Windows form.
+ *
+ * Converts Japanese EUC to Shift-JIS when the current code set is one of the two, and copies
+ * otherwise. Does not initialise the current code set.
+ * @param src text; may be NULL.
+ * @param dst receives the text; room for the length of @p src plus 1 bytes.
  * @return @p dst; NULL when a pointer is NULL.
  */
 char* UnixCodingToWindowsCodingExt(const char* src, char* dst);
 
 /**
+ * Converts Japanese text from its Windows form to its UNIX form.
+ *
  * Converts Shift-JIS to Japanese EUC when the current code set is one of the two, and copies
  * otherwise. Does not initialise the current code set.
- * @param dst room for twice the length of @p src plus 1 bytes.
+ * @param src text; may be NULL.
+ * @param dst receives the text; room for twice the length of @p src plus 1 bytes.
  * @return @p dst; NULL when a pointer is NULL.
  */
 char* WindowsCodingToUnixCodingExt(const char* src, char* dst);
 
 /**
- * Tells the length of the longer of the two forms, UNIX and Windows, of a string in the current
- * code set. Does not initialise the current code set; cannot fail.
+ * Tells the length of the longer of the two forms, UNIX and Windows, of a string.
+ *
+ * Does not initialise the current code set; cannot fail.
+ * @param s text.
  * @return bytes, without the terminator.
  */
 int MaxStringLengthOnWinAndUnix(const char* s);
@@ -404,12 +557,18 @@ struct MbToSbNumber {
     char sb;             /**< The ASCII character. */
 };
 
-extern const struct MbToSbNumber Mb2SbNumberTableInSJIS[];  /**< Shift-JIS. */
-extern const struct MbToSbNumber Mb2SbNumberTableInEUC[];   /**< Japanese EUC. */
-extern const struct MbToSbNumber Mb2SbNumberTableInGB[];    /**< GB 2312. */
-extern const struct MbToSbNumber Mb2SbNumberTableInKSC92[]; /**< KS C 5601-1992. */
-extern const struct MbToSbNumber Mb2SbNumberTableInBIG5[];  /**< Big5. */
-extern const struct MbToSbNumber Mb2SbNumberTableInEUC_H[]; /**< EUC-TW. */
+/** Lists the full-width digits and marks of Shift-JIS. */
+extern const struct MbToSbNumber Mb2SbNumberTableInSJIS[];
+/** Lists the full-width digits and marks of Japanese EUC. */
+extern const struct MbToSbNumber Mb2SbNumberTableInEUC[];
+/** Lists the full-width digits and marks of GB 2312. */
+extern const struct MbToSbNumber Mb2SbNumberTableInGB[];
+/** Lists the full-width digits and marks of KS C 5601-1992. */
+extern const struct MbToSbNumber Mb2SbNumberTableInKSC92[];
+/** Lists the full-width digits and marks of Big5. */
+extern const struct MbToSbNumber Mb2SbNumberTableInBIG5[];
+/** Lists the full-width digits and marks of EUC-TW. */
+extern const struct MbToSbNumber Mb2SbNumberTableInEUC_H[];
 
 /**
  * Replaces full-width digits and a few marks by their ASCII counterparts.
@@ -420,8 +579,11 @@ extern const struct MbToSbNumber Mb2SbNumberTableInEUC_H[]; /**< EUC-TW. */
 int ConvertMBNumberToSBNumber(const char* src, char* dst);
 
 /**
- * Adds up the bytes of a string; text of a multibyte code set is taken in the code set of the
- * locale and summed in its Japanese EUC form.
+ * Adds up the bytes of a string.
+ *
+ * Text of a multibyte code set is taken in the code set of the locale and summed in its Japanese
+ * EUC form.
+ * @param s text; may be NULL.
  * @return the sum; 0 for NULL and the empty string; -1 when there is no memory.
  */
 int AccumulateAsciiForStr(const char* s);
@@ -431,14 +593,17 @@ int AccumulateAsciiForStr(const char* s);
  * @param buf      receives the line, terminated, never cut inside a character; what does not fit is
  *                 dropped.
  * @param size     room of @p buf in bytes, at least 1; at most size - 1 bytes of the file are read.
+ * @param stream   the file.
  * @param code_set code set of the file; 0 for no conversion.
- * @return @p buf; NULL at the end of the file, on a read error, without memory or for a NULL @p
- * buf.
+ * @return @p buf; NULL at the end of the file, on a read error, without memory, or when @p buf is
+ *         NULL.
  */
 char* mbfgets(char* buf, int size, FILE* stream, int code_set);
 
 /**
  * Converts a string from the current code set and writes it, as fputs() does.
+ * @param s        text; may be NULL.
+ * @param stream   the file.
  * @param code_set code set of the file; 0 for no conversion.
  * @return the result of fputs(); 0 for a NULL @p s; -1 when there is no memory.
  */
@@ -448,9 +613,10 @@ int mbfputs(const char* s, FILE* stream, int code_set);
  * Reads a block of text that does not end inside a character of the current code set.
  *
  * The bytes of a cut character are given back to the stream, for the next call.
- * @param buf  receives the text and, in a multibyte code set, a terminator; room for size + 1
- * bytes.
- * @param size bytes to read, at least 1; at least 4 so that every character fits.
+ * @param buf    receives the text and, in a multibyte code set, a terminator; room for size + 1
+ *               bytes.
+ * @param size   bytes to read, at least 1; at least 4 so that every character fits.
+ * @param stream the file.
  * @return bytes kept in @p buf; 0 at the end of the file and on an error.
  */
 int mbfreadstring(char* buf, unsigned size, FILE* stream);
@@ -471,7 +637,13 @@ int mbconvertfile2native_ex(const char* source, const char* destination, char ap
 /** @} */
 
 /**
- * @defgroup mime MIME charset names
+ * @defgroup zvutil_mime MIME charset names
+ * @brief The charset names of mail headers and documents, and which code set mail is written in.
+ *
+ * @par Thread safety
+ * Any number of threads at once, once the current code set has been set.
+ * @par Example
+ * @snippet mail.c names
  * @{
  */
 
@@ -484,21 +656,33 @@ int mbGetMIMECodeSet(const char* name);
 
 /**
  * Names the charset of a code set for mail headers.
+ * @param code_set a code set.
  * @return a constant of the library, never NULL; "iso-8859-1" for all that have no name.
  */
 const char* mbGetMIMECharset(int code_set);
 
-/** Chooses the code set in which mail is written for text in a code set. @return that code set. */
+/**
+ * Chooses the code set in which mail is written.
+ * @param code_set code set of the text.
+ * @return #ZV_JIS for Japanese text, the ISO 8859 code set for #ZV_CP1250 and #ZV_CP1251,
+ *         @p code_set itself for #ZV_GB and all that follow up to #ZV_CP1258, else #ZV_WESTERN.
+ */
 int mbGetCodeSetForMail(int code_set);
 
 /**
  * Chooses between two code sets for stored data.
+ * @param first  a code set.
+ * @param second a code set.
  * @return @p second when both form one of the pairs #ZV_EUC/#ZV_SJIS, #ZV_EUC_H/#ZV_GB,
  *         #ZV_EUC_C/#ZV_BIG5, #ZV_EUC_K/#ZV_KSC_5601_92, #ZV_CP1251/#ZV_8859_5; else @p first.
  */
 int mbGetCodeSetForData(int first, int second);
 
-/** Names the content transfer encoding. @return "7bit" for #ZV_JIS, "8bit" for all others. */
+/**
+ * Names the content transfer encoding of a code set for mail headers.
+ * @param code_set a code set.
+ * @return a constant of the library: "7bit" for #ZV_JIS, "8bit" for all others.
+ */
 const char* getTransferEncodingFromCodeSet(int code_set);
 
 /** A row of the document charset table; both names are zero-padded. */
@@ -508,46 +692,61 @@ struct ConvToCharset {
     int code_set;       /**< The code set. */
 };
 
-/** The charset names for documents; the first row of a code set decides. */
+/** Lists the charset names for documents; the first row of a code set decides. */
 extern const struct ConvToCharset _ConvToCharsetTable[];
 
 /**
  * Names the charset of a code set for documents.
- * @param charset receives the name, or an empty string when there is none; room for 22 bytes.
+ * @param charset  receives the name, or an empty string when there is none; room for 22 bytes.
+ * @param code_set a code set.
  */
 void SetCharset(char* charset, int code_set);
 /** @} */
 
 /**
- * @defgroup mail Quoted-printable and subjects
- * @brief Mail bodies and subject lines. In every function the output area comes first.
+ * @defgroup zvutil_mail Quoted-printable and subjects
+ * @brief Mail bodies and subject lines.
+ *
+ * In every function here the output area comes first.
+ * @par Thread safety
+ * Any number of threads at once, once the current code set has been set; a stream by one thread at
+ * a time.
+ * @par Example
+ * @snippet mail.c subject
  * @{
  */
 
 /**
- * Encodes text as quoted-printable. Line ends are encoded too; a soft line break ("=", LF, CR)
- * stands behind every 50 or more characters.
+ * Encodes text as quoted-printable.
+ *
+ * Line ends are encoded too; a soft line break ("=", LF, CR) stands behind every 50 or more
+ * characters.
  * @param dst receives ASCII text. Room: with E = three times the length of @p src, E plus 3 bytes
  *            for every 50 of E, plus 1.
+ * @param src text.
  * @return @p dst.
  */
 char* convertToQuotedPrintable(char* dst, const char* src);
 
 /**
- * Decodes one line of quoted-printable text, up to its terminator, CR or LF, which is not copied.
- * Soft line breaks and bytes that have no place in such text are dropped; "=" and a byte that is no
- * digit stay, of "=" and a single digit the digit and what follows it.
+ * Decodes one line of quoted-printable text.
+ *
+ * The line ends at its terminator, CR or LF, which is not copied. Soft line breaks and bytes that
+ * have no place in such text are dropped; "=" and a byte that is no digit stay, of "=" and a single
+ * digit the digit and what follows it.
  * @param dst receives the decoded bytes; room for the length of @p src plus 1 bytes. May be @p src.
+ * @param src the line.
  * @return @p dst.
  */
 char* convertFromQuotedPrintable(char* dst, const char* src);
 
 /**
- * Writes 7-bit JIS text as base64 encoded words; what stands before the first ESC stays as it is.
+ * Writes 7-bit JIS text as base64 encoded words.
  *
- * Words end before every ESC and where a line reaches column 72; the next word stands behind LF,
- * space, TAB. A long run of two-byte text may end so between the two bytes of a character, which
- * few readers put together: pass it in pieces, as convertSubjectForMail() does.
+ * What stands before the first ESC stays as it is. Words end before every ESC and where a line
+ * reaches column 72; the next word stands behind LF, space, TAB. A long run of two-byte text may
+ * end so between the two bytes of a character, which few readers put together: pass it in pieces,
+ * as convertSubjectForMail() does.
  * @param dst     receives ASCII text. Each byte of @p src becomes at most four digits and a new
  *                word; a safe room is (length of @p src + 1) * (length of @p charset + 18).
  * @param src     7-bit JIS text.
@@ -557,18 +756,20 @@ char* convertFromQuotedPrintable(char* dst, const char* src);
 char* convertSubjectToBase64(char* dst, const char* src, const char* charset);
 
 /**
- * Writes a subject as encoded words for a mail header: base64 for #ZV_JIS, quoted-printable for
- * all other mail code sets. Lines are joined by LF, space, TAB.
+ * Writes a subject as encoded words for a mail header.
+ *
+ * The words are base64 for #ZV_JIS, quoted-printable for all other mail code sets. Lines are joined
+ * by LF, space, TAB.
  *
  * A Japanese subject is cut into pieces of at most 20 bytes, each on lines of its own; what is
  * ASCII in it stays readable, and half-width katakana become full-width. The one piece long enough
  * for its word to end inside a character is 20 half-width katakana of Shift-JIS. In
  * quoted-printable words "?" and "_" stand as they are, and a reader may misread them.
- * @param dst      receives ASCII text. A safe room is 64 times the length of @p subject plus 64
- *                 bytes.
- * @param subject  text in the code set @p code_set, which is the current one.
+ * @param dst           receives ASCII text. A safe room is 64 times the length of @p subject plus
+ *                      64 bytes.
+ * @param subject       text in the code set @p code_set, which is the current one.
  * @param mail_code_set as mbGetCodeSetForMail() gives it.
- * @param code_set code set of @p subject.
+ * @param code_set      code set of @p subject.
  * @return @p dst; an empty string for an empty subject and without memory.
  */
 char* convertSubjectForMail(char* dst, const char* subject, int mail_code_set, int code_set);
@@ -586,11 +787,12 @@ enum {
  * @param size   room of @p dst in bytes, at least 1. Longer lines are read in pieces of size - 1
  *               bytes, wherever these end; a quoted-printable piece whose last byte but one is "="
  *               is continued by the next.
+ * @param stream the mail.
  * @param from   code set of the stream's text.
  * @param kind   transfer kind. A quoted-printable line always ends in LF, also at the end of file.
  * @param wanted code set of the result.
  * @return @p dst; NULL at the end of the file (also where a continued line misses its
- *         continuation), on a read error, without memory or for a NULL @p dst.
+ *         continuation), on a read error, without memory, or when @p dst is NULL.
  */
 char* getLine(char* dst, int size, FILE* stream, int from, int kind, int wanted);
 /** @} */

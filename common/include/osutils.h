@@ -9,7 +9,7 @@
  *
  * Strings are zero-terminated byte strings that are handed to the system as they are, whatever the
  * current code set; lengths and rooms are bytes. Booleans are 1 and 0. Where a function reports a
- * failure, errno gives the reason.
+ * failure, errno gives the reason. Pointers are not NULL unless something is said of NULL.
  */
 #ifndef ZVUTIL_OSUTILS_H
 #define ZVUTIL_OSUTILS_H
@@ -30,19 +30,30 @@ extern "C" {
 #pragma GCC visibility push(default)
 
 /**
- * @defgroup paths Installation and configuration paths
+ * @defgroup zvutil_paths Installation and configuration paths
  * @brief Where the product is installed and where its configuration lies.
  *
  * The results are strings of the library, of at most 255 bytes; they stay valid for the life of
  * the process, and the caller neither changes nor frees them. No function fails. A setting that
- * would lead to a longer path counts as absent; it is never cut.
+ * would lead to a longer path counts as absent; it is never cut. The file itself is described in
+ * @ref zv_conf.
+ * @par Thread safety
+ * Any number of threads at once after InitializeSrvUtil(); of SetZVInstallPath() and the first call
+ * of OSGetAuditConfigPath() and OSGetZVMonitorConfigFile() one at a time, while no other thread
+ * asks for that path.
+ * @par Example
+ * @snippet services.c paths
  * @{
  */
 
 /**
- * Starts the layer: resolves the machine's names, then fills the caches of all paths but those of
- * the audit and monitor configuration files. Call it before other threads start.
+ * Starts the operating system services of the library.
+ *
+ * Resolves the machine's names, then fills the caches of all paths but those of the audit and
+ * monitor configuration files.
  * @return 1, or 0 when the machine's full name cannot be resolved; no path has been resolved then.
+ * @par Thread safety
+ * Before other threads start.
  */
 int InitializeSrvUtil(void);
 
@@ -50,12 +61,15 @@ int InitializeSrvUtil(void);
 void TerminateSrvUtil(void);
 
 /**
- * Sets the installation directory and resolves again what depends on it: the configuration
- * directory, the server, database and audit configuration files and the server database directory.
- * What OSGetZVQDirectory() and OSGetZVMonitorConfigFile() have given before stays.
- * Not while other threads ask for paths.
+ * Sets the installation directory and resolves again what depends on it.
+ *
+ * That is the configuration directory, the server, database and audit configuration files and the
+ * server database directory. What OSGetZVQDirectory() and OSGetZVMonitorConfigFile() have given
+ * before stays.
  * @param directory nothing happens when it is NULL, empty or too long: 237 bytes always fit, 255
  *                  where "ZVCONFIGDIR" names the configuration directory.
+ * @par Thread safety
+ * Only while no other thread asks for paths.
  */
 void SetZVInstallPath(const char* directory);
 
@@ -76,9 +90,11 @@ const char* OSGetServerConfigPath(void);
 const char* OSGetDBConfigPath(void);
 
 /**
- * Gives the audit configuration file; its first call fills a cache that InitializeSrvUtil() does
- * not.
+ * Gives the audit configuration file.
  * @return "zvaudit.conf" in the configuration directory.
+ * @par Thread safety
+ * The first call fills a cache that InitializeSrvUtil() does not; make it while no other thread
+ * does.
  */
 const char* OSGetAuditConfigPath(void);
 
@@ -93,17 +109,21 @@ const char* OSGetZVQDirectory(void);
 const char* OSGetServerDbPath(void);
 
 /**
- * Gives the monitor configuration file; its first call fills a cache that InitializeSrvUtil() does
- * not.
+ * Gives the monitor configuration file.
  * @param unused not looked at; may be NULL.
  * @return the value of "ZVMCONFIGFILE" in the environment, else "../conf/zvmonitor.conf".
+ * @par Thread safety
+ * The first call fills a cache that InitializeSrvUtil() does not; make it while no other thread
+ * does.
  */
 const char* OSGetZVMonitorConfigFile(const void* unused);
 
 /**
- * Reads a value from the server configuration file. A line that begins with the key gives the rest
- * of the line, without the blanks around it; the last such line counts. A line longer than 283
- * bytes is looked at in pieces, each as a line of its own.
+ * Reads a value from the server configuration file.
+ *
+ * A line that begins with the key gives the rest of the line, without the blanks around it; the
+ * last such line counts. A line longer than 283 bytes is looked at in pieces, each as a line of its
+ * own. The file is read afresh by every call.
  * @param key   not empty, its colon included.
  * @param value receives the value, cut after 255 bytes, or an empty string when there is none or
  *              the file cannot be read; room for 256 bytes.
@@ -118,18 +138,24 @@ void OSGetEol(char* out);
 /** @} */
 
 /**
- * @defgroup hostnames Host and server names
+ * @defgroup zvutil_hostnames Host and server names
  * @brief What this machine and this server are called.
  *
  * Names have at most 64 bytes, in the current code set; every output has room for 65 bytes. Letter
  * case is told apart only where that is said; that of ASCII, whatever the process locale. Why a
  * look-up failed is not reported.
+ * @par Thread safety
+ * Any number of threads at once after InitializeSrvUtil().
+ * @par Example
+ * @snippet services.c names
  * @{
  */
 
 /**
- * The server name of the configuration, empty without one. The host program writes it, terminated,
- * while no other thread reads it; the library only reads it, afresh on every call.
+ * Names the server, as it is configured; empty without a name.
+ *
+ * The host program writes it, terminated, while no other thread reads it; the library only reads
+ * it, afresh on every call.
  */
 extern char serverNameFromConfig[65];
 
@@ -140,7 +166,9 @@ typedef struct NameList {
 } NameList;
 
 /**
- * Resolves and caches the machine's full name: the official name of its node name's host entry.
+ * Resolves and caches the machine's full name.
+ *
+ * The full name is the official name in the host entry of the node name.
  * @return 1, or 0 when the node name cannot be looked up. It stands in for the full name then, and
  *         only the call that made the look-up reports the failure.
  */
@@ -163,8 +191,10 @@ int OSGetHostnameWithDomain(char* out);
 int OSGetRemoteHostnameWithDomain(const char* name, char* out);
 
 /**
- * Gives the full name of the server: the configured name with the machine's domain (all from the
- * first dot of its full name), or the machine's full name.
+ * Gives the full name of the server.
+ *
+ * That is the configured name with the machine's domain (all from the first dot of its full name),
+ * or the machine's full name.
  * @param out receives the name; untouched when the machine's full name cannot be had, the
  *            configured name alone when both together have more than 64 bytes.
  * @return 1, or 0 in these two cases.
@@ -183,16 +213,18 @@ void OSGetServerNameNoDomain(char* out);
 /**
  * Tells whether a name stands for an expected host.
  * @param name     a host name or alias.
- * @param expected the expected official name; NULL or empty accepts any name that resolves. When
- *                 a server name is configured, @p name is compared with that instead, case
- *                 included, and nothing is looked up.
+ * @param expected the expected official name; NULL or empty accepts any name that resolves. When a
+ *                 server name is configured, @p name is compared with that instead, case included,
+ *                 and nothing is looked up.
  * @return 1 or 0; 0 for a name that does not resolve.
  */
 int OSCheckHostnameUsingAlias(const char* name, const char* expected);
 
 /**
- * Tells whether a name designates this server. "@" always does; "*" and names that begin with "$"
- * never do. A name is looked up only when it is none of the names known here.
+ * Tells whether a name designates this server.
+ *
+ * "@" always does; "*" and names that begin with "$" never do. A name is looked up only when it is
+ * none of the names known here.
  * @param name may be NULL or empty, which designate nothing.
  * @param list further names of this server; may be NULL.
  * @return 1 or 0.
@@ -201,7 +233,7 @@ int IsCurrentServerName(const char* name, const NameList* list);
 /** @} */
 
 /**
- * @defgroup files Files
+ * @defgroup zvutil_files Files
  * @brief Locks, sizes and times, line files, names, temporary files.
  *
  * A name that ends in Fd takes a descriptor, one with ZV in it a stream of zvstdio.h, and the plain
@@ -211,6 +243,10 @@ int IsCurrentServerName(const char* name, const NameList* list);
  * The locks are the system's record locks, over the whole file however far it grows. They keep out
  * other processes that ask for one, not other threads. Closing any descriptor of a file releases
  * all locks that the process holds on it; so do OSFindLineInFile() and OSAppendLineToFile().
+ * @par Thread safety
+ * Any number of threads at once; a stream by one thread at a time.
+ * @par Example
+ * @snippet services.c files
  * @{
  */
 
@@ -222,72 +258,164 @@ enum {
 
 /**
  * Locks a whole file, or changes the lock that the process holds on it.
- * @param lock_type #ZV_LOCK_WRITE or #ZV_LOCK_READ.
- * @param wait 1 waits until the lock is granted, signals notwithstanding; any other value gives up
- *             when another process holds a conflicting lock.
- * @return 1; 0 with errno: EACCES or EAGAIN for a conflicting lock, EDEADLK when both processes
- *         would wait for each other, EBADF when the descriptor is not open for that type.
+ * @param descriptor the file.
+ * @param lock_type  #ZV_LOCK_WRITE or #ZV_LOCK_READ.
+ * @param wait       1 waits until the lock is granted, signals notwithstanding; any other value
+ *                   gives up when another process holds a conflicting lock.
+ * @return 1; 0 with errno.
+ * @par Errors
+ * - EACCES, EAGAIN: another process holds a conflicting lock.
+ * - EDEADLK: both processes would wait for each other.
+ * - EBADF: the descriptor is not open for that type.
  */
 unsigned char OSLockFileFd(int descriptor, int lock_type, int wait);
-/** OSLockFileFd() for a stream of zvstdio.h. */
+/**
+ * Locks the whole file of a stream of zvstdio.h, as OSLockFileFd() does.
+ * @param stream    the file.
+ * @param lock_type #ZV_LOCK_WRITE or #ZV_LOCK_READ.
+ * @param wait      1 waits until the lock is granted; any other value gives up.
+ * @return 1; 0 with errno.
+ * @par Errors
+ * - EACCES, EAGAIN: another process holds a conflicting lock.
+ * - EDEADLK: both processes would wait for each other.
+ * - EBADF: the descriptor is not open for that type.
+ */
 unsigned char OSLockZVFile(ZVFILE* stream, int lock_type, int wait);
-/** OSLockFileFd() for a standard stream. */
+/**
+ * Locks the whole file of a standard stream, as OSLockFileFd() does.
+ * @param stream    the file.
+ * @param lock_type #ZV_LOCK_WRITE or #ZV_LOCK_READ.
+ * @param wait      1 waits until the lock is granted; any other value gives up.
+ * @return 1; 0 with errno.
+ * @par Errors
+ * - EACCES, EAGAIN: another process holds a conflicting lock.
+ * - EDEADLK: both processes would wait for each other.
+ * - EBADF: the descriptor is not open for that type.
+ */
 unsigned char OSLockFile(FILE* stream, int lock_type, int wait);
 
-/** Releases the process's locks on a file. @return 1, also when there was none; 0 with errno. */
+/**
+ * Releases the process's locks on a file.
+ * @param descriptor the file.
+ * @return 1, also when there was none; 0 with errno.
+ * @par Errors
+ * - EBADF: the descriptor is not open.
+ */
 unsigned char OSUnLockFileFd(int descriptor);
-/** OSUnLockFileFd() for a stream of zvstdio.h. */
+/**
+ * Releases the process's locks on the file of a stream of zvstdio.h.
+ * @param stream the file.
+ * @return 1, also when there was none; 0 with errno.
+ * @par Errors
+ * - EBADF: the stream is not open.
+ */
 unsigned char OSUnLockZVFile(ZVFILE* stream);
-/** OSUnLockFileFd() for a standard stream. */
+/**
+ * Releases the process's locks on the file of a standard stream.
+ * @param stream the file.
+ * @return 1, also when there was none; 0 with errno.
+ * @par Errors
+ * - EBADF: the stream is not open.
+ */
 unsigned char OSUnLockFile(FILE* stream);
 
-/** Tells whether a path leads to something, symbolic links followed. @return 1, else 0. */
+/**
+ * Tells whether a path leads to something, symbolic links followed.
+ * @param path a path.
+ * @return 1; 0 with errno.
+ * @par Errors
+ * - any error of access(), ENOENT among them.
+ */
 unsigned char OSFileExists(const char* path);
 
-/** Gives the time of a file's last modification. @return seconds since the epoch; 0 on failure. */
+/**
+ * Gives the time of a file's last modification.
+ * @param stream a stream of zvstdio.h.
+ * @return seconds since the epoch; 0 with errno on failure.
+ * @par Errors
+ * - EBADF: the stream is not open.
+ */
 time_t OSZVFileModifiedTime(ZVFILE* stream);
-/** OSZVFileModifiedTime() for a standard stream. */
+/**
+ * Gives the time of the last modification of a standard stream's file.
+ * @param stream a standard stream.
+ * @return seconds since the epoch; 0 with errno on failure.
+ * @par Errors
+ * - EBADF: the stream is not open.
+ */
 time_t OSFileModifiedTime(FILE* stream);
 
 /**
  * Gives the size of a file.
- * @return bytes; -1 with errno, EOVERFLOW for a size beyond 2147483647.
+ * @param path a path; symbolic links are followed.
+ * @return bytes; -1 with errno.
+ * @par Errors
+ * - EOVERFLOW: the size is beyond 2147483647.
+ * - any error of stat().
  */
 int OSFileSize(const char* path);
 
 /**
  * Cuts a file, or extends it with zero bytes.
- * @param length bytes; below 0 is taken as 0.
+ * @param descriptor the file.
+ * @param length     bytes; below 0 is taken as 0.
  * @return 1; 0 with errno.
+ * @par Errors
+ * - EBADF, EINVAL: the file is not open for writing.
+ * - any error of ftruncate().
  */
 unsigned char OSFileTruncateFd(int descriptor, int length);
-/** OSFileTruncateFd() for a stream of zvstdio.h. */
+/**
+ * Cuts the file of a stream of zvstdio.h, or extends it with zero bytes.
+ * @param stream the file.
+ * @param length bytes; below 0 is taken as 0.
+ * @return 1; 0 with errno.
+ * @par Errors
+ * - EBADF, EINVAL: the file is not open for writing.
+ * - any error of ftruncate().
+ */
 unsigned char OSZVFileTruncate(ZVFILE* stream, int length);
-/** OSFileTruncateFd() for a standard stream. */
+/**
+ * Cuts the file of a standard stream, or extends it with zero bytes.
+ * @param stream the file.
+ * @param length bytes; below 0 is taken as 0.
+ * @return 1; 0 with errno.
+ * @par Errors
+ * - EBADF, EINVAL: the file is not open for writing.
+ * - any error of ftruncate().
+ */
 unsigned char OSFileTruncate(FILE* stream, int length);
 
 /**
  * Searches a file for a line, under a read lock that it waits for.
+ * @param path a path.
  * @param text the whole line, its line feed included; compared byte by byte. A line of more than
  *             351 bytes counts as several, each of 351 bytes but the last.
  * @return the number of the first such line, from 1; 0 when there is none (a line that the end of
  *         the file ends, rather than a line feed, is none); -1 with errno when the file cannot be
  *         opened, locked or read.
+ * @par Errors
+ * - any error of open(), read() and the locking, as OSLockFileFd() gives them.
  */
 int OSFindLineInFile(const char* path, const char* text);
 
 /**
- * Appends a line to a file, which it makes where there is none, under a write lock that it waits
- * for: lines from several processes never mix.
+ * Appends a line to a file, under a write lock that it waits for.
+ *
+ * Lines from several processes never mix. The file is made where there is none.
+ * @param path a path.
  * @param text the line, without its line feed.
  * @return 0; -1 with errno when the file cannot be opened or locked, or the line not be written
  *         whole. A part of a line is taken away again.
+ * @par Errors
+ * - any error of open(), write() and the locking, as OSLockFileFd() gives them.
  */
 int OSAppendLineToFile(const char* path, const char* text);
 
 /**
- * Removes the entries of a directory whose names match a pattern. Directories, what may not be
- * removed, and paths of more than 511 bytes stay.
+ * Removes the entries of a directory whose names match a pattern.
+ *
+ * Directories, what may not be removed, and paths of more than 511 bytes stay.
  * @param directory path of the directory, with or without a trailing slash.
  * @param pattern   as in fnmatch(): "*", "?" and "*.[ch]" match leading dots too, a backslash takes
  *                  the next character literally.
@@ -295,14 +423,21 @@ int OSAppendLineToFile(const char* path, const char* text);
  */
 int OSRemoveFiles(const char* directory, const char* pattern);
 
-/** Renames a file as rename() does, in place of one of the new name. @return 0; -1 with errno. */
+/**
+ * Renames a file as rename() does, in place of one of the new name.
+ * @param old_path the file.
+ * @param new_path its new path, on the same file system.
+ * @return 0; -1 with errno.
+ * @par Errors
+ * - any error of rename().
+ */
 int OSRename(const char* old_path, const char* new_path);
 
 /**
- * Composes a file name: the directory and the name put together, or a name that begins with "/"
- * alone.
+ * Composes a file name of a directory and a name.
  * @param directory ends with "/"; not looked at for a name that begins with "/".
- * @param out       room for 256 bytes; emptied on failure.
+ * @param name      the name; it stands alone when it begins with "/".
+ * @param out       receives the file name; room for 256 bytes; emptied on failure.
  * @return 1; 0 when the result would have more than 255 bytes.
  */
 unsigned char OSBuildFilename(const char* directory, const char* name, char* out);
@@ -311,30 +446,48 @@ unsigned char OSBuildFilename(const char* directory, const char* name, char* out
 const char* OSTmpPath(void);
 
 /**
- * Makes up the name of a file that does not exist, in the directory of the environment variable
- * "TMPDIR" or else the system's. Another process may make that file first: open it with O_EXCL, or
- * take a file without a name from OSTmpZVFile(), OSTmpFile() or OSTmpFileFd().
+ * Makes up the name of a file that does not exist.
+ *
+ * The directory is that of the environment variable "TMPDIR" or else the system's. Another process
+ * may make that file first: open it with O_EXCL, or take a file without a name from OSTmpZVFile(),
+ * OSTmpFile() or OSTmpFileFd().
  * @param prefix the first bytes of the name, of which the system takes five; may be NULL.
  * @return the path, to be released with free(); NULL with errno.
+ * @par Errors
+ * - ENOMEM: no memory for the path.
+ * - EEXIST: no unused name was found.
  */
 char* OSTmpName(const char* prefix);
 
 /**
- * Opens a temporary file, for reading and writing. It has no name, so that nobody else can open it,
- * and goes when it is closed.
+ * Opens a temporary file, for reading and writing.
+ *
+ * It has no name, so that nobody else can open it, and goes when it is closed.
  * @return the stream, to be closed with ZVfclose(); NULL with errno.
+ * @par Errors
+ * - any error of open() or mkstemp(); ENOMEM.
  */
 ZVFILE* OSTmpZVFile(void);
 
-/** OSTmpZVFile() as a standard stream. @return the stream, to be closed; NULL with errno. */
+/**
+ * Opens a temporary file as OSTmpZVFile() does, as a standard stream.
+ * @return the stream, to be closed with fclose(); NULL with errno.
+ * @par Errors
+ * - any error of tmpfile().
+ */
 FILE* OSTmpFile(void);
 
-/** OSTmpZVFile() as a descriptor. @return the descriptor, to be closed; -1 with errno. */
+/**
+ * Opens a temporary file as OSTmpZVFile() does, as a descriptor.
+ * @return the descriptor, to be closed with close(); -1 with errno.
+ * @par Errors
+ * - any error of open() or mkstemp().
+ */
 int OSTmpFileFd(void);
 /** @} */
 
 /**
- * @defgroup process Process, log, locale and system
+ * @defgroup zvutil_process Process, log, locale and system
  * @brief Alarms and limits of the process, the system log, message catalogues, the machine.
  *
  * The log functions write one message each, at the priority LOG_ERR and to the facility that the
@@ -342,26 +495,35 @@ int OSTmpFileFd(void);
  * one of syslog(), "%m" included. The values are words, passed on unchanged: integers are formatted
  * with "%ld" and its kin, a pointer is cast to intptr_t and formatted with "%s" or "%p". Values
  * that the format does not name are passed as 0. The type that some of them take is ignored.
+ * @par Thread safety
+ * Any number of threads at once; the alarm, its action and the environment are the process's.
+ * @par Example
+ * @snippet services.c process
  * @{
  */
 
 /**
- * 1 after an OSAlarm() that armed the alarm, 0 at first and after one that cancelled it. It stays 1
- * when the alarm goes off. The library never reads it.
+ * Tells whether the last OSAlarm() armed the alarm (1) or cancelled it (0); 0 at first.
+ *
+ * It stays 1 when the alarm goes off. The library never reads it.
  */
 extern int pellorAlarmIsSet;
 
-/** Lets the calling thread sleep; a signal may end the sleep early. */
+/**
+ * Lets the calling thread sleep.
+ * @param seconds how long; a signal may end the sleep early.
+ */
 void OSSleep(unsigned seconds);
 
 /**
  * Sends a signal to a process; a failure is not reported.
- * @param process 0 for the caller's process group. A negative id does nothing, so that no mistake
- *                signals every process.
+ * @param process       0 for the caller's process group. A negative id does nothing, so that no
+ *                      mistake signals every process.
+ * @param signal_number the signal.
  */
 void OSSignalProcess(pid_t process, int signal_number);
 
-/** Does nothing: the system sets the priorities. */
+/** Does nothing: the system sets the priorities. @param priority not looked at. */
 void OSSetProcPrio(int priority);
 
 /** Raises the process's limit of open descriptors to its hard limit; a failure is not reported. */
@@ -378,67 +540,122 @@ void OSInitAlarms(void);
 void OSSetAlarmProc(const struct sigaction* action, struct sigaction* old_action);
 
 /**
- * Arms the process's one alarm, in place of the one before, and sets #pellorAlarmIsSet.
+ * Arms the process's one alarm, in place of the one before, and sets pellorAlarmIsSet.
  * @param seconds 0 cancels the alarm.
  * @return the seconds that the alarm before had left, 0 when there was none.
  */
 unsigned OSAlarm(unsigned seconds);
 
-/** Logs a message of five values. */
+/**
+ * Logs a message of five values.
+ * @param format as for syslog().
+ * @param value1 a value, or 0.
+ * @param value2 a value, or 0.
+ * @param value3 a value, or 0.
+ * @param value4 a value, or 0.
+ * @param value5 a value, or 0.
+ */
 void OSLogError(const char* format, intptr_t value1, intptr_t value2, intptr_t value3,
                 intptr_t value4, intptr_t value5);
 
-/** The same as OSLogError(). */
+/**
+ * Logs a message of five values; the same as OSLogError().
+ * @param format as for syslog().
+ * @param value1 a value, or 0.
+ * @param value2 a value, or 0.
+ * @param value3 a value, or 0.
+ * @param value4 a value, or 0.
+ * @param value5 a value, or 0.
+ */
 void OSLogError2(const char* format, intptr_t value1, intptr_t value2, intptr_t value3,
                  intptr_t value4, intptr_t value5);
 
-/** Logs a message of four values. */
+/**
+ * Logs a message of four values.
+ * @param format as for syslog().
+ * @param value1 a value, or 0.
+ * @param value2 a value, or 0.
+ * @param value3 a value, or 0.
+ * @param value4 a value, or 0.
+ */
 void OSLogError3(const char* format, intptr_t value1, intptr_t value2, intptr_t value3,
                  intptr_t value4);
 
-/** Logs a message of five values; the type stands before the last of them. */
+/**
+ * Logs a message of five values, with a type before the last of them.
+ * @param format as for syslog().
+ * @param value1 a value, or 0.
+ * @param value2 a value, or 0.
+ * @param value3 a value, or 0.
+ * @param value4 a value, or 0.
+ * @param type   ignored.
+ * @param value5 a value, or 0.
+ */
 void OSLogErrorWithType(const char* format, intptr_t value1, intptr_t value2, intptr_t value3,
                         intptr_t value4, int type, intptr_t value5);
 
-/** The same as OSLogErrorWithType(). */
+/**
+ * Logs a message of five values; the same as OSLogErrorWithType().
+ * @param format as for syslog().
+ * @param value1 a value, or 0.
+ * @param value2 a value, or 0.
+ * @param value3 a value, or 0.
+ * @param value4 a value, or 0.
+ * @param type   ignored.
+ * @param value5 a value, or 0.
+ */
 void OSLogError2WithType(const char* format, intptr_t value1, intptr_t value2, intptr_t value3,
                          intptr_t value4, int type, intptr_t value5);
 
-/** Logs a message of four values; the type stands before the last of them. */
+/**
+ * Logs a message of four values, with a type before the last of them.
+ * @param format as for syslog().
+ * @param value1 a value, or 0.
+ * @param value2 a value, or 0.
+ * @param value3 a value, or 0.
+ * @param type   ignored.
+ * @param value4 a value, or 0.
+ */
 void OSLogError3WithType(const char* format, intptr_t value1, intptr_t value2, intptr_t value3,
                          int type, intptr_t value4);
 
-/** Logs a text as it is, percent signs included. */
+/** Logs a text as it is, percent signs included. @param text the message. */
 void OSLogString(const char* text);
 
-/** Logs a text as it is; the type is ignored. */
+/**
+ * Logs a text as it is, with a type.
+ * @param text the message, percent signs included.
+ * @param type ignored.
+ */
 void OSLogStringWithType(const char* text, int type);
 
-/** Takes the time of day, as OSGetStatsTime() does. @param stamp receives it. */
+/** Takes the time of day for statistics, as OSGetStatsTime() does. @param stamp receives it. */
 void OSGetTimeForStats(ZVStatsTime* stamp);
 
 /** Does nothing: streams have one mode. */
 void OSSetDefaultStreamMode(void);
 
 /**
- * Prepares the environment for message catalogues. "LANG" becomes "C" when it is missing or empty.
+ * Prepares the environment for message catalogues.
+ *
+ * "LANG" becomes "C" when it is missing or empty.
  * "/usr/lib/locale/%L/LC_MESSAGES/%N" is added behind the value of "NLSPATH", which may be missing
  * or empty; each call adds it again. Without memory, "NLSPATH" stays as it was.
- *
- * Changes the environment: call it before other threads start, and before any locale is used.
+ * @par Thread safety
+ * Before other threads start, and before any locale is used: it changes the environment.
  */
 void OSInitLanguage(void);
 
 /**
  * Gives the hardware class of the machine, such as "x86_64".
- * @param out room for 258 bytes; emptied on failure.
+ * @param out receives it; room for 258 bytes; emptied on failure.
  * @return 1, or 0 when the system does not tell.
  */
 unsigned char OSGetHardware(char* out);
 
 /**
  * Gives the name and the release of the operating system, with a space between them.
- * @param out room for 516 bytes; emptied on failure.
+ * @param out receives them; room for 516 bytes; emptied on failure.
  * @return 1, or 0 when the system does not tell.
  */
 unsigned char OSGetOS(char* out);

@@ -3,6 +3,8 @@
  * @brief Thread primitives, reentrant look-ups, XML encoding declaration, currency detail lists.
  *
  * Nothing here keeps state of its own: every function may run in any number of threads at once.
+ * Strings are zero-terminated; rooms are bytes. Pointers are not NULL unless something is said of
+ * NULL.
  */
 #ifndef ZVUTIL_ZVOSUTIL_H
 #define ZVUTIL_ZVOSUTIL_H
@@ -18,25 +20,33 @@ extern "C" {
 #pragma GCC visibility push(default)
 
 /**
- * @defgroup threads Critical sections and thread-local storage
+ * @defgroup zvutil_threads Critical sections and thread-local storage
  * @brief Portable names for a mutex and a key; the objects belong to the caller.
  *
  * Initialise a critical section once, enter and leave it from any threads, delete it when none
  * uses it any more. It excludes threads, not processes, and it is not recursive: a thread that
  * enters it twice waits for ever. Failures are not reported.
+ * @par Thread safety
+ * Any number of threads at once; initialising and deleting an object only while no other thread
+ * uses it.
+ * @par Example
+ * @snippet services.c threads
  * @{
  */
 
 /** Initialises a critical section. @param section a mutex, not yet initialised. */
 void OSInitializeCriticalSection(pthread_mutex_t* section);
 
-/** Waits until the calling thread holds a critical section. */
+/** Waits until the calling thread holds a critical section. @param section an initialised one. */
 void OSEnterCriticalSection(pthread_mutex_t* section);
 
-/** Leaves a critical section that the calling thread holds. */
+/** Leaves a critical section. @param section one that the calling thread holds. */
 void OSLeaveCriticalSection(pthread_mutex_t* section);
 
-/** Releases what a critical section takes of the system; no thread may hold or await it. */
+/**
+ * Releases what a critical section takes of the system.
+ * @param section one that no thread holds or awaits.
+ */
 void OSDeleteCriticalSection(pthread_mutex_t* section);
 
 /**
@@ -46,19 +56,37 @@ void OSDeleteCriticalSection(pthread_mutex_t* section);
  */
 void OSTLSAlloc(pthread_key_t* key);
 
-/** Gives the calling thread's value of a key. @return the value; NULL when it has set none. */
+/**
+ * Gives the calling thread's value of a key.
+ * @param key a key of OSTLSAlloc().
+ * @return the value; NULL when the thread has set none.
+ */
 void* OSTLSGetValue(pthread_key_t key);
 
-/** Sets the calling thread's value of a key. @param value any pointer; it is only kept. */
+/**
+ * Sets the calling thread's value of a key.
+ * @param key   a key of OSTLSAlloc().
+ * @param value any pointer; it is only kept.
+ */
 void OSTLSSetValue(pthread_key_t key, const void* value);
 
-/** Gives a key back. The values that threads have set are not released. */
+/**
+ * Gives a key back.
+ *
+ * The values that threads have set are not released.
+ * @param key a key of OSTLSAlloc().
+ */
 void OSTLSFree(pthread_key_t key);
 /** @} */
 
 /**
- * @defgroup lookups Reentrant look-ups and time
+ * @defgroup zvutil_lookups Reentrant look-ups and time
  * @brief The system's look-ups, with their results in the caller's memory.
+ *
+ * @par Thread safety
+ * Any number of threads at once.
+ * @par Example
+ * @snippet services.c lookups
  * @{
  */
 
@@ -66,7 +94,8 @@ void OSTLSFree(pthread_key_t key);
  * Looks a host up by its name.
  * @param name          host name, alias or dotted address.
  * @param entry         receives the entry; its strings and lists stand in @p buffer.
- * @param buffer        work area of @p buffer_length bytes; 1024 do for most hosts.
+ * @param buffer        work area; 1024 bytes do for most hosts.
+ * @param buffer_length room of @p buffer in bytes.
  * @param error         receives the reason of a failure: HOST_NOT_FOUND, TRY_AGAIN, NO_RECOVERY,
  *                      NO_DATA, or NETDB_INTERNAL when the buffer is too small.
  * @return @p entry, or NULL. What @p error holds after a success means nothing.
@@ -80,7 +109,8 @@ struct hostent* OSGetHostByName(const char* name, struct hostent* entry, char* b
  * @param address_length their number: 4 for AF_INET, 16 for AF_INET6.
  * @param address_type   AF_INET or AF_INET6.
  * @param entry          receives the entry; its strings and lists stand in @p buffer.
- * @param buffer         work area of @p buffer_length bytes.
+ * @param buffer         work area.
+ * @param buffer_length  room of @p buffer in bytes.
  * @param error          receives the reason of a failure, as for OSGetHostByName().
  * @return @p entry, or NULL.
  */
@@ -91,7 +121,9 @@ struct hostent* OSGetHostByAddr(const void* address, int address_length, int add
  * Converts a calendar time to local time.
  * @param seconds     seconds since the epoch.
  * @param broken_down receives the local time.
- * @return @p broken_down, or NULL with `errno` EOVERFLOW when the year does not fit.
+ * @return @p broken_down; NULL with errno.
+ * @par Errors
+ * - EOVERFLOW: the year does not fit.
  */
 struct tm* OSLocalTime(const time_t* seconds, struct tm* broken_down);
 
@@ -101,12 +133,18 @@ typedef struct ZVStatsTime {
     uint32_t microseconds; /**< 0 to 999999. */
 } ZVStatsTime;
 
-/** Takes the time of day. @param stamp receives it. */
+/** Takes the time of day for statistics. @param stamp receives it. */
 void OSGetStatsTime(ZVStatsTime* stamp);
 /** @} */
 
 /**
- * @defgroup xml XML encoding declaration
+ * @defgroup zvutil_xml XML encoding declaration
+ * @brief The declaration of an XML document made to name another code set.
+ *
+ * @par Thread safety
+ * Any number of threads at once.
+ * @par Example
+ * @snippet services.c documents
  * @{
  */
 
@@ -125,11 +163,15 @@ void SetEncodingForXMLDoc(const char* document, int code_set, char** result);
 /** @} */
 
 /**
- * @defgroup currency Currency detail lists
+ * @defgroup zvutil_currency Currency detail lists
  * @brief Lists of currency details and their text form.
  *
  * The text is the count, then code and value of each record, every one of them followed by a
  * backslash and nothing escaped: `2\USD\2\JPY\0\`.
+ * @par Thread safety
+ * Any number of threads at once; a list by one thread at a time.
+ * @par Example
+ * @snippet services.c currencies
  * @{
  */
 

@@ -27,87 +27,142 @@ extern "C" {
 #endif
 #pragma GCC visibility push(default)
 
+/**
+ * @defgroup zvutil_streams Buffered file streams
+ * @brief The standard stream functions over descriptors, with reads and writes freely mixed.
+ *
+ * @par Thread safety
+ * Any number of threads at once, each stream by one thread at a time.
+ * @par Example
+ * @snippet services.c streams
+ * @{
+ */
+
 /** An open stream, to be released with ZVfclose(). */
 typedef struct ZVFILE ZVFILE;
 
 /**
- * @defgroup streams Buffered file streams
- * @{
- */
-
-/**
  * Opens a file.
- * @param path a file name, handed to the system as it is. A new file gets the permissions 0777
- *             less the umask.
+ * @param path a file name, handed to the system as it is. A new file gets the permissions 0777 less
+ *             the umask.
  * @param mode "r" to read, "w" to write a file made empty, "a" to write at the end of a file; then
  *             an optional "b", which changes nothing; then "+" to read and write. Any other first
  *             character opens for reading only.
  * @return the stream, at position 0 in every mode; the caller closes it. NULL with errno when the
  *         file cannot be opened or there is no memory (no file is touched then).
+ * @par Errors
+ * - ENOMEM: no memory for the stream.
+ * - any error of open().
  */
 ZVFILE* ZVfopen(const char* path, const char* mode);
 
 /**
- * Makes a stream of an open descriptor, which is not checked.
- * @param mode an "a" anywhere in it makes every write go to the end of the file; else ignored.
+ * Makes a stream of an open descriptor.
+ * @param descriptor it is not checked.
+ * @param mode       an "a" anywhere in it makes every write go to the end of the file; else
+ *                   ignored.
  * @return the stream, at position 0 wherever the descriptor stands; the caller closes it, and the
  *         descriptor with it. NULL with errno when there is no memory.
+ * @par Errors
+ * - ENOMEM: no memory for the stream.
  */
 ZVFILE* ZVfdopen(int descriptor, const char* mode);
 
-/** Closes a stream and its descriptor. @return 0; -1 for an invalid handle. */
+/**
+ * Closes a stream and its descriptor.
+ * @param stream a stream, released by the call.
+ * @return 0; -1 for an invalid handle.
+ * @par Errors
+ * - EBADF: the handle is NULL or no open stream.
+ */
 int ZVfclose(ZVFILE* stream);
 
 /**
  * Reads a byte.
+ * @param stream a stream.
  * @return the byte as a signed value, -128 to 127; -1 at the end of the file and on errors. Of the
  *         byte FF, which gives -1 too, ZVfeof() and ZVferror() tell these apart.
+ * @par Errors
+ * - EBADF: the handle is NULL or no open stream.
+ * - EOVERFLOW: the position would pass 2147483647.
+ * - any error of read().
  */
 int ZVfgetc(ZVFILE* stream);
 
 /**
- * Pushes a byte back, to be read next; the position goes down by 1 and the end of the file is no
- * longer met. Four bytes always have room in front of those that one read of the file brought.
- * @param c its low 8 bits are pushed back, also of -1.
- * @return @p c; -1 when there is no room left.
+ * Pushes a byte back, to be read next.
+ *
+ * The position goes down by 1 and the end of the file is no longer met. Four bytes always have room
+ * in front of those that one read of the file brought.
+ * @param c      its low 8 bits are pushed back, also of -1.
+ * @param stream a stream.
+ * @return @p c; -1 when there is no room left and for an invalid handle.
+ * @par Errors
+ * - EBADF: the handle is NULL or no open stream.
  */
 int ZVungetc(int c, ZVFILE* stream);
 
 /**
- * Reads items. Bytes of an incomplete last item are read but not counted.
- * @param dst   receives the bytes; room for @p size * @p count bytes.
- * @param size  bytes of an item.
- * @param count items to read.
+ * Reads items.
+ *
+ * Bytes of an incomplete last item are read but not counted.
+ * @param dst    receives the bytes; room for @p size * @p count bytes.
+ * @param size   bytes of an item.
+ * @param count  items to read.
+ * @param stream a stream.
  * @return items read, fewer than @p count at the end of the file; 0 on errors, although bytes may
  *         have been read; (size_t)-1 for an invalid handle.
+ * @par Errors
+ * - EBADF: the handle is NULL or no open stream.
+ * - EOVERFLOW: the position would pass 2147483647.
+ * - any error of read().
  */
 size_t ZVfread(void* dst, size_t size, size_t count, ZVFILE* stream);
 
 /**
- * Reads a line, its newline included; only a newline (0A) ends one. The rest of a line that is too
- * long stays for the next call.
- * @param s receives the line, always terminated; room for @p n bytes.
- * @param n bytes; below 2 nothing is read or stored.
+ * Reads a line, its newline included.
+ *
+ * Only a newline (0A) ends a line. The rest of a line that is too long stays for the next call.
+ * @param s      receives the line, always terminated; room for @p n bytes.
+ * @param n      bytes; below 2 nothing is read or stored.
+ * @param stream a stream.
  * @return @p s. When the file ends or fails behind some bytes of a line, these are the line; when
  *         there are none, NULL.
+ * @par Errors
+ * - EBADF: the handle is NULL or no open stream.
+ * - EOVERFLOW: the position would pass 2147483647.
+ * - any error of read().
  */
 char* ZVfgets(char* s, int n, ZVFILE* stream);
 
 /**
- * Writes items at the position, or at the end of the file in append mode. A write that a signal
- * interrupts goes on.
- * @param src   @p size * @p count bytes.
- * @param size  bytes of an item; 0 does nothing.
- * @param count items to write.
+ * Writes items at the position, or at the end of the file in append mode.
+ *
+ * A write that a signal interrupts goes on.
+ * @param src    @p size * @p count bytes.
+ * @param size   bytes of an item; 0 does nothing.
+ * @param count  items to write.
+ * @param stream a stream.
  * @return @p count; 0 on errors. The position counts what was written before the error.
+ * @par Errors
+ * - EBADF: the handle is NULL or no open stream.
+ * - EOVERFLOW: the position would pass 2147483647.
+ * - any error of write(), or of lseek() but ESPIPE.
  */
 size_t ZVfwrite(const void* src, size_t size, size_t count, ZVFILE* stream);
 
 /**
  * Writes formatted text.
+ * @param stream a stream.
  * @param format as for printf().
+ * @param ...    the values, as for printf().
  * @return bytes written; 0 when the write fails or there is no memory (needed for texts from 16384
  *         bytes), and for an empty text; vsnprintf()'s result when it is negative.
+ * @par Errors
+ * - EBADF: the handle is NULL or no open stream.
+ * - EOVERFLOW: the position would pass 2147483647.
+ * - ENOMEM: no memory for a long text.
+ * - any error of write(), or of lseek() but ESPIPE.
  */
 int ZVfprintf(ZVFILE* stream, const char* format, ...)
 #ifdef __GNUC__
@@ -115,46 +170,107 @@ int ZVfprintf(ZVFILE* stream, const char* format, ...)
 #endif
     ;
 
-/** Writes the low 8 bits of @p c as a byte. @return @p c; -1 on errors. */
+/**
+ * Writes a byte.
+ * @param c      its low 8 bits are written.
+ * @param stream a stream.
+ * @return @p c; -1 on errors.
+ * @par Errors
+ * - EBADF: the handle is NULL or no open stream.
+ * - EOVERFLOW: the position would pass 2147483647.
+ * - any error of write(), or of lseek() but ESPIPE.
+ */
 int ZVfputc(int c, ZVFILE* stream);
 
-/** Writes a string. @return its length in bytes; -1 on errors and for an empty string. */
+/**
+ * Writes a string.
+ * @param s      the string, written without its terminator.
+ * @param stream a stream.
+ * @return its length in bytes; -1 on errors and for an empty string.
+ * @par Errors
+ * - EBADF: the handle is NULL or no open stream.
+ * - EOVERFLOW: the position would pass 2147483647.
+ * - any error of write(), or of lseek() but ESPIPE.
+ */
 int ZVfputs(const char* s, ZVFILE* stream);
 
-/** Tells the position. @return bytes; below 0 after a push-back at 0; -1 for an invalid handle. */
+/**
+ * Tells the position.
+ * @param stream a stream.
+ * @return bytes; below 0 after a push-back at 0; -1 for an invalid handle.
+ * @par Errors
+ * - EBADF: the handle is NULL or no open stream.
+ */
 long ZVftell(ZVFILE* stream);
 
-/** Tells the position. @param pos receives it, in bytes. @return 0; -1 for an invalid handle. */
+/**
+ * Stores the position.
+ * @param stream a stream.
+ * @param pos    receives the position in bytes.
+ * @return 0; -1 for an invalid handle.
+ * @par Errors
+ * - EBADF: the handle is NULL or no open stream.
+ */
 int ZVfgetpos(ZVFILE* stream, long* pos);
 
 /**
- * Moves the position; bytes pushed back are dropped and the end of the file is no longer met.
+ * Moves the position.
+ *
+ * Bytes pushed back are dropped and the end of the file is no longer met.
+ * @param stream a stream.
  * @param offset bytes from the place that @p whence names.
  * @param whence SEEK_SET for the start of the file, SEEK_END for its end; any other value for the
  *               position.
  * @return 0; -1 with errno when that is no position or the file has none. Nothing changes then.
+ * @par Errors
+ * - EBADF: the handle is NULL or no open stream.
+ * - EOVERFLOW: the position would pass 2147483647.
+ * - EINVAL: the position would lie before the file.
+ * - ESPIPE: the descriptor is a pipe or a socket.
  */
 int ZVfseek(ZVFILE* stream, long offset, int whence);
 
-/** Moves the position to the start of the file, and clears what ZVclearerr() clears. */
+/**
+ * Moves the position to the start of the file.
+ *
+ * Clears what ZVclearerr() clears, too.
+ * @param stream a stream.
+ */
 void ZVrewind(ZVFILE* stream);
 
-/** Tells whether a read met the end of the file. @return 1 or 0; 0 for an invalid handle too. */
+/**
+ * Tells whether a read met the end of the file.
+ * @param stream a stream.
+ * @return 1 or 0; 0 for an invalid handle too.
+ * @par Errors
+ * - EBADF: the handle is NULL or no open stream.
+ */
 int ZVfeof(ZVFILE* stream);
 
 /**
  * Tells why the last read, write or positioning that failed did.
+ * @param stream a stream.
  * @return its errno value; 0 when none has failed; -1 for an invalid handle.
  */
 int ZVferror(ZVFILE* stream);
 
-/** Forgets errors and that the end of the file was met. */
+/** Forgets errors and that the end of the file was met. @param stream a stream. */
 void ZVclearerr(ZVFILE* stream);
 
-/** Does nothing, since no write is held back. @return 0; -1 for an invalid handle. */
+/**
+ * Does nothing, since no write is held back.
+ * @param stream a stream.
+ * @return 0; -1 for an invalid handle.
+ * @par Errors
+ * - EBADF: the handle is NULL or no open stream.
+ */
 int ZVfflush(ZVFILE* stream);
 
-/** Tells the descriptor. @return it; -1 for an invalid handle, errno untouched. */
+/**
+ * Tells the descriptor.
+ * @param stream a stream.
+ * @return it; -1 for an invalid handle, errno untouched.
+ */
 int ZVfileno(ZVFILE* stream);
 /** @} */
 

@@ -18,18 +18,6 @@ Byte* put_code(Byte* out, TextCode code) {
     return out + kPairSize;
 }
 
-// By how many bytes a character of plane 1 or 2 is longer in EUC-TW than in Big5. No branch: a text
-// of both has no pattern that one could foresee.
-size_t growth(TextCode cns) {
-    return ((cns & kFirstHighBit) == 0) * 2u;
-}
-
-// Writes a character of plane 1 or 2. A needless shift is overwritten.
-Byte* put_low_plane(Byte* out, TextCode cns) {
-    put_pair(out, kSingleShift2, 0xA2);
-    return put_code(out + growth(cns), cns | kHighBits);
-}
-
 Byte* put_cns(Byte* out, TextCode cns) {
     if (cns == 0)
         return put_code(out, kUnknown);
@@ -42,49 +30,83 @@ Byte* put_big5(Byte* out, TextCode big5) {
     return put_code(out, big5 == 0 ? kUnknown : big5);
 }
 
-// The counterparts of four two-byte characters, the unit in which a text is converted ahead of the
-// rule for one character.
-struct Block {
-    static constexpr int kCharacters = 4;
-    static constexpr size_t kSize = kCharacters * kPairSize;
+// A block of pairs in a table. The first entry, which is empty, stands for what is not in it.
+struct TableBlock {
+    PairBlock lead;
+    PairBlock trail;
 
-    TextCode codes[kCharacters];
+    explicit TableBlock(ByteBlock bytes)
+        : lead(std::bit_cast<PairBlock>(bytes) & 0xFF),
+          trail(std::bit_cast<PairBlock>(bytes) >> 8) {}
+
+    static PairBlock is_within(PairBlock bytes, std::int16_t first, std::int16_t last) {
+        const SignedPairBlock values = std::bit_cast<SignedPairBlock>(bytes);
+        return std::bit_cast<PairBlock>((values >= first) & (values <= last));
+    }
+    static PairBlock is_gr(PairBlock bytes) { return is_within(bytes, 0xA1, 0xFE); }
 
     template <class Map>
-    Block(const Map& map, const Byte* in) {
-        for (int i = 0; i < kCharacters; ++i)
-            codes[i] = map.find(in[2 * i], in[2 * i + 1]);
+    PairBlock look_up(const Map& map, PairBlock cells, PairBlock in_table) const {
+        const PairBlock places = ((lead - 0xA0) * Map::kRowSize + cells) & in_table;
+        PairBlock codes{};
+        for (size_t i = 0; i < kBlockSize / kPairSize; ++i)
+            codes[i] = map.codes[places[i]];
+        return codes;
     }
-    bool all_have(TextCode bits) const {
-        return (codes[0] & codes[1] & codes[2] & codes[3] & bits) == bits;
+};
+
+// The kernels of characters of plane 1, which holds nearly all of those in use.
+struct PairKernel {
+    static constexpr size_t kCharacter = kPairSize;
+};
+
+struct Big5ToEucTwPairs : PairKernel {
+    static constexpr size_t kSafeLeft = kBlockSize;
+
+    static PairBlock high_trails(TableBlock block) { return TableBlock::is_gr(block.trail); }
+    static PairBlock in_table(TableBlock block) {
+        return TableBlock::is_gr(block.lead) &
+               (TableBlock::is_within(block.trail, 0x40, 0x7E) | high_trails(block));
     }
+    static PairBlock not_plain(ByteBlock bytes) { return ~in_table(TableBlock(bytes)); }
+    static PairBlock convert(ByteBlock bytes) {
+        const TableBlock block(bytes);
+        const PairBlock offset = 0x40 + (high_trails(block) & (0x62 - 0x40));
+        return block.look_up(kCnsOfBig5, block.trail - offset, in_table(block));
+    }
+    static PairBlock rejected(PairBlock cns) { return ~cns; }
+};
+
+struct EucTwToBig5Pairs : PairKernel {
+    static constexpr size_t kSafeLeft = kSafeFromEucTw;
+
+    static PairBlock in_table(TableBlock block) {
+        return TableBlock::is_gr(block.lead) & TableBlock::is_gr(block.trail);
+    }
+    static PairBlock not_plain(ByteBlock bytes) { return ~in_table(TableBlock(bytes)); }
+    static PairBlock convert(ByteBlock bytes) {
+        const TableBlock block(bytes);
+        return block.look_up(kBig5OfCns, block.trail - 0xA1, in_table(block));
+    }
+    static PairBlock rejected(PairBlock big5) { return ~(big5 | kSecondHighBit); }
 };
 
 } // namespace
 
-// Both converters take whole blocks as long as they can, then as many single characters by the
-// rule, so that text which is rarely plain is rarely looked up twice. Plane 1 holds nearly all of
-// the characters in use; planes 3 and 4, eleven characters, are left to the rule.
+// Behind each run of plain characters some go by the rule, so that text which is rarely plain is
+// rarely looked up twice.
+constexpr int kByRule = 4;
+
 Converted big5_to_euc_tw(Source source, Byte* out) {
     while (source.next != source.end) {
-        while (source.left() >= Block::kSize) {
-            const Block block(kCnsOfBig5, source.next);
-            if (block.all_have(kHighBits)) {
-                for (const TextCode cns : block.codes)
-                    out = put_code(out, cns);
-            } else if (block.all_have(kSecondHighBit)) {
-                for (const TextCode cns : block.codes)
-                    out = put_low_plane(out, cns);
-            } else {
-                break;
-            }
-            source.next += Block::kSize;
-        }
-        for (int i = 0; i < Block::kCharacters && source.next != source.end; ++i) {
+        out = convert_run<Big5ToEucTwPairs>(source, out);
+        for (int i = 0; i < kByRule && source.next != source.end; ++i) {
             const Byte* in = source.next;
             if (*in < 0x80) {
                 out = copy_ascii(source, out);
-            } else if (!is_gr(*in)) {
+                break;
+            }
+            if (!is_gr(*in)) {
                 *out++ = *source.next++;
             } else if (source.left() < kPairSize) {
                 return {source.next, out};
@@ -99,21 +121,16 @@ Converted big5_to_euc_tw(Source source, Byte* out) {
 
 Converted euc_tw_to_big5(Source source, Byte* out) {
     while (source.next != source.end) {
-        while (source.left() >= Block::kSize) {
-            const Block block(kBig5OfCns, source.next);
-            if (!block.all_have(kFirstHighBit))
-                break;
-            for (const TextCode big5 : block.codes)
-                out = put_code(out, big5);
-            source.next += Block::kSize;
-        }
-        for (int i = 0; i < Block::kCharacters && source.next != source.end; ++i) {
+        out = convert_run<EucTwToBig5Pairs>(source, out);
+        for (int i = 0; i < kByRule && source.next != source.end; ++i) {
             const Byte* in = source.next;
             const bool shifted = *in == kSingleShift2;
             const size_t size = shifted ? kShiftedSize : kPairSize;
             if (*in < 0x80) {
                 out = copy_ascii<kSafeFromEucTw>(source, out);
-            } else if (!shifted && !is_gr(*in)) {
+                break;
+            }
+            if (!shifted && !is_gr(*in)) {
                 *out++ = *source.next++;
             } else if (source.left() < size) {
                 return {source.next, out};
@@ -176,25 +193,19 @@ int euchLength(const char* s) {
     size_t length = source.left();
     // Only what moves to another plane than the first grows, by two bytes.
     while (source.left() >= zv::kPairSize) {
-        if (*source.next < 0x80) {
-            zv::skip_ascii(source);
-            continue;
-        }
-        if (source.left() >= zv::Block::kSize) {
-            const zv::Block block(zv::kCnsOfBig5, source.next);
-            if (block.all_have(zv::kSecondHighBit)) {
-                for (const zv::TextCode cns : block.codes)
-                    length += zv::growth(cns);
-                source.next += zv::Block::kSize;
-                continue;
+        zv::skip_run<zv::Big5ToEucTwPairs>(source);
+        for (int i = 0; i < zv::kByRule && source.left() >= zv::kPairSize; ++i) {
+            if (*source.next < 0x80) {
+                zv::skip_ascii(source);
+                break;
             }
-        }
-        if (zv::is_gr(*source.next)) {
-            const zv::TextCode cns = zv::kCnsOfBig5.find(source.next[0], source.next[1]);
-            length += cns != 0 && zv::plane_of(cns) != 1 ? 2 : 0;
-            source.next += zv::kPairSize;
-        } else {
-            ++source.next;
+            if (zv::is_gr(*source.next)) {
+                const zv::TextCode cns = zv::kCnsOfBig5.find(source.next[0], source.next[1]);
+                length += cns != 0 && zv::plane_of(cns) != 1 ? 2 : 0;
+                source.next += zv::kPairSize;
+            } else {
+                ++source.next;
+            }
         }
     }
     return static_cast<int>(length);

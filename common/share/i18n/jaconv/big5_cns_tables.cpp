@@ -197,6 +197,8 @@ struct MapWriter {
     int rows = 1;
 
     constexpr explicit MapWriter(int (*cell)(unsigned trail)) {
+        for (int lead = 0xA1; lead <= 0xFE; ++lead)
+            map.row_start[0][lead] = static_cast<uint16_t>(rows++ * Map::kRowSize);
         for (unsigned byte = 0; byte < 256; ++byte) {
             const int place = cell(byte);
             map.cell[byte] = static_cast<uint8_t>(place >= 0 ? place : Map::kRowSize - 1);

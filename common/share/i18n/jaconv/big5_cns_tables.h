@@ -55,11 +55,12 @@ constexpr TextCode text_code(unsigned code) {
 
 // The counterpart of every character of a set, 0 where there is none. Any two bytes may be looked
 // up: lead bytes without characters share row 0, which is empty, and what is no trail byte means
-// the empty cell at the end of each row.
+// an empty cell at the end of each row. The rows of plane 1 follow row 0 in the order of their
+// lead bytes A1-FE.
 template <int Planes, int Rows, int Cells>
 struct Counterparts {
     static constexpr int kRows = Rows;
-    static constexpr int kRowSize = Cells + 1;
+    static constexpr int kRowSize = (Cells + 1 + 31) / 32 * 32; // found by two shifts
 
     uint16_t row_start[Planes][256];
     uint8_t cell[256];
@@ -73,7 +74,7 @@ struct Counterparts {
 // The CNS character of each Big5 character: its EUC code, of which the high bits, all set in text,
 // tell the plane. Both are set for plane 1, only the second byte's for plane 2, only the first
 // byte's for plane 3, none for plane 4.
-using CnsOfBig5 = Counterparts<1, 89, kBig5Cells>;
+using CnsOfBig5 = Counterparts<1, 95, kBig5Cells>;
 extern const CnsOfBig5 kCnsOfBig5;
 
 constexpr TextCode kFirstHighBit = text_code(0x8000);
@@ -90,7 +91,7 @@ constexpr unsigned plane_of(TextCode cns) {
 }
 
 // The Big5 code of each CNS character.
-using Big5OfCns = Counterparts<kCnsPlanes, 158, kCnsCells>;
+using Big5OfCns = Counterparts<kCnsPlanes, 185, kCnsCells>;
 extern const Big5OfCns kBig5OfCns;
 
 } // namespace zv

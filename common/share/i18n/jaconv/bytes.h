@@ -2,6 +2,7 @@
 #define ZVUTIL_JACONV_BYTES_H
 
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 
 namespace zv {
@@ -45,6 +46,33 @@ inline Byte* finish(Converted converted, const Source& source) {
         *converted.written++ = *converted.read++;
     *converted.written = 0;
     return converted.written;
+}
+
+// The two words at the ends of a run, which may overlap; both are read before either is written.
+template <class Word>
+inline void copy_ends(Byte* out, const Byte* in, size_t length) {
+    Word first, last;
+    std::memcpy(&first, in, sizeof first);
+    std::memcpy(&last, in + length - sizeof last, sizeof last);
+    std::memcpy(out, &first, sizeof first);
+    std::memcpy(out + length - sizeof last, &last, sizeof last);
+}
+
+// Copies up to 32 bytes without the cost of a call.
+inline void copy_short(Byte* out, const Byte* in, size_t length) {
+    struct Sixteen {
+        std::uint64_t words[2];
+    };
+    if (length >= sizeof(Sixteen))
+        copy_ends<Sixteen>(out, in, length);
+    else if (length >= sizeof(std::uint64_t))
+        copy_ends<std::uint64_t>(out, in, length);
+    else if (length >= sizeof(std::uint32_t))
+        copy_ends<std::uint32_t>(out, in, length);
+    else if (length >= sizeof(std::uint16_t))
+        copy_ends<std::uint16_t>(out, in, length);
+    else if (length != 0)
+        *out = *in;
 }
 
 inline Byte* put_pair(Byte* out, unsigned first, unsigned second) {

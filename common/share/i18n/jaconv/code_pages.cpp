@@ -1,4 +1,5 @@
 #include "code_page_tables.h"
+#include "code_pages_avx2.h"
 #include "jaconv.h"
 #include "kernels.h"
 
@@ -43,12 +44,17 @@ struct Windows1250ToIso2Kernel {
 
 // Every byte is read before it is written, so dst may be src.
 template <class Kernel>
-char* convert(const zv::ByteMap& map, const char* src, char* dst) {
+char* convert(const zv::ByteMap& map, const char* src, char* dst, zv::Kernel wide = nullptr) {
     zv::Source source(src);
     Byte* out = zv::as_bytes(dst);
+    if (wide != nullptr && zv::has_avx2()) {
+        const zv::Converted converted = wide(source, out);
+        source.next = converted.read;
+        out = converted.written;
+    }
     for (; source.left() >= zv::kBlockSize; source.next += zv::kBlockSize, out += zv::kBlockSize) {
         const ByteBlock block = zv::load_block(source.next);
-        if (zv::is_plain(Kernel::not_plain(block))) {
+        if (zv::high_bits(Kernel::not_plain(block)) == 0) {
             zv::store_block(out, Kernel::convert(block));
             continue;
         }
@@ -73,9 +79,11 @@ char* c1251To8859_5x(const char* src, char* dst) {
 }
 
 char* c8859_2To1250x(const char* src, char* dst) {
-    return convert<Iso2ToWindows1250Kernel>(zv::kIso2ToWindows1250, src, dst);
+    return convert<Iso2ToWindows1250Kernel>(zv::kIso2ToWindows1250, src, dst,
+                                            zv::wide_iso_2_to_windows_1250);
 }
 
 char* c1250To8859_2x(const char* src, char* dst) {
-    return convert<Windows1250ToIso2Kernel>(zv::kWindows1250ToIso2, src, dst);
+    return convert<Windows1250ToIso2Kernel>(zv::kWindows1250ToIso2, src, dst,
+                                            zv::wide_windows_1250_to_iso_2);
 }

@@ -1,6 +1,7 @@
 #include "japanese.h"
 
 #include "jaconv.h"
+#include "japanese_avx2.h"
 #include "japanese_codes.h"
 #include "japanese_pairs.h"
 #include "katakana.h"
@@ -78,42 +79,73 @@ void finish_jis(Converted converted, const Source& source, JisMode mode) {
     finish({converted.read, out.end()}, source);
 }
 
-// The length of the escape sequence at the front of a source; 0 when the end cuts it short.
-size_t escape_length(const Source& source) {
+// Steps over the escape sequence at the front of a source; false when the end cuts it short. Which
+// it is is left to branches, which processors foresee, since all that follows waits for its length.
+bool skip_escape(Source& source, JisMode& mode) {
     if (source.left() < 2)
-        return 0;
-    const size_t length = is_designation(source.next[1]) ? 3 : 2;
-    return source.left() < length ? 0 : length;
+        return false;
+    const Byte kind = source.next[1];
+    if (is_designation(kind)) [[likely]] {
+        if (source.left() < 3)
+            return false;
+        source.next += 3;
+    } else {
+        source.next += 2;
+    }
+    mode = mode_behind_escape(kind);
+    return true;
 }
 
-// Reads JIS text; `encode` gives the two bytes of a code in the target encoding.
-template <class Pairs, class Encode>
-Converted decode_jis(Source source, Byte* out, JisMode& mode, Encode encode) {
-    while (source.next != source.end) {
-        if (mode == JisMode::single_byte) {
-            const void* escape = std::memchr(source.next, kEscape, source.left());
-            const Byte* run_end = escape != nullptr ? static_cast<const Byte*>(escape) : source.end;
-            const size_t run = static_cast<size_t>(run_end - source.next);
-            std::memcpy(out, source.next, run);
-            out += run;
-            source.next = run_end;
-            if (escape == nullptr)
-                break;
+// Copies JIS text in single-byte mode up to an escape sequence or the end.
+Byte* copy_to_escape(Source& source, Byte* out) {
+    // Most runs are short, and the most frequent one is a line end.
+    if (source.left() >= kBlockSize) {
+        if (source.next[1] == kEscape) {
+            *out++ = *source.next++;
+            return out;
         }
+        const ByteBlock block = load_block(source.next);
+        if (const Mask escapes = high_bits(block == kEscape); escapes != 0) {
+            const size_t run = count_before(escapes);
+            store_front(out, block, run);
+            source.next += run;
+            return out + run;
+        }
+    }
+    const void* escape = std::memchr(source.next, kEscape, source.left());
+    const Byte* run_end = escape != nullptr ? static_cast<const Byte*>(escape) : source.end;
+    const size_t run = static_cast<size_t>(run_end - source.next);
+    std::memcpy(out, source.next, run);
+    source.next = run_end;
+    return out + run;
+}
+
+// Reads JIS text; `encode` gives the two bytes of a code in the target encoding, `wide_kernel` does
+// the same for runs of plain characters.
+template <class Pairs, class Encode>
+Converted decode_jis(Source source, Byte* out, JisMode& mode, Encode encode, Kernel wide_kernel) {
+    const bool wide = has_avx2();
+    while (source.next != source.end) {
         const Byte byte = *source.next;
         if (byte == kEscape) {
-            const size_t length = escape_length(source);
-            if (length == 0)
+            if (!skip_escape(source, mode))
                 break;
-            mode = mode_behind_escape(source.next[1]);
-            source.next += length;
+        } else if (mode == JisMode::single_byte) {
+            out = copy_to_escape(source, out);
         } else if (is_line_end(byte)) {
             mode = JisMode::single_byte;
         } else {
             if (source.left() < 2)
                 break;
-            const Code code = encode({byte, source.next[1]});
-            out = convert_run<Pairs>(source, out, code);
+            if (wide && source.left() >= kWideBlockSize) {
+                const Converted converted = wide_kernel(source, out);
+                if (converted.read != source.next) {
+                    source.next = converted.read;
+                    out = converted.written;
+                    continue;
+                }
+            }
+            out = convert_run<Pairs>(source, out, encode({source.next[0], source.next[1]}));
         }
     }
     return {source.next, out};
@@ -122,7 +154,9 @@ Converted decode_jis(Source source, Byte* out, JisMode& mode, Encode encode) {
 } // namespace
 
 Converted shift_jis_to_euc(Source source, Byte* out) {
+    WideKernel wide(wide_shift_jis_to_euc);
     while (source.next != source.end) {
+        out = wide.run(source, out);
         const Byte byte = *source.next;
         if (byte < 0x80) {
             out = copy_ascii(source, out);
@@ -148,7 +182,9 @@ Converted shift_jis_to_euc(Source source, Byte* out) {
 }
 
 Converted euc_to_shift_jis(Source source, Byte* out) {
+    WideKernel wide(wide_euc_to_shift_jis);
     while (source.next != source.end) {
+        out = wide.run(source, out);
         const Byte byte = *source.next;
         if (byte < 0x80) {
             out = copy_ascii<kSafeFromEucToShiftJis>(source, out);
@@ -233,11 +269,12 @@ Converted euc_to_jis(Source source, Byte* out, JisMode& mode) {
 }
 
 Converted jis_to_shift_jis(Source source, Byte* out, JisMode& mode) {
-    return decode_jis<JisToShiftJisPairs>(source, out, mode, shift_jis_from_jis);
+    return decode_jis<JisToShiftJisPairs>(source, out, mode, shift_jis_from_jis,
+                                          wide_jis_to_shift_jis);
 }
 
 Converted jis_to_euc(Source source, Byte* out, JisMode& mode) {
-    return decode_jis<JisToEucPairs>(source, out, mode, euc_from_jis);
+    return decode_jis<JisToEucPairs>(source, out, mode, euc_from_jis, wide_jis_to_euc);
 }
 
 Byte* finish_from_jis(Converted converted, const Source& source) {

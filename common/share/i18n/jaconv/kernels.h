@@ -16,13 +16,25 @@ namespace zv {
 // the room: kSafeLeft is how many bytes of source must be left so that a whole block of output is
 // certain to come of them. With fewer, only what counts is stored.
 
-inline constexpr size_t kBlockSize = 16;
+#ifdef __AVX2__
+#define ZVUTIL_LANES lanes32
+#else
+#define ZVUTIL_LANES lanes16
+#endif
 
-// Sixteen bytes, and the same as eight pairs: in a pair the first byte is the low one.
+// Each width has names of its own, so that the linker never takes one for the other.
+inline namespace ZVUTIL_LANES {
+
+#ifdef __AVX2__
+inline constexpr size_t kBlockSize = 32;
+#else
+inline constexpr size_t kBlockSize = 16;
+#endif
+
+// A block as bytes, and as pairs: in a pair the first byte is the low one.
 using ByteBlock [[gnu::vector_size(kBlockSize)]] = Byte;
 using PairBlock [[gnu::vector_size(kBlockSize)]] = std::uint16_t;
 using SignedPairBlock [[gnu::vector_size(kBlockSize)]] = std::int16_t;
-using WordBlock [[gnu::vector_size(kBlockSize)]] = std::uint64_t;
 static_assert(std::endian::native == std::endian::little);
 
 inline ByteBlock load_block(const Byte* from) {
@@ -36,72 +48,146 @@ inline void store_block(Byte* to, Block block) {
     std::memcpy(to, &block, kBlockSize);
 }
 
-// Whether a block is plain all over, given a block in which the bytes that are not have some bit
-// set and all others none.
+// Stores the front of a block alone.
 template <class Block>
-inline bool is_plain(Block not_plain) {
-    const WordBlock words = std::bit_cast<WordBlock>(not_plain);
-    return (words[0] | words[1]) == 0;
+inline void store_front(Byte* to, Block block, size_t length) {
+    Byte bytes[kBlockSize];
+    store_block(bytes, block);
+    copy_short(to, bytes, length);
 }
 
-// How many bytes at the front are plain in a block that is not plain all over.
+// One bit for each byte of a block, the lowest for the first.
+using Mask = std::uint32_t;
+
+// The high bits of the bytes.
 template <class Block>
-inline size_t count_plain(Block not_plain) {
-    const WordBlock words = std::bit_cast<WordBlock>(not_plain);
-    return words[0] != 0 ? static_cast<size_t>(std::countr_zero(words[0])) / 8
-                         : 8 + static_cast<size_t>(std::countr_zero(words[1])) / 8;
+inline Mask high_bits(Block block) {
+#if defined(__AVX2__)
+    using Chars [[gnu::vector_size(kBlockSize)]] = char;
+    return static_cast<Mask>(__builtin_ia32_pmovmskb256(std::bit_cast<Chars>(block)));
+#elif defined(__SSE2__)
+    using Chars [[gnu::vector_size(kBlockSize)]] = char;
+    return static_cast<Mask>(__builtin_ia32_pmovmskb128(std::bit_cast<Chars>(block)));
+#else
+    // Each product gathers the eight high bits of a word in its highest byte.
+    using Words [[gnu::vector_size(kBlockSize)]] = std::uint64_t;
+    const Words bits = (std::bit_cast<Words>(block) >> 7 & 0x0101010101010101) * 0x0102040810204080;
+    return static_cast<Mask>(bits[0] >> 56 | bits[1] >> 56 << 8);
+#endif
 }
 
-// Converts the run of plain characters at the front of the source. The `Kernel` says what is plain,
-// what becomes of it, how long a character is, and from where on a block may be stored whole.
+// How many bytes at the front of a block are none of those that a mask marks; there are some.
+inline size_t count_before(Mask marked) {
+    return static_cast<size_t>(std::countr_zero(marked));
+}
+
+// Converts the run of plain characters at the front of the source. The `Kernel` marks what is not
+// plain by high bits, says what becomes of the rest, how long a character is, and from where on a
+// block may be stored whole. A kernel that looks characters up marks in the converted block those
+// that have no plain counterpart.
 template <class Kernel>
 inline Byte* convert_run(Source& source, Byte* out) {
+    const auto whole = [](size_t length) {
+        return length / Kernel::kCharacter * Kernel::kCharacter;
+    };
     while (source.left() >= kBlockSize) {
         const ByteBlock block = load_block(source.next);
-        const auto not_plain = Kernel::not_plain(block);
+        const Mask not_plain = high_bits(Kernel::not_plain(block));
         const auto converted = Kernel::convert(block);
-        if (is_plain(not_plain)) [[likely]] {
+        Mask rejected = 0;
+        if constexpr (requires { Kernel::rejected(converted); })
+            rejected = high_bits(Kernel::rejected(converted));
+        if ((not_plain | rejected) == 0) [[likely]] {
             store_block(out, converted);
             source.next += kBlockSize;
             out += kBlockSize;
             continue;
         }
-        const size_t plain = count_plain(not_plain) / Kernel::kCharacter * Kernel::kCharacter;
-        if (source.left() >= Kernel::kSafeLeft)
+        if (source.left() >= Kernel::kSafeLeft) [[likely]] {
             store_block(out, converted);
-        else
-            std::memcpy(out, &converted, plain);
+            // What comes next need not wait for what was looked up.
+            size_t plain = not_plain != 0 ? whole(count_before(not_plain)) : kBlockSize;
+            if ((rejected & ((std::uint64_t{1} << plain) - 1)) != 0) [[unlikely]]
+                plain = whole(count_before(rejected));
+            source.next += plain;
+            return out + plain;
+        }
+        const size_t plain = whole(count_before(not_plain | rejected));
+        store_front(out, converted, plain);
         source.next += plain;
         return out + plain;
     }
     return out;
 }
 
-template <size_t SafeLeft>
 struct AsciiKernel {
     static constexpr size_t kCharacter = 1;
-    static constexpr size_t kSafeLeft = SafeLeft;
-    static ByteBlock not_plain(ByteBlock bytes) { return bytes & 0x80; }
-    static ByteBlock convert(ByteBlock bytes) { return bytes; }
+    static ByteBlock not_plain(ByteBlock bytes) { return bytes; }
 };
 
-// Copies the run of ASCII at the front of the source.
+// Copies the run of ASCII at the front of the source, which is not empty. Most runs in other text
+// are one byte, a line end or a space, or end in their first block; most others are long. What
+// follows a single byte need not wait until its block has been looked through.
 template <size_t SafeLeft = kBlockSize>
 inline Byte* copy_ascii(Source& source, Byte* out) {
-    out = convert_run<AsciiKernel<SafeLeft>>(source, out);
+    constexpr size_t kBlocks = 4;
+    if (source.left() > 1 && source.next[1] >= 0x80) {
+        *out = *source.next++;
+        return out + 1;
+    }
+    while (source.left() >= kBlockSize) {
+        const ByteBlock block = load_block(source.next);
+        if (const Mask high = high_bits(block); high != 0) {
+            const size_t run = count_before(high);
+            if (source.left() >= SafeLeft) [[likely]]
+                store_block(out, block);
+            else
+                store_front(out, block, run);
+            source.next += run;
+            return out + run;
+        }
+        store_block(out, block);
+        source.next += kBlockSize;
+        out += kBlockSize;
+        while (source.left() >= kBlocks * kBlockSize) {
+            ByteBlock blocks[kBlocks];
+            std::memcpy(blocks, source.next, sizeof blocks);
+            if (high_bits(blocks[0] | blocks[1] | blocks[2] | blocks[3]) != 0)
+                break;
+            std::memcpy(out, blocks, sizeof blocks);
+            source.next += sizeof blocks;
+            out += sizeof blocks;
+        }
+    }
     while (source.next != source.end && *source.next < 0x80)
         *out++ = *source.next++;
     return out;
 }
 
+// Steps over the run of plain characters at the front of the source, as far as whole blocks reach.
+template <class Kernel>
+inline void skip_run(Source& source) {
+    while (source.left() >= kBlockSize) {
+        const ByteBlock block = load_block(source.next);
+        Mask not_plain = high_bits(Kernel::not_plain(block));
+        if constexpr (requires { Kernel::rejected(Kernel::convert(block)); })
+            not_plain |= high_bits(Kernel::rejected(Kernel::convert(block)));
+        if (not_plain != 0) {
+            source.next += count_before(not_plain) / Kernel::kCharacter * Kernel::kCharacter;
+            return;
+        }
+        source.next += kBlockSize;
+    }
+}
+
 // Steps over the run of ASCII at the front of the source.
 inline void skip_ascii(Source& source) {
-    while (source.left() >= kBlockSize && is_plain(load_block(source.next) & 0x80))
-        source.next += kBlockSize;
+    skip_run<AsciiKernel>(source);
     while (source.next != source.end && *source.next < 0x80)
         ++source.next;
 }
 
+} // namespace ZVUTIL_LANES
 } // namespace zv
 
 #endif

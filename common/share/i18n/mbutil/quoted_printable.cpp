@@ -142,25 +142,6 @@ constexpr bool is_line_end(Byte byte) {
     return byte == '\n' || byte == '\r';
 }
 
-// The two words at the ends of a run, which may overlap; both are read before either is written.
-template <class Word>
-void copy_ends(Byte* out, const Byte* in, size_t length) {
-    Word first, last;
-    std::memcpy(&first, in, sizeof first);
-    std::memcpy(&last, in + length - sizeof last, sizeof last);
-    std::memcpy(out, &first, sizeof first);
-    std::memcpy(out + length - sizeof last, &last, sizeof last);
-}
-
-void copy_less_than_block(Byte* out, const Byte* in, size_t length) {
-    if (length >= sizeof(std::uint32_t))
-        copy_ends<std::uint32_t>(out, in, length);
-    else if (length >= sizeof(std::uint16_t))
-        copy_ends<std::uint16_t>(out, in, length);
-    else if (length != 0)
-        *out = *in;
-}
-
 // Decodes one line. Writes nothing ahead of what it has read, so that a text may be decoded where
 // it stands.
 class LineDecoder {
@@ -200,7 +181,7 @@ private:
             *out_++ = *next_++;
     }
     void take(size_t length) {
-        copy_less_than_block(out_, next_, length);
+        copy_short(out_, next_, length);
         next_ += length;
         out_ += length;
     }

@@ -1,0 +1,16 @@
+# Some kernels exist a second time for x86 processors with AVX2, which the library picks when it
+# runs. They stand in source files of their own, and only those are compiled for such processors.
+include(CheckIncludeFile)
+check_include_file(sys/platform/x86.h ZVUTIL_ASKS_PROCESSOR)
+if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64" AND ZVUTIL_ASKS_PROCESSOR)
+  target_compile_definitions(zvutil PRIVATE ZVUTIL_AVX2)
+endif()
+
+function(zvutil_avx2_sources)
+  get_target_property(definitions zvutil COMPILE_DEFINITIONS)
+  if("ZVUTIL_AVX2" IN_LIST definitions)
+    target_sources(zvutil PRIVATE ${ARGN})
+    set_source_files_properties(${ARGN} TARGET_DIRECTORY zvutil
+        PROPERTIES COMPILE_OPTIONS "-mavx2;-mbmi;-mbmi2")
+  endif()
+endfunction()

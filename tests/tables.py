@@ -1,0 +1,89 @@
+"""Compares the tables of the guides with what the library answers.
+
+usage: tables.py DOCS HEADER LIBRARY LOCALES
+"""
+import ctypes
+import os
+import pathlib
+import re
+import sys
+
+docs, header, library, locales = map(pathlib.Path, sys.argv[1:])
+zvutil = ctypes.CDLL(str(library))
+zvutil.mbGetMIMECharset.restype = ctypes.c_char_p
+enumeration = header.read_text("utf-8").split("extern ")[1]
+number = {name: int(value) for name, value in
+          re.findall(r"^    (ZV_\w+) = (\d+),? ", enumeration, re.M)}
+wrong = []
+
+
+def rows(guide, first_cell):
+    """The cells of the table whose rows begin so, without the marks of code."""
+    lines = (docs / guide).read_text("utf-8").splitlines()
+    return [[cell.strip().replace("`", "") for cell in line.strip("|").split("|")]
+            for line in lines if re.match(r"\| " + first_cell, line)]
+
+
+def check(row, column, actual):
+    if row[column] != str(actual):
+        wrong.append(f"{row[0]}: {row[column]!r} is shown, {str(actual)!r} is so")
+
+
+def identifier(code_set):
+    return next(name for name in number if number[name] == code_set)
+
+
+def written(function, *arguments):
+    out = ctypes.create_string_buffer(32)
+    function(*[out if argument is None else argument for argument in arguments])
+    return out.value.decode()
+
+
+code_sets = rows("choosing-a-code-set.md", "`ZV_")
+for row in code_sets:
+    code_set = number[row[0]]
+    mail = zvutil.mbGetCodeSetForMail(code_set)
+    check(row, 1, code_set)
+    for name in row[2].split(", "):
+        if name != "-" and zvutil.mbGetCodeSet(name.encode()) != code_set:
+            wrong.append(f"{row[0]} is not called {name}")
+    check(row, 3, zvutil.mbmaxcharlenExt(code_set))
+    check(row, 4, identifier(mail))
+    check(row, 5, zvutil.mbGetMIMECharset(mail).decode())
+    check(row, 6, written(zvutil.SetCharset, None, code_set) or "-")
+if {row[0] for row in code_sets} != set(number):
+    wrong.append("the identifiers of the table and the header differ")
+
+prefixes = [(prefix, row) for row in rows("choosing-a-code-set.md", "(?:`[a-z]|anything)")
+            for prefix in row[0].split(", ")]
+for prefix, row in prefixes:
+    check(row, 3, written(zvutil.SetCodePage, prefix.encode(), None))
+os.environ["LOCPATH"] = str(locales)
+for locale in sorted(os.listdir(locales)):
+    row = next((r for prefix, r in prefixes if locale.lower().startswith(prefix.lower())),
+               prefixes[-1][1])
+    os.environ["LC_ALL"] = locale
+    zvutil.InitMbutil()
+    check(row, 1, identifier(zvutil.InitMbutilExt(0)))
+    check(row, 2, identifier(zvutil.mbGetLocaleCodeSet()))
+
+# Texts that grow most: characters of every kind, alone and alternating with ASCII.
+worst = [bytes(text) * 40 for lead in (0x41, 0x82, 0x8E, 0x8F, 0xA4, 0xB1, 0xC9, 0xE0)
+         for text in ([lead], [lead, 0xB1], [lead, 0xA1, 0x41], [0x41, lead], [lead, 0xA1, 0xA1])]
+for row in rows("converting-text.md", "`ZV_"):
+    source, target = number[row[0]], number[row[1]]
+    check(row, 5, ["no", "yes"][zvutil.IsConversionSupport(source, target)])
+    room = re.fullmatch(r"(\d*)n \+ (\d+)", row[3])
+    for text in worst:
+        by_name = ctypes.create_string_buffer(8 * len(text))
+        by_pair = ctypes.create_string_buffer(8 * len(text))
+        getattr(zvutil, row[2])(text, by_name)
+        zvutil.convertStrExt(text, source, by_pair, target)
+        most = int(room[1] or 1) * len(text) + int(room[2])
+        exact = re.match(r"\w+", row[4])
+        if (by_name.value != by_pair.value or len(by_name.value) >= most
+                or exact and getattr(zvutil, exact[0])(text) != len(by_name.value)):
+            wrong.append(f"{row[2]}: {text[:4].hex()} does not become what the table says")
+
+print("\n".join(wrong) or "The tables are as the library answers.")
+sys.exit(bool(wrong))
