@@ -1,7 +1,10 @@
 #include "processor.h"
 
 #ifdef ZVUTIL_AVX2
+// The header is written for C; Clang does not know this name in C++.
+#define _Bool bool
 #include <sys/platform/x86.h>
+#undef _Bool
 
 #include <atomic>
 

@@ -66,7 +66,7 @@ struct ToShiftJisBytes {
         return (half(bytes) + kOffset) ^ kJoinLeads;
     }
     static ByteBlock trail(ByteBlock before, ByteBlock bytes) {
-        constexpr Byte kOffset = 0x7E - HighBit;
+        constexpr Byte kOffset = static_cast<Byte>(0x7E - HighBit);
         constexpr auto kBefore7f = static_cast<signed char>(0x5F + HighBit);
         const ByteBlock odd_row = -(before & 1);
         return bytes + kOffset - (odd_row & (0x5F + as_unsigned(as_signed(bytes) > kBefore7f)));
