@@ -144,6 +144,8 @@ TEST(Stream, FailuresGiveTheirValuesAndErrno) {
     EXPECT_EQ(ZVferror(stream), EFBIG);
     EXPECT_EQ(ZVftell(stream), 1000) << "what was written stays";
     EXPECT_EQ(ZVfflush(stream), 0);
+    EXPECT_EQ(ZVfseek(stream, kLastPosition, SEEK_SET), 0);
+    EXPECT_EQ(with(EBADF, ZVfgetc(stream)), -1) << "not readable, wherever it stands";
 }
 
 TEST(Stream, InterruptedReadsFailAndWritesGoOn) {

@@ -25,11 +25,11 @@ struct StreamModel {
     long size() const { return lseek(descriptor, 0, SEEK_END); }
     bool fail(int number) { return error = raised = number, false; }
     bool take_byte() {
-        if (position == kLastPosition && size() > kLastPosition) return fail(EOVERFLOW);
         char byte = 0;
         const ssize_t got = pushed.empty() ? pread(descriptor, &byte, 1, position) : 1;
         if (got < 0) return fail(errno);
         if (got == 0) return at_end = 1, false;
+        if (position == kLastPosition) return fail(EOVERFLOW);
         if (!pushed.empty()) byte = pushed.back(), pushed.pop_back();
         return taken += byte, ++position, true;
     }
