@@ -1,6 +1,7 @@
 # How libzvutil is linked: libc alone at run time, and exactly the names of the version script.
 target_compile_options(zvutil PRIVATE
     $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions;-fno-rtti;-fno-threadsafe-statics>)
+include(cmake/hardening.cmake)
 set_target_properties(zvutil PROPERTIES
     VERSION ${PROJECT_VERSION}
     SOVERSION ${PROJECT_VERSION_MAJOR}
@@ -16,7 +17,8 @@ if(BUILD_SHARED_LIBS)
       -Wl,--version-script=${version_script}
       # A name in the script that nothing defines is an error.
       -Wl,--no-undefined-version
-      -Wl,-z,relro,-z,now)
+      -Wl,-z,relro,-z,now
+      -Wl,-z,noexecstack)
   if(NOT ZVUTIL_SANITIZE)
     target_link_options(zvutil PRIVATE -Wl,--no-undefined)
   endif()

@@ -1,11 +1,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <linux/filter.h>
-#include <linux/seccomp.h>
-#include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/syscall.h>
 
 #include <cerrno>
 #include <list>
@@ -13,10 +9,9 @@
 
 #include "osutils.h"
 #include "support/child.h"
-#include "support/failing_allocation.h"
+#include "support/faults.h"
 #include "support/folder.h"
 #include "support/guarded.h"
-#include "support/interruptions.h"
 
 namespace {
 
@@ -82,10 +77,7 @@ TEST_F(Files, LocksExcludeASecondProcess) {
 
     test::Child other = locker(ZV_LOCK_WRITE, 200);
     ASSERT_EQ(other.await(), '1');
-    const test::Interruptions interruptions;
-    EXPECT_EQ(OSLockZVFile(ours.zv, ZV_LOCK_WRITE, 1), 1) << "signals do not end the wait";
-    usleep(1); // A sanitizer holds signals back until such a call.
-    EXPECT_GT(interruptions.count, 0);
+    EXPECT_EQ(OSLockZVFile(ours.zv, ZV_LOCK_WRITE, 1), 1) << "waits";
 }
 
 TEST_F(Files, StatusTruncationAndNames) {
@@ -227,22 +219,6 @@ bool makes_private_files() {
     return all_private;
 }
 
-// As on a file system that has no files without names.
-bool refuse_unnamed_files() {
-    sock_filter program[] = {
-        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
-        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, __NR_openat, 0, 3),
-        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, args[2])),
-        BPF_JUMP(BPF_JMP | BPF_JSET | BPF_K, O_TMPFILE & ~O_DIRECTORY, 0, 1),
-        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EOPNOTSUPP),
-        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
-    };
-    const sock_fprog filter{std::size(program), program};
-    return prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 &&
-           prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter) == 0 &&
-           open(P_tmpdir, O_RDWR | O_TMPFILE, 0600) == -1 && errno == EOPNOTSUPP;
-}
-
 TEST_F(Files, TemporaryOnesAreKnownToNobodyElse) {
     const int before = next_descriptor();
     EXPECT_TRUE(makes_private_files());
@@ -252,50 +228,10 @@ TEST_F(Files, TemporaryOnesAreKnownToNobodyElse) {
     EXPECT_NE(linkat(AT_FDCWD, link.c_str(), AT_FDCWD, path.c_str(), AT_SYMLINK_FOLLOW), 0)
         << "nor can they be given a name";
     close(fd);
-    test::Child child([](int out) {
-        const bool refused = refuse_unnamed_files();
-        dprintf(out, refused ? "%d" : "no filter", makes_private_files());
-        const rlimit none{0, 0};
-        setrlimit(RLIMIT_NOFILE, &none);
-        if (OSTmpZVFile() != nullptr || OSTmpFile() != nullptr || OSTmpFileFd() != -1) abort();
-    });
-    const std::string answer = child.finish();
-    if (answer == "no filter") GTEST_SKIP() << "the system lets no process filter its own calls";
-    EXPECT_EQ(answer, "1");
-}
-
-TEST_F(Files, WithoutMemoryNothingIsChangedAndNothingLeaks) {
-    test::write_file(path, "first\n");
-    const std::string line(20000, 'x'), directory = folder / "";
-    const int descriptor = next_descriptor();
-    setenv("TMPDIR", directory.c_str(), 1);
-    const long blocks = test::live_blocks();
-    int failures = 0;
-    const auto failed = [&](auto result) {
-        EXPECT_TRUE(!result || result == decltype(result)(-1));
-        EXPECT_EQ(test::content(path), "first\n");
-        EXPECT_EQ(test::live_blocks(), blocks);
-        ++failures;
-    };
-    const auto each = [&](auto operation) {
-        return test::after_each_failing_allocation(operation, failed);
-    };
-    ZVfclose(each(OSTmpZVFile));
-    const auto name = [] { return OSTmpName("abc"); };
-    char *first = each(name), *second = name();
-    EXPECT_STRNE(first, second);
-    free(first), free(second);
-    EXPECT_EQ(each([&] { return OSFindLineInFile(path.c_str(), "first\n"); }), 1);
-    EXPECT_EQ(each([&] { return OSAppendLineToFile(path.c_str(), line.c_str()); }), 0);
-    test::write_file(path, "first\n");
-    const auto sweep = [&] {
-        OSRemoveFiles(directory.c_str(), "*");
-        return OSFileExists(path.c_str()) == 0;
-    };
-    EXPECT_TRUE(each(sweep));
-    EXPECT_EQ(failures, 6);
-    EXPECT_EQ(test::live_blocks(), blocks);
-    EXPECT_EQ(next_descriptor(), descriptor);
+    test::inject(1, {"no files without names", test::kOpen, EOPNOTSUPP});
+    EXPECT_TRUE(makes_private_files());
+    EXPECT_TRUE(test::inject(0));
+    EXPECT_EQ(next_descriptor(), before);
 }
 
 } // namespace

@@ -1,13 +1,13 @@
 """Checks the built shared object: what it exports, what it needs, what it holds where.
 
-usage: library_object.py LIBRARY VERSION_SCRIPT TEST_FOLDER
+usage: library_object.py LIBRARY VERSION_SCRIPT TEST_FOLDER BUILD_TYPE
 """
 import pathlib
 import re
 import subprocess
 import sys
 
-library, version_script, tests = sys.argv[1:]
+library, version_script, tests, build_type = sys.argv[1:]
 failures = []
 
 
@@ -22,12 +22,23 @@ def lines(*command):
 
 wanted = set(re.findall(r"^\s+(\w+);$", pathlib.Path(version_script).read_text(), re.M))
 symbols = [line.split() for line in lines("readelf", "--wide", "--dyn-syms", library)]
+imported = {s[7].split("@")[0] for s in symbols if len(s) > 7 and s[6] == "UND"}
 symbols = [s for s in symbols if len(s) == 8 and s[4] in ("GLOBAL", "WEAK") and s[6].isdigit()]
 exported = {s[7].split("@")[0] for s in symbols}
 check(exported == wanted, f"exported and listed names differ: {exported ^ wanted}")
 
-needed = re.findall(r"NEEDED.*\[(.*)\]", "\n".join(lines("readelf", "--dynamic", library)))
+dynamic = "\n".join(lines("readelf", "--dynamic", library))
+needed = re.findall(r"NEEDED.*\[(.*)\]", dynamic)
 check(needed == ["libc.so.6"], f"needs {needed}")
+
+segments = dict(re.findall(r"^  (GNU_\w+) .*?(R?W?E?) +0x\w+$",
+                           "\n".join(lines("readelf", "--wide", "--segments", library)), re.M))
+check(segments.get("GNU_STACK") == "RW", "the stack may hold code")
+check("GNU_RELRO" in segments and re.search(r"FLAGS.* NOW|BIND_NOW", dynamic),
+      "relocations stay writable")
+check("__stack_chk_fail" in imported, "no return address is checked")
+check(build_type == "Debug" or any(name.endswith("_chk") for name in imported),
+      "no call of the C library is checked")
 
 sections = {}
 for line in lines("readelf", "--wide", "--section-headers", library):
@@ -36,6 +47,12 @@ for line in lines("readelf", "--wide", "--section-headers", library):
 # The one entry is the compiler's own frame registration.
 initialisers = dict(sections.values()).get(".init_array", 0)
 check(initialisers <= 8, f"{initialisers // 8 - 1} static initialisers")
+
+if "X86-64" in "".join(lines("readelf", "--file-header", library)):
+    code = "\n".join(lines("objdump", "--disassemble", "--no-show-raw-insn", library))
+    marked = set(re.findall(r"<(\w+)(?:@@\w+)?>:\n\s+\w+:\s+endbr64", code))
+    functions = {s[7].split("@")[0] for s in symbols if s[3] == "FUNC"}
+    check(functions <= marked, f"no jump may end at {sorted(functions - marked)[:5]}")
 
 state = {"MBUTIL_Initialized", "MBUTIL_I_Am_MultiByte", "MBUTIL_I_Am_Japanese",
          "serverNameFromConfig", "pellorAlarmIsSet"}

@@ -10,7 +10,7 @@
 
 #include "osutils.h"
 #include "support/child.h"
-#include "support/failing_allocation.h"
+#include "support/faults.h"
 #include "support/guarded.h"
 #include "support/oracle.h"
 #include "support/private_host.h"
@@ -90,12 +90,13 @@ TEST(Process, RaisesTheLimitAndLeavesPriorityAndStreamModes) {
     getrlimit(RLIMIT_NOFILE, &limit);
     limit.rlim_cur = limit.rlim_max / 2;
     setrlimit(RLIMIT_NOFILE, &limit);
+    const int priority = getpriority(PRIO_PROCESS, 0);
     OSSetProcLimits();
-    OSSetProcPrio(5);
+    OSSetProcPrio(priority + 5);
     OSSetDefaultStreamMode();
     getrlimit(RLIMIT_NOFILE, &limit);
     EXPECT_EQ(limit.rlim_cur, limit.rlim_max);
-    EXPECT_EQ(getpriority(PRIO_PROCESS, 0), 0);
+    EXPECT_EQ(getpriority(PRIO_PROCESS, 0), priority);
 }
 
 TEST(Process, CompletesTheLanguageEnvironment) {
@@ -109,8 +110,7 @@ TEST(Process, CompletesTheLanguageEnvironment) {
     EXPECT_EQ(completed("ja", system.c_str()), "ja " + system + ":" + system);
     setenv("NLSPATH", "/opt/more/%N", 1);
     const auto value = [] { return OSInitLanguage(), getenv("NLSPATH"); };
-    for (const int nth : {1, 2})
-        EXPECT_STREQ(test::with_failing_allocation(nth, value).first, "/opt/more/%N");
+    for (const int nth : {1, 2}) EXPECT_STREQ(test::with_fault(nth, value).first, "/opt/more/%N");
     unsetenv("LANG"), unsetenv("NLSPATH");
     EXPECT_EQ(value(), system);
     EXPECT_STREQ(getenv("LANG"), "C");

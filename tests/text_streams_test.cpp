@@ -1,11 +1,9 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <functional>
 
 #include "jaconv.h"
 #include "mbutil.h"
-#include "support/failing_allocation.h"
 #include "support/folder.h"
 #include "support/guarded.h"
 #include "support/oracle.h"
@@ -155,33 +153,6 @@ TEST(TextStreams, LinesAreConvertedBothWaysAndCutBetweenCharacters) {
     EXPECT_FALSE(mbfgets(nullptr, 20, stdin, 0) || mbfputs(nullptr, stdout, 0));
     const Stream read_only(fopen("/dev/null", "r"), fclose);
     EXPECT_EQ(mbfputs("a", read_only.get(), ZV_EUC), EOF);
-}
-
-TEST(TextStreams, WithoutMemoryTheFailureValueAndNoLeak) {
-    std::string kana, line(6001, '\0');
-    while (kana.size() < 6000) kana += "\xB1 "; // into JIS, it grows as nothing else
-    const Folder folder;
-    const std::string in = folder / "in", out = folder / "out";
-    write_file(in, kana);
-    const Stream file = stream_of(kana);
-    const std::function<int()> operations[] = {
-        [&] { return mbfputs(kana.c_str(), file.get(), ZV_JIS) + 1; },
-        [&] { return AccumulateAsciiForStr(kana.c_str()) + 1; },
-        [&] {
-            return rewind(file.get()), mbfgets(line.data(), 6001, file.get(), ZV_SJIS) != nullptr;
-        },
-        [&] { return mbconvertfile2native_ex(in.c_str(), out.c_str(), 0, ZV_SJIS); }};
-    for (const auto& operation : operations) {
-        InitMbutilExt(&operation - operations < 2 ? ZV_SJIS : ZV_EUC);
-        const long before = live_blocks();
-        bool failed = false;
-        const int result = after_each_failing_allocation(operation, [&](int without) {
-            EXPECT_TRUE(without == 0 || content(out).size() == 9000) << "stdio needs no buffers";
-            EXPECT_EQ(live_blocks(), before);
-            failed = true;
-        });
-        EXPECT_TRUE(failed && result != 0);
-    }
 }
 
 TEST(TextStreams, BlocksEndBetweenCharacters) {

@@ -126,7 +126,7 @@ const char* OSGetZVMonitorConfigFile(const void* unused);
  * own. The file is read afresh by every call.
  * @param key   not empty, its colon included.
  * @param value receives the value, cut after 255 bytes, or an empty string when there is none or
- *              the file cannot be read; room for 256 bytes.
+ *              the file cannot be read to its end or is no regular file; room for 256 bytes.
  */
 void GetLineFromServerConfigFileDup(const char* key, char* value);
 
@@ -402,11 +402,13 @@ int OSFindLineInFile(const char* path, const char* text);
 /**
  * Appends a line to a file, under a write lock that it waits for.
  *
- * Lines from several processes never mix. The file is made where there is none.
+ * Lines from several processes never mix; threads of one process exclude each other themselves.
+ * The file is made where there is none.
  * @param path a path.
  * @param text the line, without its line feed.
  * @return 0; -1 with errno when the file cannot be opened or locked, or the line not be written
- *         whole. A part of a line is taken away again.
+ *         whole. A part of a line is taken away again. A lock that cannot be released gives -1
+ *         too; the line is in the file then.
  * @par Errors
  * - any error of open(), write() and the locking, as OSLockFileFd() gives them.
  */

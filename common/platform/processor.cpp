@@ -1,10 +1,10 @@
 #include "processor.h"
 
 #ifdef ZVUTIL_AVX2
-// The header is written for C; Clang does not know this name in C++.
-#define _Bool bool
+#ifdef __clang__
+#define _Bool bool // the system header uses C's name, which GCC knows in C++ too
+#endif
 #include <sys/platform/x86.h>
-#undef _Bool
 
 #include <atomic>
 

@@ -5,7 +5,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <cstdlib>
 #include <string>
 
@@ -37,17 +36,14 @@ public:
     // The next byte of its answer; 0 when it has ended without one.
     char await() {
         char byte = 0;
-        ssize_t got;
-        do got = read(answers_, &byte, 1);
-        while (got < 0 && errno == EINTR); // signals may meet the parent too
-        return got == 1 ? byte : '\0';
+        return read(answers_, &byte, 1) == 1 ? byte : '\0';
     }
     // The rest of its answer, and what it ended with if that is not 0.
     std::string finish() {
         std::string answer;
         while (const char byte = await()) answer.push_back(byte);
         siginfo_t end{};
-        while (waitid(P_PID, static_cast<id_t>(process), &end, WEXITED | WNOWAIT) != 0) continue;
+        waitid(P_PID, static_cast<id_t>(process), &end, WEXITED | WNOWAIT);
         return end.si_status == 0 ? answer : answer + " died of " + std::to_string(end.si_status);
     }
 

@@ -8,15 +8,6 @@ namespace {
 
 static_assert(kBlockSize == kWideBlockSize);
 
-// Every other bit of each run of bits, from its lowest on. The sum moves the runs that begin at an
-// even place out of the way.
-Mask every_other(Mask runs) {
-    constexpr Mask kEven = 0x55555555;
-    const Mask starts = runs & ~(runs << 1);
-    const Mask from_even = runs & ~(runs + (starts & kEven));
-    return (from_even & kEven) | (runs & ~from_even & ~kEven);
-}
-
 // The bytes that are marked are all ones, the others zero.
 SignedByteBlock spread(Mask mask) {
     using Masks [[gnu::vector_size(kBlockSize)]] = Mask;

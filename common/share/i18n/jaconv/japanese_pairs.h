@@ -62,11 +62,11 @@ struct ShiftJisToEucBytes {
 template <Byte HighBit>
 struct ToShiftJisBytes {
     static ByteBlock lead(ByteBlock bytes, ByteBlock) {
-        constexpr Byte kOffset = 0x90 - HighBit / 2;
+        constexpr auto kOffset = static_cast<Byte>(0x90 - HighBit / 2);
         return (half(bytes) + kOffset) ^ kJoinLeads;
     }
     static ByteBlock trail(ByteBlock before, ByteBlock bytes) {
-        constexpr Byte kOffset = static_cast<Byte>(0x7E - HighBit);
+        constexpr auto kOffset = static_cast<Byte>(0x7E - HighBit);
         constexpr auto kBefore7f = static_cast<signed char>(0x5F + HighBit);
         const ByteBlock odd_row = -(before & 1);
         return bytes + kOffset - (odd_row & (0x5F + as_unsigned(as_signed(bytes) > kBefore7f)));

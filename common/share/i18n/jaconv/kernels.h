@@ -81,6 +81,20 @@ inline size_t count_before(Mask marked) {
     return static_cast<size_t>(std::countr_zero(marked));
 }
 
+inline size_t last_marked(Mask marked) {
+    return static_cast<size_t>(std::bit_width(marked)) - 1;
+}
+
+// Every other bit of each run of bits, from its lowest on: in a run of bytes that could be lead
+// bytes, leads and trails alternate from the run's first byte. The sum moves the runs that begin at
+// an even place out of the way.
+inline Mask every_other(Mask runs) {
+    constexpr Mask kEven = 0x55555555;
+    const Mask starts = runs & ~(runs << 1);
+    const Mask from_even = runs & ~(runs + (starts & kEven));
+    return (from_even & kEven) | (runs & ~from_even & ~kEven);
+}
+
 // Converts the run of plain characters at the front of the source. The `Kernel` marks what is not
 // plain by high bits, says what becomes of the rest, how long a character is, and from where on a
 // block may be stored whole. A kernel that looks characters up marks in the converted block those

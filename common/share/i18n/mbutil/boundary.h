@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "../jaconv/character_blocks.h"
 #include "scanner_choice.h"
 
 namespace zv {
@@ -22,6 +23,26 @@ inline size_t boundary_before(const Byte* text, size_t end) {
     return 0;
 }
 
+// A boundary that is not beyond `end`, and close before it where the characters are regular: where
+// the last one begins if it may reach beyond, else `end`.
+template <class Scanner>
+inline size_t last_start(const Byte* text, size_t at, size_t end) {
+    BlockWalk<Scanner> walk;
+    for (; end - at >= kBlockSize; at += kBlockSize) {
+        if (!walk.enter(load_block(text + at)))
+            return at - walk.carried();
+    }
+    const size_t left = end - at;
+    if (left == 0)
+        return end - walk.carried();
+    Byte tail[kBlockSize] = {};
+    copy_short(tail, text + at, left);
+    const Mask carried = walk.carried();
+    if (!walk.enter(load_block(tail)))
+        return at - carried;
+    return end - (walk.leads() >> (left - 1) & 1);
+}
+
 // The last character boundary of s that is not beyond n: the length of s when n is beyond that.
 inline size_t boundary_at(const char* s, size_t n, int code_set) {
     return with_scanner(code_set, [&](auto scanner) {
@@ -29,6 +50,8 @@ inline size_t boundary_at(const char* s, size_t n, int code_set) {
         const Byte* text = as_bytes(s);
         const size_t end = strnlen(s, n);
         size_t at = boundary_before<Scanner>(text, end);
+        if constexpr (Scanner::kLongest > 1)
+            at = last_start<Scanner>(text, at, end);
         size_t last_step = 0;
         while (at < end) {
             last_step = static_cast<size_t>(step<Scanner>(text + at));

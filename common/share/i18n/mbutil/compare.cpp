@@ -3,6 +3,7 @@
 #include <cctype>
 #include <cstring>
 
+#include "character_search.h"
 #include "scanner_choice.h"
 
 namespace {
@@ -23,25 +24,59 @@ int order_ignoring_case(Byte a, Byte b) {
     return order_as_signed(static_cast<Byte>(std::tolower(a)), static_cast<Byte>(std::tolower(b)));
 }
 
+// Steps over blocks that are equal, to a boundary of both texts: the last one that is not behind
+// their first difference, where one is found.
+template <class Scanner>
+size_t skip_equal_blocks(const Byte* a, const Byte* b, zv::KnownText& known_a,
+                         zv::KnownText& known_b) {
+    zv::BlockWalk<Scanner> walk;
+    size_t offset = 0;
+    for (; known_a.has_block(a + offset) && known_b.has_block(b + offset);
+         offset += zv::kBlockSize) {
+        const zv::ByteBlock block = zv::load_block(a + offset);
+        const auto difference = block != zv::load_block(b + offset);
+        const bool reached = walk.carried() != 0;
+        if (!walk.enter(block))
+            break;
+        if (const zv::Mask differ = zv::high_bits(difference); differ != 0) {
+            // The lowest bits, up to the first difference.
+            const zv::Mask starts = walk.certain_starts() & (differ ^ (differ - 1));
+            return starts != 0 ? offset + zv::last_marked(starts) : offset - reached;
+        }
+    }
+    return offset - walk.carried();
+}
+
 template <class Scanner>
 int compare_ignoring_case(const Byte* a, const Byte* b) {
-    while (*a != 0 && *b != 0) {
-        const int length = zv::step<Scanner>(a);
-        int order = order_of(length, zv::step<Scanner>(b));
-        if (order != 0)
-            return order;
-        if (length == 1) {
-            order = order_ignoring_case(*a, *b);
-        } else {
-            for (int i = 0; i < length && order == 0; ++i)
-                order = order_as_signed(a[i], b[i]);
+    constexpr int kByRule = 4; // words that differ in case are short
+    zv::KnownText known_a(a);
+    zv::KnownText known_b(b);
+    for (;;) {
+        if constexpr (Scanner::kLongest > 1) {
+            const size_t equal = skip_equal_blocks<Scanner>(a, b, known_a, known_b);
+            a += equal;
+            b += equal;
         }
-        if (order != 0)
-            return order;
-        a += length;
-        b += length;
+        for (int n = 0; n < kByRule; ++n) {
+            if (*a == 0 || *b == 0)
+                return order_of(*a != 0, *b != 0);
+            const int length = zv::step<Scanner>(a);
+            int order = order_of(length, zv::step<Scanner>(b));
+            if (order != 0)
+                return order;
+            if (length == 1) {
+                order = order_ignoring_case(*a, *b);
+            } else {
+                for (int i = 0; i < length && order == 0; ++i)
+                    order = order_as_signed(a[i], b[i]);
+            }
+            if (order != 0)
+                return order;
+            a += length;
+            b += length;
+        }
     }
-    return order_of(*a != 0, *b != 0);
 }
 
 // Compares a with b while a has bytes below n; a character that begins there is compared whole,

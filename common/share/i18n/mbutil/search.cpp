@@ -1,6 +1,8 @@
+#include <algorithm>
 #include <bitset>
 #include <cstring>
 
+#include "character_search.h"
 #include "character_sets.h"
 #include "scanner_choice.h"
 
@@ -11,10 +13,6 @@ const char* as_text(const Byte* bytes) {
     return reinterpret_cast<const char*>(bytes);
 }
 
-int as_char_value(Byte byte) {
-    return static_cast<signed char>(byte);
-}
-
 // Where a byte cannot be a trail byte, every occurrence begins a character and the C library's
 // vectorised searches give the exact result.
 template <class Scanner>
@@ -22,33 +20,36 @@ constexpr bool always_begins_character(Byte byte) {
     return Scanner::kLongest == 1 || (byte < Scanner::kLowestTrail && byte < 0x80);
 }
 
-// The same of a search character, which is a char value: only -128 to 127 can be found.
-template <class Scanner>
-constexpr bool c_library_finds(int c) {
-    return c != 0 && in_range(static_cast<unsigned>(c + 128), 0, 255) &&
-           always_begins_character<Scanner>(static_cast<Byte>(c));
+// Marks or compares the byte that a search character stands for.
+auto byte_of(int c) {
+    return [=](auto bytes) { return bytes == static_cast<Byte>(c); };
+}
+
+// What a search character that is no char value finds.
+constexpr bool is_char_value(int c) {
+    return in_range(static_cast<unsigned>(c + 128), 0, 255);
 }
 
 template <class Scanner>
 const Byte* find_first(const Byte* s, int c) {
-    if (c_library_finds<Scanner>(c))
+    if (c == 0 || !is_char_value(c))
+        return nullptr;
+    if (always_begins_character<Scanner>(static_cast<Byte>(c)))
         return as_bytes(std::strchr(as_text(s), c));
-    for (; *s != 0; s += step<Scanner>(s)) {
-        if (as_char_value(*s) == c)
-            return s;
-    }
-    return nullptr;
+    return find_character<Scanner>(s, byte_of(c), [](const Byte*) { return true; });
 }
 
 template <class Scanner>
 const Byte* find_last(const Byte* s, int c) {
-    if (c_library_finds<Scanner>(c))
+    if (c == 0 || !is_char_value(c))
+        return nullptr;
+    if (always_begins_character<Scanner>(static_cast<Byte>(c)))
         return as_bytes(std::strrchr(as_text(s), c));
     const Byte* last = nullptr;
-    for (; *s != 0; s += step<Scanner>(s)) {
-        if (as_char_value(*s) == c)
-            last = s;
-    }
+    find_character<Scanner>(s, byte_of(c), [&](const Byte* p) {
+        last = p;
+        return false;
+    });
     return last;
 }
 
@@ -72,13 +73,10 @@ bool spells(const Byte* hay, const Byte* needle) {
 
 template <class Scanner>
 const Byte* find_string(const Byte* hay, const Byte* needle) {
-    const int first = as_char_value(*needle);
-    while ((hay = find_first<Scanner>(hay, first)) != nullptr) {
-        if (spells<Scanner>(hay, needle))
-            return hay;
-        hay += step<Scanner>(hay);
-    }
-    return nullptr;
+    const auto spells_needle = [=](const Byte* p) {
+        return (p[1] == needle[1] || needle[1] == 0) && spells<Scanner>(p, needle);
+    };
+    return find_character<Scanner>(hay, byte_of(*needle), spells_needle);
 }
 
 template <class Scanner>
@@ -106,26 +104,70 @@ size_t match_at(const Byte* p, const Byte* set) {
     return 0;
 }
 
+// The first bytes of the members of a set. A block is compared with few of them one by one, with
+// many only as a range that holds them all.
+class FirstBytes {
+public:
+    void add(Byte byte) {
+        if (all_[byte])
+            return;
+        all_[byte] = true;
+        if (count_ == 0)
+            std::memset(few_, byte, sizeof few_); // so that unused ones mean nothing else
+        if (count_ < kFew)
+            few_[count_] = byte;
+        ++count_;
+        lowest_ = std::min(lowest_, byte);
+        highest_ = std::max(highest_, byte);
+    }
+    bool has(Byte byte) const { return all_[byte]; }
+
+    // What a search wants: members' first bytes, and perhaps others.
+    auto few() const {
+        return [this](auto bytes) {
+            return (bytes == few_[0]) | (bytes == few_[1]) | (bytes == few_[2]) |
+                   (bytes == few_[3]);
+        };
+    }
+    auto range() const {
+        return [this](auto bytes) { return (bytes >= lowest_) & (bytes <= highest_); };
+    }
+    bool are_few() const { return count_ <= kFew; }
+
+private:
+    static constexpr int kFew = 4;
+
+    std::bitset<256> all_;
+    Byte few_[kFew] = {};
+    Byte lowest_ = 0xFF;
+    Byte highest_ = 0;
+    int count_ = 0;
+};
+
 template <class Scanner>
 SetMatch find_in_set(const char* s, const char* set) {
-    std::bitset<256> first_bytes;
+    FirstBytes first_bytes;
     bool c_library_serves = true;
     for (const Byte* q = as_bytes(set); *q != 0; q += step<Scanner>(q)) {
-        first_bytes[*q] = true;
+        first_bytes.add(*q);
         c_library_serves &= always_begins_character<Scanner>(*q);
     }
     if (c_library_serves) {
         const size_t offset = std::strcspn(s, set);
         return {offset, s[offset] != '\0'};
     }
-    const Byte* p = as_bytes(s);
-    for (; *p != 0; p += step<Scanner>(p)) {
-        if (!first_bytes[*p])
-            continue;
-        if (const size_t length = match_at<Scanner>(p, as_bytes(set)); length != 0)
-            return {static_cast<size_t>(p - as_bytes(s)), length};
-    }
-    return {static_cast<size_t>(p - as_bytes(s)), 0};
+    size_t length = 0;
+    const auto is_member = [&](const Byte* p) {
+        length = first_bytes.has(*p) ? match_at<Scanner>(p, as_bytes(set)) : 0;
+        return length != 0;
+    };
+    const Byte* const found =
+        first_bytes.are_few()
+            ? find_character<Scanner>(as_bytes(s), first_bytes.few(), is_member)
+            : find_character<Scanner>(as_bytes(s), first_bytes.range(), is_member);
+    if (found == nullptr)
+        return {std::strlen(s), 0};
+    return {static_cast<size_t>(found - as_bytes(s)), length};
 }
 
 char* as_result(const Byte* found) {

@@ -1,6 +1,8 @@
 #include <cctype>
 #include <cstring>
+#include <type_traits>
 
+#include "character_search.h"
 #include "scanner_choice.h"
 
 namespace {
@@ -16,8 +18,24 @@ bool passes_no_lower(Byte byte) {
 bool passes_no_upper(Byte byte) {
     return std::isupper(byte) == 0;
 }
-bool passes_always(Byte) {
-    return true;
+struct PassesAlways {
+    bool operator()(Byte) const { return true; }
+};
+
+// Steps over blocks of well-formed text, to a boundary.
+template <class Scanner>
+const Byte* skip_well_formed(const Byte* p, zv::KnownText& known) {
+    if constexpr (Scanner::kLongest > 1) {
+        zv::BlockWalk<Scanner> walk;
+        for (; known.has_block(p); p += zv::kBlockSize) {
+            const zv::ByteBlock block = zv::load_block(p);
+            const zv::Mask carried = walk.carried();
+            if (!walk.enter(block) || walk.malformed(block) != 0)
+                return p - carried;
+        }
+        p -= walk.carried();
+    }
+    return p;
 }
 
 // Whether every character is well formed and every one-byte character passes; the position of the
@@ -27,15 +45,21 @@ int validate(const char* s, unsigned* badpos, int code_set, Passes passes) {
     return zv::with_scanner(code_set, [&](auto scanner) {
         using Scanner = decltype(scanner);
         const Byte* text = zv::as_bytes(s);
-        for (const Byte* p = text; *p != 0;) {
-            const int length = zv::scan<Scanner>(p, Scanner::kLongest);
-            if (length < 1 || (length == 1 && !passes(*p))) {
-                *badpos = static_cast<unsigned>(p - text);
-                return 0;
+        zv::KnownText known(text);
+        for (const Byte* p = text;;) {
+            if constexpr (std::is_same_v<Passes, PassesAlways>)
+                p = skip_well_formed<Scanner>(p, known);
+            for (size_t n = 0; n < zv::kBlockSize; ++n) {
+                if (*p == 0)
+                    return 1;
+                const int length = zv::scan<Scanner>(p, Scanner::kLongest);
+                if (length < 1 || (length == 1 && !passes(*p))) {
+                    *badpos = static_cast<unsigned>(p - text);
+                    return 0;
+                }
+                p += length;
             }
-            p += length;
         }
-        return 1;
     });
 }
 
@@ -68,7 +92,7 @@ int mbvalidatestring(const char* s, unsigned* badpos, int code_set) {
         return 1;
     if (s == nullptr || badpos == nullptr)
         return 0;
-    return validate(s, badpos, code_set, passes_always);
+    return validate(s, badpos, code_set, PassesAlways());
 }
 
 int mbvalidatestringtype(const char* s, unsigned* badpos, int check) {
@@ -86,6 +110,6 @@ int mbvalidatestringtype(const char* s, unsigned* badpos, int check) {
     case ZV_CHECK_NO_UPPER:
         return validate(s, badpos, code_set, passes_no_upper);
     default:
-        return validate(s, badpos, code_set, passes_always);
+        return validate(s, badpos, code_set, PassesAlways());
     }
 }

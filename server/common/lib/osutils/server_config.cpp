@@ -1,3 +1,7 @@
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
@@ -18,11 +22,24 @@ std::string_view value_of(std::string_view line, size_t key_length) {
     return line;
 }
 
+// A pipe or a device in the file's place would keep the reader waiting, or never end.
+std::FILE* open_regular_file(const char* path) {
+    const int descriptor = open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (descriptor == -1)
+        return nullptr;
+    struct stat status;
+    const bool is_regular = fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
+    std::FILE* file = is_regular ? fdopen(descriptor, "r") : nullptr;
+    if (file == nullptr)
+        close(descriptor);
+    return file;
+}
+
 } // namespace
 
 void GetLineFromServerConfigFileDup(const char* key, char* value) {
     *value = '\0';
-    FILE* file = std::fopen(OSGetServerConfigPath(), "r");
+    std::FILE* file = open_regular_file(OSGetServerConfigPath());
     if (file == nullptr)
         return;
     const size_t key_length = std::strlen(key);
@@ -35,5 +52,8 @@ void GetLineFromServerConfigFileDup(const char* key, char* value) {
         std::memcpy(value, found.data(), length);
         value[length] = '\0';
     }
+    // What stands before a fault may be what a later line replaces.
+    if (std::ferror(file))
+        *value = '\0';
     std::fclose(file);
 }

@@ -1,0 +1,320 @@
+#include <fcntl.h>
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <memory>
+
+#include "jaconv.h"
+#include "list.h"
+#include "mbutil.h"
+#include "osutils.h"
+#include "support/faults.h"
+#include "support/folder.h"
+#include "support/texts.h"
+
+namespace {
+
+using namespace test;
+
+enum Result { kWrong, kFailed, kDone };
+Result either(bool done) { return done ? kDone : kFailed; }
+
+// What the operations work on, as it is before each of them. They allocate nothing themselves.
+struct Ground {
+    const Folder folder;
+    const std::string in = folder / "in", out = folder / "out", config = folder / "conf/zv.conf",
+                      swept = folder / "swept", base = folder / "", kana,
+                      line = std::string(20000, 'l');
+    char room[60000];
+
+    Ground() : kana(6000, '\xB1') {
+        std::filesystem::create_directory(folder / "conf");
+        std::filesystem::create_directory(swept);
+        const std::string key = "Server-directory: ", filler(30000, '\n');
+        write_file(config, key + "/old\n" + filler + key + "/db\n");
+        std::string text = "first\n"; // and a line in many parts, which takes memory
+        for (int i = 0; i < 1000; ++i) text += "=B1a=\n";
+        text += "\n";
+        for (int i = 0; i < 25; ++i) text += kana.substr(0, 700) + "\x93\x8C\n";
+        write_file(in, text);
+        setenv("TMPDIR", base.c_str(), 1);
+    }
+    void lay_out() {
+        InitMbutilExt(ZV_EUC);
+        write_file(out, "before\n");
+        for (const char* name : {"/a.tmp", "/b.tmp", "/c"}) write_file(swept + name, "");
+        memset(room, 0, sizeof room);
+    }
+};
+
+// A stream that is closed in the end, errno kept.
+template <class File, auto close>
+using Closing = std::unique_ptr<File, decltype([](File* file) {
+                                    const int error = errno;
+                                    close(file), errno = error;
+                                })>;
+using ZvStream = Closing<ZVFILE, ZVfclose>;
+using StandardStream = Closing<FILE, fclose>;
+
+bool failed(const ZvStream& stream) {
+    const int error = ZVferror(stream.get());
+    return error != 0 && (errno = error);
+}
+
+// Reads a stream to its end by lines, blocks and bytes.
+Result read_all(const ZvStream& stream, char* to) {
+    for (int turn = 0; !ZVfeof(stream.get()); ++turn) {
+        if (turn % 3 == 0 && ZVfgets(to, 5000, stream.get())) to += strlen(to);
+        if (turn % 3 == 1) to += ZVfread(to, 1, 4700, stream.get());
+        if (turn % 3 == 2 && (*to = char(ZVfgetc(stream.get()))) != -1) ++to;
+        if (failed(stream)) return kFailed;
+    }
+    return kDone;
+}
+
+Result write_and_read(const ZvStream& stream, const Ground& g, char* to) {
+    if (!stream) return kFailed;
+    const int length = int(g.line.size());
+    const bool written = ZVfprintf(stream.get(), "%s\n", g.line.c_str()) == length + 1 &&
+                         ZVfputc('c', stream.get()) == 'c' &&
+                         ZVfputs("some\n", stream.get()) == 5 &&
+                         ZVfwrite(g.kana.data(), 3, 2000, stream.get()) == 2000;
+    if (!written) return kFailed;
+    if (ZVftell(stream.get()) != length + 6007) return kWrong;
+    if (ZVfseek(stream.get(), -6000, SEEK_CUR) != 0 || ZVfseek(stream.get(), 0, SEEK_SET) != 0)
+        return kFailed;
+    return read_all(stream, to);
+}
+
+enum Promise : unsigned {
+    kUnchanged = 0, // a failure leaves the files as they were
+    kBeginning = 1, // or the beginning of what there should be
+    kSilent = 2,    // nor is it told
+    kNoReason = 4,  // errno does not tell the reason
+    kNoRetry = 8,   // signals are told as errors
+};
+
+const struct Operation {
+    const char* name;
+    unsigned promise;
+    Result (*run)(Ground&);
+} kOperations[] = {
+    {"stream write", kBeginning,
+     [](Ground& g) { return write_and_read(ZvStream(ZVfopen(g.out.c_str(), "w+")), g, g.room); }},
+    {"stream append", kBeginning,
+     [](Ground& g) {
+         const ZvStream stream(ZVfopen(g.out.c_str(), "a"));
+         return either(stream && ZVfprintf(stream.get(), "%d\n", 7) == 2 &&
+                       ZVfputs(g.line.c_str(), stream.get()) != -1);
+     }},
+    {"temporary stream", kUnchanged,
+     [](Ground& g) { return write_and_read(ZvStream(OSTmpZVFile()), g, g.room); }},
+    {"temporary descriptor", kUnchanged,
+     [](Ground& g) {
+         const int fd = OSTmpFileFd();
+         ZvStream stream(fd == -1 ? nullptr : ZVfdopen(fd, "w+"));
+         if (fd != -1 && !stream) close(fd);
+         return write_and_read(stream, g, g.room);
+     }},
+    {"temporary standard stream", kUnchanged,
+     [](Ground&) { return either(StandardStream(OSTmpFile()) != nullptr); }},
+    {"temporary name", kUnchanged,
+     [](Ground& g) {
+         char* const name = OSTmpName("abc");
+         const bool named = name != nullptr && strncmp(name, g.base.c_str(), g.base.size()) == 0;
+         free(name);
+         return either(named);
+     }},
+    {"locked append", kUnchanged,
+     [](Ground& g) { return either(OSAppendLineToFile(g.out.c_str(), g.line.c_str()) == 0); }},
+    {"line search", kUnchanged,
+     [](Ground& g) {
+         const int number = OSFindLineInFile(g.in.c_str(), "first\n");
+         return number == 1 ? kDone : number == -1 ? kFailed : kWrong;
+     }},
+    {"locks and status", kUnchanged,
+     [](Ground& g) {
+         const ZvStream stream(ZVfopen(g.out.c_str(), "r+"));
+         return either(stream && OSLockZVFile(stream.get(), ZV_LOCK_WRITE, 1) &&
+                       OSFileSize(g.out.c_str()) == 7 && OSZVFileModifiedTime(stream.get()) > 0 &&
+                       OSZVFileTruncate(stream.get(), 7) && OSUnLockZVFile(stream.get()));
+     }},
+    {"sweep", kSilent, [](Ground& g) { return either(OSRemoveFiles(g.swept.c_str(), "*.tmp")); }},
+    {"configuration", kNoReason | kNoRetry,
+     [](Ground& g) {
+         SetZVInstallPath(g.base.c_str());
+         strcpy(g.room, OSGetServerDbPath());
+         return strcmp(g.room, "./") == 0 ? kFailed : kDone;
+     }},
+    {"currency list", kNoReason,
+     [](Ground&) {
+         CurrencyDetailList list;
+         const int result = LoadCurrencyDetailList("2\\USD\\2\\JPY\\0\\", &list);
+         const uint32_t count = list.details != nullptr ? 2 : 0;
+         free(list.details);
+         if (list.count != count) return kWrong;
+         return result == ZV_CURRENCY_NO_MEMORY ? kFailed : count == 2 ? kDone : kWrong;
+     }},
+    {"XML declaration", kNoReason,
+     [](Ground& g) {
+         char* document;
+         SetEncodingForXMLDoc("<?xml version=\"1\" encoding=\"\"?>", ZV_SJIS, &document);
+         if (document == nullptr) return kFailed;
+         strcpy(g.room, document), free(document);
+         return kDone;
+     }},
+    {"list", kNoReason,
+     [](Ground&) {
+         LIST* const list = list_create(2);
+         if (list == nullptr) return kFailed;
+         long status = list_addItem(list, nullptr) | list_addItem(list, nullptr);
+         for (int count = 2; status == 0 && count < 40; ++count) {
+             status = list_addItem(list, nullptr);
+             if (status != 0 && (status != -3 || list_size(list) != count)) return kWrong;
+         }
+         LIST* const copy = list_copyShallow(list);
+         if (copy != nullptr) list_free(copy, nullptr, nullptr);
+         list_free(list, nullptr, nullptr);
+         return either(status == 0 && copy != nullptr);
+     }},
+    {"lines read", kNoReason | kNoRetry,
+     [](Ground& g) {
+         const StandardStream file(fopen(g.in.c_str(), "r"));
+         if (!file) return kFailed;
+         // Lines that fit on the stack, and some that take memory.
+         for (char* to = g.room; mbfgets(to, 2000, file.get(), ZV_SJIS); to += strlen(to))
+             ;
+         return either(feof(file.get()) && !ferror(file.get()));
+     }},
+    {"lines written", kBeginning | kNoRetry,
+     [](Ground& g) {
+         InitMbutilExt(ZV_SJIS);
+         FILE* const file = fopen(g.out.c_str(), "w");
+         if (file == nullptr) return kFailed;
+         const bool put = mbfputs(g.kana.c_str(), file, ZV_JIS) >= 0;
+         return either((fclose(file) == 0) & put);
+     }},
+    {"blocks read", kNoReason | kNoRetry,
+     [](Ground& g) {
+         InitMbutilExt(ZV_SJIS);
+         const StandardStream file(fopen(g.in.c_str(), "r"));
+         if (!file) return kFailed;
+         for (char* to = g.room; int got = mbfreadstring(to, 999, file.get());) to += got;
+         return either(!ferror(file.get()));
+     }},
+    {"file conversion", kSilent | kNoRetry,
+     [](Ground& g) {
+         return either(mbconvertfile2native_ex(g.in.c_str(), g.out.c_str(), 1, ZV_SJIS));
+     }},
+    {"mail line", kNoReason | kNoRetry,
+     [](Ground& g) {
+         InitMbutilExt(ZV_SJIS);
+         const StandardStream file(fopen(g.in.c_str(), "r"));
+         if (!file || !getLine(g.room, 2000, file.get(), ZV_SJIS, 0, ZV_JIS)) return kFailed;
+         return either(
+             getLine(g.room, 2000, file.get(), ZV_SJIS, ZV_TRANSFER_QUOTED_PRINTABLE, ZV_JIS));
+     }},
+    {"subject", kNoReason,
+     [](Ground& g) {
+         convertSubjectForMail(g.room, g.line.data() + 12000, ZV_8859_2, ZV_8859_2);
+         return either(*g.room != '\0');
+     }},
+    {"byte sum", kNoReason,
+     [](Ground& g) {
+         const int sum = AccumulateAsciiForStr(g.kana.c_str());
+         return sum == -1 ? kFailed : sum == 6000 * 0xB1 ? kDone : kWrong;
+     }},
+};
+
+constexpr unsigned kAll = kMemory | kOpen | kRead | kWrite | kSeek | kLock | kUnlock | kStatus;
+constexpr Fault kFaults[] = {
+    kNoMemory,
+    {"no memory from there on", kMemory, ENOMEM, kForever},
+    {"no more files", kOpen, EMFILE, kForever},
+    {"no files without names", kOpen, EOPNOTSUPP},
+    {"read error", kRead, EIO},
+    {"interrupted read", kRead, EINTR},
+    {"short reads", kRead, 0, kForever},
+    {"end of a disk", kRead, EIO, kForever, true},
+    {"write error", kWrite, EIO},
+    {"interrupted write", kWrite, EINTR, 3},
+    {"short writes", kWrite, 0, kForever},
+    {"full disk", kWrite, ENOSPC, kForever, true},
+    {"seek error", kSeek, EIO},
+    {"no lock", kLock, ENOLCK, kForever},
+    {"interrupted lock", kLock, EINTR, 3},
+    {"no unlocking", kUnlock, ENOLCK},
+    {"no status", kStatus, EIO},
+    {"no truncation", kTruncate, EIO},
+    {"broken disk", kAll, EIO, kForever},
+};
+
+struct Outcome {
+    Result result = kWrong;
+    int error = 0;
+    bool met = false;
+    std::string out, room;
+};
+
+long open_descriptors() {
+    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+}
+
+Outcome attempt(const Operation& operation, Ground& ground, int nth, const Fault& fault) {
+    ground.lay_out();
+    const long descriptors = open_descriptors(), blocks = live_blocks();
+    Outcome outcome;
+    inject(nth, fault);
+    outcome.result = operation.run(ground);
+    outcome.error = errno;
+    outcome.met = inject(0);
+    EXPECT_EQ(live_blocks(), blocks);
+    EXPECT_EQ(open_descriptors(), descriptors);
+    outcome.out = content(ground.out), outcome.room = ground.room;
+    return outcome;
+}
+
+void judge(const Operation& operation, const Fault& fault, const Outcome& is,
+           const Outcome& whole) {
+    const bool told = is.result == kFailed;
+    EXPECT_NE(is.result, kWrong);
+    EXPECT_TRUE(is.met || !told);
+    const bool retried = fault.error == 0 || (fault.error == EINTR && (fault.calls & kRead) == 0 &&
+                                              (operation.promise & kNoRetry) == 0);
+    EXPECT_FALSE(told && retried);
+    const bool gives_reason = told && (operation.promise & kNoReason) == 0;
+    EXPECT_EQ(gives_reason ? is.error : fault.error, fault.error);
+    if (!told && (operation.promise & kSilent) == 0) {
+        EXPECT_EQ(is.room, whole.room);
+        EXPECT_EQ(is.out, whole.out);
+    } else if (operation.promise & kSilent) {
+        EXPECT_TRUE(is.out.starts_with("before\n"));
+    } else if (operation.promise & kBeginning) {
+        EXPECT_TRUE(is.out == "before\n" || whole.out.starts_with(is.out));
+    } else {
+        // When no more than the unlocking failed, the work has been done.
+        EXPECT_TRUE(is.out == "before\n" || ((fault.calls & kUnlock) && is.out == whole.out));
+    }
+}
+
+TEST(Faults, AreToldAndLeaveNothingBehind) {
+    Ground ground;
+    for (const Operation& operation : kOperations) {
+        const Outcome whole = attempt(operation, ground, 0, kNoMemory);
+        ASSERT_EQ(whole.result, kDone) << operation.name;
+        int met = 0;
+        for (const Fault& fault : kFaults) {
+            bool more = true;
+            for (int nth = 1; more; ++nth, met += more) {
+                SCOPED_TRACE(std::string(operation.name) + ": " + fault.name + " " +
+                             std::to_string(nth));
+                const Outcome outcome = attempt(operation, ground, nth, fault);
+                judge(operation, fault, outcome, whole);
+                more = outcome.met;
+            }
+        }
+        EXPECT_GT(met, 0) << operation.name;
+    }
+}
+
+} // namespace

@@ -1,0 +1,53 @@
+#ifndef ZVUTIL_TESTS_FAULTS_H
+#define ZVUTIL_TESTS_FAULTS_H
+
+#include <cerrno>
+#include <climits>
+#include <utility>
+
+namespace test {
+
+// A test built with support/faults.cpp has its own malloc(), read() and so on, which the whole
+// process uses and which fail when they are told to. They count by thread.
+
+enum Calls : unsigned {
+    kMemory = 1,
+    kOpen = 2,
+    kRead = 4,
+    kWrite = 8,
+    kSeek = 16,
+    kLock = 32,
+    kUnlock = 64,
+    kStatus = 128,
+    kTruncate = 256,
+};
+
+struct Fault {
+    const char* name;
+    unsigned calls;            // one number counts them all
+    int error;                 // 0: they come back short where they can
+    int times = 1;             // as many calls in a row fail
+    bool begins_short = false; // only the calls behind the first one fail
+};
+constexpr int kForever = INT_MAX;
+constexpr Fault kNoMemory = {"no memory", kMemory, ENOMEM};
+
+// The blocks that this thread has allocated less those that it has released.
+long live_blocks();
+
+// Makes the nth such call of this thread from now on fail; 0 lets all succeed. Gives whether the
+// fault that the call before asked for has been met. Until it has, fopen() and fdopen() give
+// streams that go through the calls here.
+bool inject(int nth, const Fault& fault = kNoMemory);
+
+// Runs an operation whose nth call fails. Gives its result, and whether there was such a call.
+template <class Operation>
+auto with_fault(int nth, Operation operation, const Fault& fault = kNoMemory) {
+    inject(nth, fault);
+    auto result = operation();
+    return std::pair(std::move(result), inject(0));
+}
+
+} // namespace test
+
+#endif

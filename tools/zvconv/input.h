@@ -1,0 +1,27 @@
+/* A file that is read. */
+#ifndef ZVCONV_INPUT_H
+#define ZVCONV_INPUT_H
+
+#include <stdbool.h>
+#include <sys/stat.h>
+
+struct input {
+    const char* name; /* as the user knows it */
+    int descriptor;
+    struct stat status;
+};
+
+/* Opens a file, "-" for standard input; a regular one or none at all when that is asked. */
+bool input_open(struct input* input, const char* name, bool regular);
+void input_close(struct input* input);
+
+/* Tells in which Japanese encoding the text is; 0 after a complaint. */
+int input_detect(struct input* input);
+
+/* How many bytes are still to come, -1 when nobody knows. */
+off_t input_size(const struct input* input);
+
+/* Reads what there is, up to a number of bytes: 0 at the end, -1 after a complaint. */
+long input_read(struct input* input, char* text, unsigned long room);
+
+#endif
