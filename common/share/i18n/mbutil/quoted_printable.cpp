@@ -73,6 +73,11 @@ inline char* put(char* out, Token token) {
 
 char* put_tokens(char* out, const Byte* bytes, size_t length) {
     const Byte* const end = bytes + length;
+    if (has_avx2()) {
+        const Converted converted = wide_encode_quoted({bytes, length}, as_bytes(out));
+        bytes = converted.read;
+        out = reinterpret_cast<char*>(converted.written);
+    }
     // Blocks of one kind are common: words of ASCII, and code sets whose bytes all lie above 7E.
     for (; end - bytes >= static_cast<ptrdiff_t>(kBlock); bytes += kBlock) {
         std::uint64_t block;
@@ -113,7 +118,7 @@ void EncodedLines::encode_chunk() {
 }
 
 std::string_view EncodedLines::next() {
-    if (left() < kFullLine)
+    if (left() < kFullLine && source_.left() != 0)
         encode_chunk();
     size_t length = left();
     // A token of three that begins before the full length ends one or two characters behind it.
@@ -146,11 +151,13 @@ constexpr bool is_line_end(Byte byte) {
 // it stands.
 class LineDecoder {
 public:
-    LineDecoder(const char* line, char* out)
-        : next_(as_bytes(line)), end_(next_ + std::strcspn(line, "\n")), out_(as_bytes(out)) {}
+    LineDecoder(const char* line, char* out) : next_(as_bytes(line)), out_(as_bytes(out)) {
+        find_end();
+    }
 
     void decode() {
         for (;;) {
+            decode_blocks();
             copy_plain();
             if (*next_ == '=')
                 decode_escapes();
@@ -165,6 +172,29 @@ public:
     }
 
 private:
+    // The line ends at the first LF that is not part of a soft line break, as a rule: an escape of
+    // one digit may take that too.
+    void find_end() {
+        for (end_ = next_;; ++end_) {
+            end_ = as_bytes(strchrnul(reinterpret_cast<const char*>(end_), '\n'));
+            if (*end_ == '\0' || end_ == next_ || end_[-1] != '=')
+                break;
+        }
+    }
+
+    void decode_blocks() {
+        if (next_ > end_)
+            find_end();
+        if (!has_avx2())
+            return;
+        const Converted converted =
+            wide_decode_quoted({next_, static_cast<size_t>(end_ - next_)}, out_);
+        if (converted.read - next_ != converted.written - out_)
+            ensure_initialised(); // there were digits
+        next_ = converted.read;
+        out_ = converted.written;
+    }
+
     // Copies a run of plain bytes.
     void copy_plain() {
         while (end_ - next_ >= static_cast<ptrdiff_t>(kBlock)) {
@@ -219,7 +249,7 @@ private:
     }
 
     const Byte* next_;
-    const Byte* const end_; // the first LF, as a rule the line's; an escape may take it
+    const Byte* end_;
     Byte* out_;
 };
 

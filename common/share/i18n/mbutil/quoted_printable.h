@@ -3,7 +3,7 @@
 
 #include <string_view>
 
-#include "../jaconv/bytes.h"
+#include "quoted_printable_avx2.h"
 
 namespace zv {
 
@@ -23,15 +23,15 @@ public:
     std::string_view next();
 
 private:
-    static constexpr size_t kChunk = 256;
+    static constexpr size_t kChunk = 1024;
 
     size_t left() const { return static_cast<size_t>(end_ - line_); }
     void encode_chunk();
 
     Source source_;
-    // A line that is not yet full, the tokens of a chunk, and two bytes that are none: tokens are
-    // written, and full lines copied, at their greatest length.
-    char buffer_[kFullLine - 1 + 3 * kChunk + 2];
+    // A line that is not yet full, the tokens of a chunk, and bytes that are none: full lines are
+    // copied at their greatest length, and tokens are written in blocks.
+    char buffer_[kFullLine - 1 + 3 * kChunk + 3 * kQuotedBlock];
     char* line_ = buffer_;
     char* end_ = buffer_;
 };
