@@ -70,11 +70,11 @@ void fail(const std::string& what) {
     std::exit(1);
 }
 
-Row::Row(const char* family, std::string_view operation, std::string_view text, size_t units,
-         const char* unit)
+Row::Row(const char* family, std::string_view operation, std::string_view text, size_t size,
+         const char* unit, size_t work)
     : name_(std::string(family) + '/' + std::string(operation) + '/' + std::string(text) + '/' +
-            std::to_string(units) + '/'),
-      units_(units), unit_(unit) {}
+            std::to_string(size) + '/'),
+      work_(work != 0 ? work : size), unit_(unit) {}
 
 } // namespace bench
 

@@ -56,9 +56,10 @@ private:
 // One row of the report: an operation on a text, done by the library and by its peers.
 class Row {
 public:
-    // An iteration handles `units` units: bytes, calls or items.
-    Row(const char* family, std::string_view operation, std::string_view text, size_t units,
-        const char* unit);
+    // The size is in units: bytes, calls or items. An iteration counts as `work` of them, else as
+    // the size.
+    Row(const char* family, std::string_view operation, std::string_view text, size_t size,
+        const char* unit, size_t work = 0);
 
     // Measures the callable that `make` returns; what `make` does itself is not measured.
     template <class Make>
@@ -70,7 +71,7 @@ public:
                 work();
                 benchmark::ClobberMemory();
             }
-            state.counters["units"] = static_cast<double>(units_);
+            state.counters["units"] = static_cast<double>(work_);
             state.SetLabel(unit_);
         };
         benchmark::RegisterBenchmark((name_ + peer).c_str(), run);
@@ -78,8 +79,8 @@ public:
     }
 
 private:
-    std::string name_; // "family/operation/text/units/"
-    size_t units_;
+    std::string name_; // "family/operation/text/size/"
+    size_t work_;
     const char* unit_;
 };
 

@@ -120,12 +120,12 @@ Byte* copy_to_escape(Source& source, Byte* out) {
     return out + run;
 }
 
-// Reads JIS text; `encode` gives the two bytes of a code in the target encoding, `wide_kernel` does
-// the same for runs of plain characters.
+// Reads JIS text; `encode` gives the two bytes of a code in the target encoding.
 template <class Pairs, class Encode>
-Converted decode_jis(Source source, Byte* out, JisMode& mode, Encode encode, Kernel wide_kernel) {
-    const bool wide = has_avx2();
+Converted decode_jis(Source source, Byte* out, JisMode& mode, Encode encode, JisKernel kernel) {
+    WideKernel<JisMode> wide(kernel);
     while (source.next != source.end) {
+        out = wide.run(source, out, mode);
         const Byte byte = *source.next;
         if (byte == kEscape) {
             if (!skip_escape(source, mode))
@@ -137,15 +137,7 @@ Converted decode_jis(Source source, Byte* out, JisMode& mode, Encode encode, Ker
         } else {
             if (source.left() < 2)
                 break;
-            if (wide && source.left() >= kWideBlockSize) {
-                const Converted converted = wide_kernel(source, out);
-                if (converted.read != source.next) {
-                    source.next = converted.read;
-                    out = converted.written;
-                    continue;
-                }
-            }
-            out = convert_run<Pairs>(source, out, encode({source.next[0], source.next[1]}));
+            out = convert_run<Pairs>(source, out, encode({byte, source.next[1]}));
         }
     }
     return {source.next, out};
@@ -154,7 +146,7 @@ Converted decode_jis(Source source, Byte* out, JisMode& mode, Encode encode, Ker
 } // namespace
 
 Converted shift_jis_to_euc(Source source, Byte* out) {
-    WideKernel wide(wide_shift_jis_to_euc);
+    WideKernel<> wide(wide_shift_jis_to_euc);
     while (source.next != source.end) {
         out = wide.run(source, out);
         const Byte byte = *source.next;
@@ -182,7 +174,7 @@ Converted shift_jis_to_euc(Source source, Byte* out) {
 }
 
 Converted euc_to_shift_jis(Source source, Byte* out) {
-    WideKernel wide(wide_euc_to_shift_jis);
+    WideKernel<> wide(wide_euc_to_shift_jis);
     while (source.next != source.end) {
         out = wide.run(source, out);
         const Byte byte = *source.next;

@@ -1,6 +1,7 @@
 // Compiled for processors with AVX2: nothing that others run may be compiled here.
 #include "japanese_avx2.h"
 
+#include "japanese_codes.h"
 #include "japanese_pairs.h"
 
 namespace zv {
@@ -74,10 +75,111 @@ Converted convert_mixed(Source source, Byte* out) {
     return {source.next - carried, out - carried};
 }
 
+// The three bytes of an escape sequence as a number.
+unsigned first_three(const Byte* text) {
+    unsigned four;
+    std::memcpy(&four, text, sizeof four);
+    return four & 0xFFFFFF;
+}
+constexpr unsigned escape_sequence(unsigned second, unsigned third) {
+    return kEscape | second << 8 | third << 16;
+}
+
+// Decodes JIS text with the escape sequences in use. Which of them follows is left to branches,
+// which processors foresee, so that little waits for it.
 template <class Pairs>
-Converted convert_pairs(Source source, Byte* out) {
-    out = convert_run<Pairs>(source, out);
-    return {source.next, out};
+class JisDecoder {
+public:
+    JisDecoder(Byte* out, JisMode mode) : out_(out), mode_(mode) {}
+
+    // Stops at what is not plain, or where less than a block is left.
+    Source decode(Source source) {
+        while (source.left() >= kReach &&
+               (mode_ == JisMode::two_byte ? decode_pairs(source) : copy_single_bytes(source))) {
+        }
+        return source;
+    }
+
+    Byte* out() const { return out_; }
+    JisMode mode() const { return mode_; }
+
+private:
+    // A block and what may be an escape sequence behind it.
+    static constexpr size_t kReach = kBlockSize + sizeof(unsigned);
+
+    // Decodes a run of pairs and steps over the escape sequence that ends it. False when it ends
+    // otherwise.
+    bool decode_pairs(Source& source) {
+        const Byte* next = source.next;
+        ByteBlock block = load_block(next);
+        Mask not_plain = high_bits(Pairs::not_plain(block));
+        while (not_plain == 0) {
+            store_block(out_, Pairs::convert(block));
+            out_ += kBlockSize;
+            next += kBlockSize;
+            if (static_cast<size_t>(source.end - next) < kReach) {
+                source.next = next;
+                return true;
+            }
+            block = load_block(next);
+            not_plain = high_bits(Pairs::not_plain(block));
+        }
+        const size_t plain = count_before(not_plain) / 2 * 2;
+        const Byte* const end = next + plain;
+        out_ += plain;
+        if (next != source.next) // the last block of the run, which overlaps the one before
+            store_block(out_ - kBlockSize, Pairs::convert(load_block(end - kBlockSize)));
+        else
+            store_front(out_ - plain, Pairs::convert(block), plain);
+        source.next = end;
+        const unsigned escape = first_three(end);
+        if (escape != escape_sequence('(', 'B') && escape != escape_sequence('(', 'J'))
+            return false;
+        mode_ = JisMode::single_byte;
+        source.next += kEscapeSequence;
+        return true;
+    }
+
+    // Copies a run of single bytes and steps over the escape sequence that ends it.
+    bool copy_single_bytes(Source& source) {
+        // The most frequent runs are an empty one and a line end.
+        if (source.next[0] != kEscape) {
+            if (source.next[1] == kEscape) {
+                *out_++ = *source.next++;
+            } else {
+                const ByteBlock block = load_block(source.next);
+                const Mask escapes = high_bits(block == kEscape);
+                if (escapes == 0) {
+                    store_block(out_, block);
+                    out_ += kBlockSize;
+                    source.next += kBlockSize;
+                    return true;
+                }
+                const size_t run = count_before(escapes);
+                store_front(out_, block, run);
+                out_ += run;
+                source.next += run;
+            }
+        }
+        if (first_three(source.next) != escape_sequence('$', 'B'))
+            return false;
+        mode_ = JisMode::two_byte;
+        source.next += kEscapeSequence;
+        return true;
+    }
+
+    static constexpr size_t kEscapeSequence = 3;
+
+    Byte* out_;
+    JisMode mode_;
+};
+
+template <class Pairs>
+Converted decode_jis(Source source, Byte* out, JisMode& mode) {
+    JisDecoder<Pairs> decoder(out, mode);
+    source = decoder.decode(source);
+    mode = decoder.mode();
+    return {source.next, decoder.out()};
 }
 
 } // namespace
@@ -90,12 +192,12 @@ Converted wide_euc_to_shift_jis(Source source, Byte* out) {
     return convert_mixed<EucToShiftJisBytes, kSafeFromEucToShiftJis>(source, out);
 }
 
-Converted wide_jis_to_shift_jis(Source source, Byte* out) {
-    return convert_pairs<JisToShiftJisPairs>(source, out);
+Converted wide_jis_to_shift_jis(Source source, Byte* out, JisMode& mode) {
+    return decode_jis<JisToShiftJisPairs>(source, out, mode);
 }
 
-Converted wide_jis_to_euc(Source source, Byte* out) {
-    return convert_pairs<JisToEucPairs>(source, out);
+Converted wide_jis_to_euc(Source source, Byte* out, JisMode& mode) {
+    return decode_jis<JisToEucPairs>(source, out, mode);
 }
 
 } // namespace zv

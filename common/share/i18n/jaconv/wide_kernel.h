@@ -9,23 +9,25 @@ namespace zv {
 // Wide kernels need more than a block of source.
 inline constexpr size_t kWideBlockSize = 32;
 
-// Converts plain characters at the front of the source, whole blocks as long as it can. All is
-// passed in registers.
+// Converts plain characters at the front of the source, whole blocks as long as it can, and leaves
+// something. All is passed in registers.
 using Kernel = Converted (*)(Source, Byte* out);
 
 // Runs the wide kernel of a conversion ahead of its rule, where the processor has one. Text that is
 // rarely plain is left to the rule for a while, since a block that is given up costs more than a
 // character by the rule.
+template <class... State>
 class WideKernel {
 public:
-    explicit WideKernel(Kernel kernel) : kernel_(has_avx2() ? kernel : nullptr) {}
+    using Function = Converted (*)(Source, Byte* out, State&...);
 
-    // Leaves something of the source, which is not empty.
-    Byte* run(Source& source, Byte* out) {
+    explicit WideKernel(Function kernel) : kernel_(has_avx2() ? kernel : nullptr) {}
+
+    Byte* run(Source& source, Byte* out, State&... state) {
         if (kernel_ == nullptr || source.left() <= kWideBlockSize || source.next < resume_)
             return out;
         const Byte* const before = source.next;
-        const Converted converted = kernel_(source, out);
+        const Converted converted = kernel_(source, out, state...);
         source.next = converted.read;
         if (source.next < before + kWideBlockSize / 2)
             resume_ = source.next + 2 * kWideBlockSize;
@@ -33,7 +35,7 @@ public:
     }
 
 private:
-    Kernel kernel_;
+    Function kernel_;
     const Byte* resume_ = nullptr;
 };
 

@@ -15,17 +15,19 @@ public:
     explicit KnownText(const Byte* text) : end_(text) {}
 
     // Whether a block may be read at s.
-    bool has_block(const Byte* s) {
-        if (end_ < s + kBlockSize && !at_terminator_) {
-            end_ = s + strnlen(reinterpret_cast<const char*>(s), reach_);
-            at_terminator_ = *end_ == 0;
-            reach_ = std::min(4 * reach_, kLongestReach);
-        }
-        return end_ >= s + kBlockSize;
-    }
+    bool has_block(const Byte* s) { return end_ >= s + kBlockSize || has_block_behind(s); }
 
 private:
     static constexpr size_t kLongestReach = 16 * 1024;
+
+    [[gnu::noinline]] bool has_block_behind(const Byte* s) {
+        if (at_terminator_)
+            return false;
+        end_ = s + strnlen(reinterpret_cast<const char*>(s), reach_);
+        at_terminator_ = *end_ == 0;
+        reach_ = std::min(4 * reach_, kLongestReach);
+        return end_ >= s + kBlockSize;
+    }
 
     const Byte* end_;
     size_t reach_ = 4 * kBlockSize;

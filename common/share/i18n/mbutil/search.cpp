@@ -25,32 +25,36 @@ auto byte_of(int c) {
     return [=](auto bytes) { return bytes == static_cast<Byte>(c); };
 }
 
-// What a search character that is no char value finds.
+// No other search character finds anything.
 constexpr bool is_char_value(int c) {
     return in_range(static_cast<unsigned>(c + 128), 0, 255);
 }
 
-template <class Scanner>
-const Byte* find_first(const Byte* s, int c) {
-    if (c == 0 || !is_char_value(c))
-        return nullptr;
-    if (always_begins_character<Scanner>(static_cast<Byte>(c)))
-        return as_bytes(std::strchr(as_text(s), c));
-    return find_character<Scanner>(s, byte_of(c), [](const Byte*) { return true; });
-}
+enum class Occurrence { first, last };
 
 template <class Scanner>
-const Byte* find_last(const Byte* s, int c) {
+const Byte* find_byte(const Byte* s, int c, Occurrence which) {
     if (c == 0 || !is_char_value(c))
         return nullptr;
-    if (always_begins_character<Scanner>(static_cast<Byte>(c)))
-        return as_bytes(std::strrchr(as_text(s), c));
-    const Byte* last = nullptr;
+    if (always_begins_character<Scanner>(static_cast<Byte>(c))) {
+        const char* const text = as_text(s);
+        return as_bytes(which == Occurrence::first ? std::strchr(text, c) : std::strrchr(text, c));
+    }
+    const Byte* found = nullptr;
     find_character<Scanner>(s, byte_of(c), [&](const Byte* p) {
-        last = p;
-        return false;
+        found = p;
+        return which == Occurrence::first;
     });
-    return last;
+    return found;
+}
+
+char* find_byte(const char* s, int c, Occurrence which) {
+    if (s == nullptr)
+        return nullptr;
+    return with_current_scanner([&](auto scanner) {
+        const Byte* const found = find_byte<decltype(scanner)>(as_bytes(s), c, which);
+        return const_cast<char*>(as_text(found));
+    });
 }
 
 // Whether whole characters at hay spell the needle. A needle that ends inside a character differs
@@ -73,8 +77,11 @@ bool spells(const Byte* hay, const Byte* needle) {
 
 template <class Scanner>
 const Byte* find_string(const Byte* hay, const Byte* needle) {
+    // The C library compares bytes faster; what is equal may still end inside a character.
+    const size_t length = std::strlen(as_text(needle));
     const auto spells_needle = [=](const Byte* p) {
-        return (p[1] == needle[1] || needle[1] == 0) && spells<Scanner>(p, needle);
+        return (p[1] == needle[1] || needle[1] == 0) &&
+               std::strncmp(as_text(p), as_text(needle), length) == 0 && spells<Scanner>(p, needle);
     };
     return find_character<Scanner>(hay, byte_of(*needle), spells_needle);
 }
@@ -92,7 +99,7 @@ const Byte* find_last_string(const Byte* hay, const Byte* needle) {
 // The length of the member of the set that stands at p, 0 when none does. A member that is a
 // malformed byte matches by that byte alone.
 template <class Scanner>
-size_t match_at(const Byte* p, const Byte* set) {
+[[gnu::noinline]] size_t match_at(const Byte* p, const Byte* set) {
     for (int length; *set != 0; set += length) {
         length = step<Scanner>(set);
         int i = 0;
@@ -105,7 +112,7 @@ size_t match_at(const Byte* p, const Byte* set) {
 }
 
 // The first bytes of the members of a set. A block is compared with few of them one by one, with
-// many only as a range that holds them all.
+// more only as a range that holds them all.
 class FirstBytes {
 public:
     void add(Byte byte) {
@@ -122,20 +129,19 @@ public:
     }
     bool has(Byte byte) const { return all_[byte]; }
 
-    // What a search wants: members' first bytes, and perhaps others.
-    auto few() const {
-        return [this](auto bytes) {
+    // What a search wants: the first bytes of members, and perhaps others.
+    auto wanted() const {
+        const bool are_few = count_ <= kFew;
+        const Byte lowest = are_few ? 0xFF : lowest_; // else the range is empty
+        const Byte highest = are_few ? 0 : highest_;
+        return [=, this](auto bytes) {
             return (bytes == few_[0]) | (bytes == few_[1]) | (bytes == few_[2]) |
-                   (bytes == few_[3]);
+                   ((bytes >= lowest) & (bytes <= highest));
         };
     }
-    auto range() const {
-        return [this](auto bytes) { return (bytes >= lowest_) & (bytes <= highest_); };
-    }
-    bool are_few() const { return count_ <= kFew; }
 
 private:
-    static constexpr int kFew = 4;
+    static constexpr int kFew = 3;
 
     std::bitset<256> all_;
     Byte few_[kFew] = {};
@@ -161,10 +167,7 @@ SetMatch find_in_set(const char* s, const char* set) {
         length = first_bytes.has(*p) ? match_at<Scanner>(p, as_bytes(set)) : 0;
         return length != 0;
     };
-    const Byte* const found =
-        first_bytes.are_few()
-            ? find_character<Scanner>(as_bytes(s), first_bytes.few(), is_member)
-            : find_character<Scanner>(as_bytes(s), first_bytes.range(), is_member);
+    const Byte* const found = find_character<Scanner>(as_bytes(s), first_bytes.wanted(), is_member);
     if (found == nullptr)
         return {std::strlen(s), 0};
     return {static_cast<size_t>(found - as_bytes(s)), length};
@@ -186,11 +189,7 @@ SetMatch find_in_set(const char* s, const char* set) {
 char* mbstrchr(const char* s, int c) {
     if (!zv::current_is_multibyte())
         return const_cast<char*>(std::strchr(s, c));
-    if (s == nullptr)
-        return nullptr;
-    return zv::with_current_scanner([&](auto scanner) {
-        return zv::as_result(zv::find_first<decltype(scanner)>(zv::as_bytes(s), c));
-    });
+    return zv::find_byte(s, c, zv::Occurrence::first);
 }
 
 char* mbstrchrEncr(const char* s, int c) {
@@ -200,11 +199,7 @@ char* mbstrchrEncr(const char* s, int c) {
 char* mbstrrchr(const char* s, int c) {
     if (!zv::current_is_multibyte())
         return const_cast<char*>(std::strrchr(s, c));
-    if (s == nullptr)
-        return nullptr;
-    return zv::with_current_scanner([&](auto scanner) {
-        return zv::as_result(zv::find_last<decltype(scanner)>(zv::as_bytes(s), c));
-    });
+    return zv::find_byte(s, c, zv::Occurrence::last);
 }
 
 char* mbstrstr(const char* hay, const char* needle) {
