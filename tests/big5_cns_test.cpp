@@ -2,18 +2,16 @@
 
 #include <algorithm>
 #include <cstring>
-#include <map>
-#include <span>
 
 #include "jaconv.h"
+#include "support/big5_cns_model.h"
 #include "support/guarded.h"
 #include "support/oracle.h"
 #include "support/texts.h"
 
 namespace {
 
-bool is_high(int byte) { return byte >= 0xA1 && byte <= 0xFE; }
-std::string pair_of(int first, int second) { return {char(first), char(second)}; }
+using test::is_high, test::order_of, test::pair_of;
 
 // The two bytes that a function writes, and no more.
 std::string written_by(auto function, auto key, int result) {
@@ -23,48 +21,10 @@ std::string written_by(auto function, auto key, int result) {
     return pair_of(out[0], out[1]);
 }
 
-template <class Order>
-int order_of(Order order, int code) {
-    const unsigned char bytes[] = {static_cast<unsigned char>(code >> 8),
-                                   static_cast<unsigned char>(code)};
-    return order(bytes);
-}
-
-// The conversions character by character, with what the master table says of each.
-struct Model {
-    std::map<std::string, std::string> to_euc_tw, to_big5;
-
-    Model() {
-        for (const Big5CnsRange& row : std::span(Big5CnsTable, size_t(Big5CnsTableSize))) {
-            int cns = order_of(CnsOrder, row.first_cns + 0x8080);
-            const int last = order_of(Big5Order, row.last_big5);
-            for (int big5 = order_of(Big5Order, row.first_big5); big5 <= last; ++big5) {
-                const std::string code = written_by(Big5Code, big5, 0);
-                const std::string plain = written_by(CnsCode, cns++, 0);
-                const std::string shifted = pair_of(0x8E, 0xA0 + row.plane) + plain;
-                to_euc_tw[code] = row.plane == 1 ? plain : shifted;
-                to_big5.emplace(to_euc_tw[code], code);
-                to_big5.emplace(shifted, code);
-            }
-        }
-    }
-
-    static std::string convert(const std::string& text, const auto& map, size_t shifted) {
-        std::string out;
-        for (size_t i = 0, size; i < text.size(); i += size) {
-            size = text[i] == '\x8E' ? shifted : is_high(text[i] & 0xFF) ? 2 : 1;
-            const std::string code = text.substr(i, size);
-            const auto found = map.find(code);
-            out += size == 1 || code.size() < size ? code
-                   : found == map.end()            ? "??"
-                                                   : found->second;
-        }
-        return out;
-    }
-
+struct Model : test::Big5CnsModel {
     // Both conversions, with a guarded source and not a byte more room than the result takes.
     void expect(const std::string& text) const {
-        const std::string euc_tw = convert(text, to_euc_tw, 1), big5 = convert(text, to_big5, 4);
+        const std::string euc_tw = euc_tw_of(text), big5 = big5_of(text);
         ASSERT_EQ(test::convert_guarded(big2euchx, text, euc_tw.size() + 1), euc_tw);
         ASSERT_EQ(test::convert_guarded(euch2bigx, text, big5.size() + 1), big5);
         ASSERT_EQ(euchLength(test::GuardedText(text).data()), euc_tw.size());

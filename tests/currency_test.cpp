@@ -4,46 +4,25 @@
 #include <vector>
 
 #include "mbutil.h"
+#include "support/currency_model.h"
 #include "support/guarded.h"
 #include "support/texts.h"
 #include "zvosutil.h"
 
 namespace {
 
-using Records = std::vector<std::pair<std::string, int>>;
-struct Loaded {
-    int result;
-    Records records;
-    bool operator==(const Loaded&) const = default;
-};
-const Loaded kMalformed = {ZV_CURRENCY_MALFORMED, {}};
+using test::currency_model, test::kMalformed;
 
-Loaded load(const std::string& text) {
+test::LoadedCurrencies load(const std::string& text) {
     test::GuardedText source(text);
     CurrencyDetail none;
     CurrencyDetailList list = {99, &none};
     const int result = LoadCurrencyDetailList(source.data(), &list);
     EXPECT_EQ(list.details != nullptr, list.count > 0);
-    Loaded loaded = {result, {}};
+    test::LoadedCurrencies loaded = {result, {}};
     for (uint32_t i = 0; i < list.count; ++i)
         loaded.records.emplace_back(list.details[i].code, list.details[i].value);
     free(list.details);
-    return loaded;
-}
-
-// The same from the text cut at every separator that begins a character.
-Loaded model(const std::string& text) {
-    std::vector<std::string> fields;
-    for (size_t i = 0, begin = 0; i < text.size(); i += size_t(mbbytesinchar(&text[i])))
-        if (text[i] == '\\') fields.push_back(text.substr(begin, i - begin)), begin = i + 1;
-    const long long count = fields.empty() ? -1 : atoll(fields[0].c_str());
-    if (count < 0 || 2 * count >= std::ssize(fields)) return kMalformed;
-    Loaded loaded = {0, {}};
-    for (size_t i = 1; i <= 2 * size_t(count); i += 2) {
-        const long long value = atoll(fields[i + 1].c_str());
-        if (fields[i].size() > 3 || value < INT_MIN || value > INT_MAX) return kMalformed;
-        loaded.records.emplace_back(fields[i], value);
-    }
     return loaded;
 }
 
@@ -54,8 +33,8 @@ TEST(CurrencyText, AnyTextGivesAListOrAStatus) {
         int lists = 0;
         for (int i = 0; i < 20000; ++i) {
             const std::string text = test::random_text(random, "12 -a\x83\\\\\\\\", 24);
-            const Loaded loaded = load(text);
-            ASSERT_EQ(loaded, model(text)) << text;
+            const test::LoadedCurrencies loaded = load(text);
+            ASSERT_EQ(loaded, currency_model(text)) << text;
             lists += !loaded.records.empty();
         }
         EXPECT_GT(lists, 1000);
@@ -63,7 +42,7 @@ TEST(CurrencyText, AnyTextGivesAListOrAStatus) {
             EXPECT_EQ(load(count + std::string("\\USD\\1\\")), kMalformed) << count;
         for (const char* value :
              {"1\\USD\\2147483648\\", "1\\U\\-2147483648y\\more", "1\\USDX\\1\\"})
-            EXPECT_EQ(load(value), model(value)) << value;
+            EXPECT_EQ(load(value), currency_model(value)) << value;
     }
 }
 
@@ -76,7 +55,7 @@ TEST(CurrencyText, GoesThereAndBackInAnyRoom) {
         std::string text = std::to_string(count) + "\\";
         for (uint32_t i = 0; i < count; ++i)
             (text += details[i].code) += '\\' + std::to_string(details[i].value) + '\\';
-        EXPECT_EQ(load(text), model(text));
+        EXPECT_EQ(load(text), currency_model(text));
         EXPECT_EQ(load(text).records.size(), count);
         for (const unsigned start : {0u, 10u, 75u, UINT_MAX, UINT_MAX - 5})
             for (unsigned size = 0; size < 80; ++size) {

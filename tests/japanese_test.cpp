@@ -3,92 +3,24 @@
 #include "jaconv.h"
 #include "mbutil.h"
 #include "support/guarded.h"
+#include "support/japanese_model.h"
 #include "support/oracle.h"
 #include "support/texts.h"
 
 namespace {
 
-struct Direction {
-    const char* name;
-    char* (*convert)(const char*, char*);
-    int from, to;
-    size_t growth, extra; // room: growth * length + extra
-};
-const Direction kDirections[] = {{"shift2eucx", shift2eucx, ZV_SJIS, ZV_EUC, 2, 1},
-                                 {"euc2shiftx", euc2shiftx, ZV_EUC, ZV_SJIS, 1, 1},
-                                 {"shift2jisx", shift2jisx, ZV_SJIS, ZV_JIS, 5, 4},
-                                 {"euc2jisx", euc2jisx, ZV_EUC, ZV_JIS, 3, 4},
-                                 {"jis2shiftx", jis2shiftx, ZV_JIS, ZV_SJIS, 1, 1},
-                                 {"jis2eucx", jis2eucx, ZV_JIS, ZV_EUC, 1, 1}};
+using test::between, test::is_lead;
+const auto& kDirections = test::kJapanese;
+using Direction = test::JapaneseDirection;
 
 std::string converted(const Direction& direction, std::string_view text) {
     return test::convert_guarded(direction.convert, text,
                                  direction.growth * text.size() + direction.extra);
 }
 
-bool in(int byte, int first, int last) { return byte >= first && byte <= last; }
-bool is_lead(int b) { return in(b, 0x81, 0x9F) || in(b, 0xE0, 0xEF); }
-
-// The rules of all six directions, a byte at a time and without a thought for speed.
-std::string model(const Direction& d, std::string_view text) {
-    std::string out;
-    int two_byte = 0;
-    const auto put = [&](int first, int second) { (out += char(first)) += char(second); };
-    const auto mode = [&](int wanted) {
-        if (d.to == ZV_JIS && two_byte != wanted) out += (two_byte = wanted) ? "\x1B$B" : "\x1B(J";
-    };
-    const auto put_jis = [&](int first, int second) {
-        const int high = d.to == ZV_EUC ? 0x80 : 0;
-        if (d.to == ZV_SJIS) jis2sjis(&first, &second);
-        mode(1);
-        put(first + high, second + high);
-    };
-    const auto put_katakana = [&](int b) {
-        int second = 0;
-        const unsigned char* nothing = nullptr;
-        if (d.to == ZV_SJIS) return void(out += char(b));
-        if (d.to == ZV_EUC) return put(0x8E, b);
-        han2zen(&nothing, &b, &second, 1);
-        sjis2jis(&b, &second);
-        put_jis(b, second);
-    };
-    for (size_t i = 0; i < text.size(); ++i) {
-        const auto byte = [&](size_t at) { return at < text.size() ? text[at] & 0xFF : -1; };
-        int b = byte(i), t = byte(i + 1);
-        if (d.from == ZV_JIS && b == 0x1B) {
-            if (t < 0 || ((t == '$' || t == '(') && byte(i + 2) < 0)) break;
-            two_byte = t == '$' || t == 'K';
-            i += t == '$' || t == '(' ? 2 : 1;
-        } else if (d.from == ZV_JIS && two_byte && b != '\n' && b != '\r' && t >= 0) {
-            put_jis(b, t), ++i;
-        } else if (d.from == ZV_JIS) {
-            two_byte = 0;
-            out += char(b);
-        } else if (d.from == ZV_SJIS && is_lead(b) && t >= 0) {
-            const bool valid = in(t, 0x40, 0xFC);
-            if (valid) sjis2jis(&b, &t);
-            valid ? put_jis(b, t) : put(b, t);
-            ++i;
-        } else if (d.from == ZV_SJIS && in(b, 0xA1, 0xDF)) {
-            put_katakana(b);
-        } else if (d.from == ZV_EUC && b == 0x8E && t >= 0) {
-            in(t, 0xA1, 0xDF) ? put_katakana(t) : put(b, t);
-            ++i;
-        } else if (d.from == ZV_EUC && in(b, 0xA1, 0xFE) && t >= 0) {
-            in(t, 0xA1, 0xFE) ? put_jis(b - 0x80, t - 0x80) : put(b, t);
-            ++i;
-        } else {
-            mode(0);
-            out += char(b);
-        }
-    }
-    mode(0);
-    return out;
-}
-
 // With exactly the room of the result, which is within the promised one.
 void expect_as_model(const Direction& direction, const std::string& text) {
-    const std::string expected = model(direction, text);
+    const std::string expected = test::japanese_model(direction, text);
     ASSERT_LT(expected.size(), direction.growth * text.size() + direction.extra);
     // Sums that wrap can give zero bytes.
     ASSERT_EQ(test::convert_guarded(direction.convert, text, expected.size() + 1), expected.c_str())
@@ -158,7 +90,7 @@ TEST(JapaneseCharacters, ShiftJisAndJisAreInverse) {
         for (int trail = 0x40; is_lead(lead) && trail <= 0xFC; ++trail) {
             int first = lead, second = trail;
             sjis2jis(&first, &second);
-            ASSERT_TRUE(in(first, 0x21, 0x7E) && in(second, 0x21, 0x7E));
+            ASSERT_TRUE(between(first, 0x21, 0x7E) && between(second, 0x21, 0x7E));
             jis2sjis(&first, &second);
             // 7F is no trail byte of Shift-JIS proper; it stands for the cell of 80.
             ASSERT_EQ(first, lead);

@@ -61,7 +61,7 @@ for symbol in symbols:
     if symbol[3] == "OBJECT" and name not in state:
         check(section in (".rodata", ".data.rel.ro"), f"{name} stands in {section}")
 
-tested = "".join(path.read_text() for path in pathlib.Path(tests).glob("*_test.cpp"))
+tested = "".join(path.read_text() for path in pathlib.Path(tests).rglob("*.[ch]*"))
 for name in sorted(wanted):
     check(re.search(rf"\b{name}\b", tested), f"no test names {name}")
 

@@ -8,6 +8,7 @@
 #include "support/faults.h"
 #include "support/folder.h"
 #include "support/guarded.h"
+#include "support/mail_model.h"
 #include "support/oracle.h"
 #include "support/texts.h"
 
@@ -15,49 +16,12 @@ namespace {
 
 constexpr int kQuoted = ZV_TRANSFER_QUOTED_PRINTABLE;
 
-std::string model_of_encoder(const std::string& text) {
-    std::string out;
-    size_t line = 0;
-    for (const char c : text) {
-        char token[4] = {c};
-        if (c <= 0x20 || c == 0x7F || c == '=')
-            std::snprintf(token, sizeof token, "=%02X", static_cast<unsigned char>(c));
-        out += token;
-        if (out.size() - line >= 50) line = out.append("=\n\r").size();
-    }
-    return out;
-}
-
 // In exactly the room of the output, which lies within the stated one.
 std::string encode(const std::string& text) {
-    const size_t room = model_of_encoder(text).size() + 1;
+    const size_t room = test::model_of_encoder(text).size() + 1;
     EXPECT_LE(room, 3 * text.size() + 3 * (3 * text.size() / 50) + 1);
     return test::convert_guarded([](auto src, auto dst) { convertToQuotedPrintable(dst, src); },
                                  text, room);
-}
-
-// As a caller sees it: up to the first zero byte, which "=00" gives.
-std::string model_of_decoder(const std::string& text) {
-    const auto digit = [](char c) {
-        const std::string digits = "0123456789abcdef0123456789ABCDEF";
-        return c == '\0' ? digits.npos : digits.find(c) % 16 + (digits.find(c) & ~size_t{31});
-    };
-    std::string out;
-    size_t i = 0;
-    const auto next = [&] { return i < text.size() ? text[i++] : '\0'; };
-    for (char c = next(); c != '\0' && c != '\n' && c != '\r'; c = next()) {
-        const char c1 = c == '=' ? next() : c;
-        const char c2 = c == '=' && digit(c1) < 16 ? next() : '\0';
-        if (c != '=')
-            out += c == '\t' || (c >= 0x20 && c < 0x7F) ? std::string(1, c) : "";
-        else if (digit(c1) < 16 && digit(c2) < 16)
-            out += static_cast<char>(16 * digit(c1) + digit(c2));
-        else if (digit(c1) < 16)
-            out += {c1, c2};
-        else if (c1 != '\n' && c1 != '\r')
-            out += {c1 == '\0' ? '\0' : '=', c1};
-    }
-    return out.c_str();
 }
 
 // In the stated room, and where the text stands.
@@ -80,7 +44,7 @@ TEST(QuotedPrintable, IsWrittenAndReadAsTheModels) {
     for (unsigned pair = 256; pair < 65536; ++pair) {
         const char bytes[] = {'=', char(pair >> 8), char(pair), 0};
         const std::string text = bytes + tails[pair % 256 == 0 ? 0 : pair % 3];
-        ASSERT_EQ(decode(text), model_of_decoder(text)) << pair;
+        ASSERT_EQ(decode(text), test::model_of_decoder(text)) << pair;
     }
     std::mt19937 random(31);
     const std::string alphabets[] = {"\xA4\xA2", "=0aF\n\r\tg\x80z", "=3D text of words, \xFC.",
@@ -88,55 +52,17 @@ TEST(QuotedPrintable, IsWrittenAndReadAsTheModels) {
     for (size_t i = 0; i < 3000; ++i) {
         const std::string text = std::string(i % 64, 'p') +
                                  test::random_text(random, alphabets[i % 5], i % 50 ? 130 : 1200);
-        ASSERT_EQ(decode(text), model_of_decoder(text));
+        ASSERT_EQ(decode(text), test::model_of_decoder(text));
         std::string encoded = encode(text);
-        ASSERT_EQ(encoded, model_of_encoder(text));
+        ASSERT_EQ(encoded, test::model_of_encoder(text));
         for (size_t at; (at = encoded.find("=\n\r")) != encoded.npos;) encoded.erase(at, 3);
         ASSERT_EQ(decode(encoded + "\n=41"), text);
     }
 }
 
-const char kAlphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-
-// Takes one group of three bytes after the other.
-std::string model_of_base64_words(const std::string& text, const std::string& charset) {
-    size_t i = std::min(text.find('\x1B'), text.size());
-    const std::string opening = "=?" + charset + "?B?";
-    std::string out = text.substr(0, i) + (i < text.size() ? opening : "");
-    size_t line = 0;
-    const auto begin_next = [&] {
-        line = out.append("?=\n \t").size() - 1; // space and TAB count as one column
-        out += opening;
-    };
-    std::string remembered;
-    for (bool fresh = true; i < text.size();) {
-        if (text[i] == '\x1B' && !fresh) {
-            begin_next();
-            remembered.clear();
-        }
-        std::string group = text.substr(i, 3);
-        const bool is_cut = group.find('\x1B', 1) != group.npos;
-        group.resize(std::min(group.find('\x1B', 1), group.size()));
-        i += group.size();
-        unsigned bits = 0;
-        for (size_t k = 0; k < 3; ++k)
-            bits = bits << 8 | (k < group.size() ? static_cast<unsigned char>(group[k]) : 0);
-        std::string digits;
-        for (int shift = 18; shift >= 0; shift -= 6) digits += kAlphabet[bits >> shift & 63];
-        remembered = remembered.empty() ? digits : remembered;
-        out += digits.replace(group.size() + 1, 4, 3 - group.size(), '=');
-        fresh = is_cut || out.size() - line >= 72;
-        if (fresh) {
-            begin_next();
-            out += remembered;
-        }
-    }
-    return out.size() > text.size() ? out + "?=" : out;
-}
-
 // In exactly the room of the output, which lies within the stated one.
 std::string base64_words(const std::string& text, std::string charset = "iso-2022-jp") {
-    const size_t length = model_of_base64_words(text, charset).size();
+    const size_t length = test::model_of_base64_words(text, charset).size();
     EXPECT_LE(length + 1, (text.size() + 1) * (charset.size() + 18));
     return test::convert_guarded(
         [&](auto src, auto dst) {
@@ -146,31 +72,9 @@ std::string base64_words(const std::string& text, std::string charset = "iso-202
         text, length + 1);
 }
 
-// Pieces of whole characters for JIS, lines of quoted-printable for the others.
-std::string model_of_subject(const std::string& subject, int mail_code_set, int code_set) {
-    const std::string fold = "\n \t", charset = mbGetMIMECharset(mail_code_set);
-    const auto convert = [&](const std::string& text) {
-        std::string converted(5 * text.size() + 4, '\0');
-        return std::string(convertStrExt(text.c_str(), code_set, converted.data(), mail_code_set));
-    };
-    std::string out;
-    for (size_t i = 0, length; mail_code_set == ZV_JIS && i < subject.size(); i += length) {
-        length = mbidx(&subject[i], 20);
-        out += (i == 0 ? "" : fold) +
-               model_of_base64_words(convert(subject.substr(i, length)), charset);
-    }
-    if (mail_code_set == ZV_JIS || subject.empty()) return out;
-    const std::string opening = "=?" + charset + "?Q?";
-    out = opening + model_of_encoder(convert(subject));
-    if (out.ends_with("\r")) out.resize(out.size() - 3);
-    for (size_t at; (at = out.find("=\n\r")) != out.npos;)
-        out.replace(at, 3, "?=" + fold + opening);
-    return out + "?=";
-}
-
 // In exactly the room of the output, which lies within the stated one.
 std::string subject_for_mail(const std::string& subject, int mail_code_set, int code_set) {
-    const std::string expected = model_of_subject(subject, mail_code_set, code_set);
+    const std::string expected = test::model_of_subject(subject, mail_code_set, code_set);
     EXPECT_LT(expected.size(), 64 * subject.size() + 64);
     const std::string written = test::convert_guarded(
         [&](auto src, auto dst) { convertSubjectForMail(dst, src, mail_code_set, code_set); },
@@ -189,7 +93,7 @@ TEST(Subjects, AreWrittenAsTheModelsWhateverTheBytes) {
     for (size_t i = 0; i < 3000 && !HasFailure(); ++i) {
         const std::string text = test::random_text(random, alphabets[i % 6], 150);
         const std::string charset(random() % (i % 8 == 0 ? 90 : 16), 'c');
-        EXPECT_EQ(base64_words(text, charset), model_of_base64_words(text, charset));
+        EXPECT_EQ(base64_words(text, charset), test::model_of_base64_words(text, charset));
         const int code_set = i % 2 == 0 ? ZV_SJIS : i % 3 == 0 ? ZV_EUC : ZV_BIG5;
         InitMbutilExt(code_set);
         subject_for_mail(text, ZV_JIS, code_set);

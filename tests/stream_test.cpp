@@ -9,12 +9,13 @@
 
 #include "support/folder.h"
 #include "support/guarded.h"
+#include "support/stream_model.h"
 #include "support/texts.h"
 #include "zvstdio.h"
 
 namespace {
 
-constexpr long kLast = INT_MAX;
+using test::kLastPosition;
 
 struct Stream {
     ZVFILE* handle;
@@ -32,49 +33,6 @@ const struct Mode {
               {"w", O_WRONLY},  {"wb+", O_RDWR},   {"a", O_WRONLY}, {"ab+", O_RDWR},
               {"x+", O_RDONLY}, {"rw+", O_RDONLY}, {"+", O_RDONLY}, {"", O_RDONLY}};
 
-// A descriptor with a position and pushed back bytes, the next one last.
-struct Model {
-    int descriptor;
-    bool append;
-    long position = 0, at_end = 0;
-    int error = 0, raised = 0;
-    std::string pushed = "", taken = "";
-
-    long size() const { return lseek(descriptor, 0, SEEK_END); }
-    bool fail(int number) { return error = raised = number, false; }
-    bool take_byte() {
-        if (position == kLast && size() > kLast) return fail(EOVERFLOW);
-        char byte = 0;
-        const ssize_t got = pushed.empty() ? pread(descriptor, &byte, 1, position) : 1;
-        if (got < 0) return fail(errno);
-        if (got == 0) return at_end = 1, false;
-        if (!pushed.empty()) byte = pushed.back(), pushed.pop_back();
-        return taken += byte, ++position, true;
-    }
-    long take(size_t most, int last) {
-        const long start = position;
-        while (taken.size() < most && (taken.empty() || taken.back() != last))
-            if (!take_byte()) break;
-        if (raised == EOVERFLOW) position = start;
-        return long(taken.size());
-    }
-    long push(int c) { return pushed += char(c), --position, at_end = 0, c; }
-    bool write(const std::string& text) {
-        const long place = append ? size() : position, length = long(text.size());
-        if (place < 0) return fail(EINVAL);
-        pushed = "";
-        if (place > kLast - length) return fail(EOVERFLOW);
-        position = place;
-        if (text.empty()) return false;
-        if (pwrite(descriptor, text.data(), text.size(), place) < 0) return fail(errno);
-        return position += length, true;
-    }
-    bool seek(long place) {
-        if (place < 0 || place > kLast) return fail(place < 0 ? EINVAL : EOVERFLOW);
-        return position = place, pushed = "", at_end = 0, true;
-    }
-};
-
 TEST(Stream, RandomOperationsAgreeWithAModelInEveryMode) {
     std::mt19937 random(17);
     const test::Folder folder;
@@ -84,7 +42,7 @@ TEST(Stream, RandomOperationsAgreeWithAModelInEveryMode) {
     for (size_t round = 0; round < 240; ++round) {
         const auto& [mode, access] = kModes[round / 2 % std::size(kModes)];
         const bool writes_anew = mode[0] == 'w', at_limit = round % 2 == 0 && !writes_anew;
-        const long base = at_limit ? kLast - 12000 : 0;
+        const long base = at_limit ? kLastPosition - 12000 : 0;
         for (const std::string& name : {path, twin}) {
             test::write_file(name, "");
             ASSERT_EQ(truncate(name.c_str(), base), 0);
@@ -95,59 +53,28 @@ TEST(Stream, RandomOperationsAgreeWithAModelInEveryMode) {
         EXPECT_EQ(stat(created.c_str(), &status), creates ? 0 : -1);
         EXPECT_EQ(unlink(created.c_str()) == 0 ? status.st_mode & 0777 : 0750, 0750U);
         const Stream f = open_stream(path, mode);
-        Model model{open(twin.c_str(), access | (writes_anew ? O_TRUNC : 0)), mode[0] == 'a'};
+        test::StreamModel model{open(twin.c_str(), access | (writes_anew ? O_TRUNC : 0)),
+                                mode[0] == 'a'};
         for (int step = 0; step < 100; ++step) {
-            const size_t item = 1 + random() % 9, count = random() % (step % 8 == 0 ? 3000 : 9);
-            std::string text = test::random_text(random, "a \n\x01\x80\xFE\xFF", item * count);
-            text.resize(item * count, 'e');
-            const long n = long(text.size()), bases[] = {0, model.position, model.size()};
-            const int c = int(random() % 400) - 100, whence = step == 0 ? 0 : int(random() % 3);
-            const long place = base + long(random() % 22000) + (at_limit ? 1000 : -1000);
-            test::GuardedRoom room(text.size());
-            const size_t operation = step == 0 ? 0 : random() % (at_limit ? 10 : 11);
-            long result = 0, expected = 0, told = 0;
-            model.taken = "", model.raised = errno = 0;
-            if (operation == 0) {
-                result = ZVfseek(f, place - bases[whence], whence);
-                expected = model.seek(place) ? 0 : -1;
-            } else if (operation == 1) {
-                result = ZVfputc(c, f);
-                expected = model.write({char(c)}) ? c : -1;
-            } else if (operation == 2) {
-                result = ZVfputs(text.c_str(), f);
-                expected = n != 0 && model.write(text) ? n : -1;
-            } else if (operation == 3) {
-                result = ZVfprintf(f, "%s", text.c_str());
-                expected = n != 0 && model.write(text) ? n : 0;
-            } else if (operation == 4) {
-                result = long(ZVfwrite(text.data(), item, count, f));
-                expected = model.write(text) ? long(count) : 0;
-            } else if (operation == 5) {
-                result = long(ZVfread(room.data(), item, count, f));
-                expected = model.take(text.size(), 256) / long(item);
-                if (model.raised != 0) expected = 0;
-            } else if (operation == 6) {
-                result = ZVfgets(room.data(), int(n), f) == room.data();
-                expected = n > 1 && model.take(text.size() - 1, '\n') && model.raised != EOVERFLOW;
-                model.taken.append(size_t(expected), '\0');
-            } else if (operation == 7) {
-                result = ZVfgetc(f);
-                expected = model.take(1, 256) ? std::exchange(model.taken, "")[0] : -1;
-            } else if (operation == 8 && model.pushed.size() < 4) {
-                result = ZVungetc(c, f);
-                expected = model.push(c);
-            } else if (operation >= 9) {
-                operation == 9 ? ZVclearerr(f) : ZVrewind(f);
-                model.at_end = model.error = 0;
-                if (operation == 10) model.seek(0);
-            }
-            ASSERT_EQ(std::pair(result, errno), std::pair(expected, model.raised)) << operation;
+            test::StreamCall call;
+            call.item = 1 + random() % 9, call.count = random() % (step % 8 == 0 ? 3000 : 9);
+            call.text = test::random_text(random, "a \n\x01\x80\xFE\xFF", call.bytes());
+            call.text.resize(call.bytes(), 'e');
+            call.c = int(random() % 400) - 100, call.whence = step == 0 ? 0 : int(random() % 3);
+            call.place = base + long(random() % 22000) + (at_limit ? 1000 : -1000);
+            call.operation = step == 0 ? 0 : random() % (at_limit ? 10 : 11);
+            test::GuardedRoom room(call.text.size());
+            long told = 0;
+            errno = 0;
+            const auto [result, expected] = call.make(f, model, room.data());
+            ASSERT_EQ(std::pair(result, errno), std::pair(expected, model.raised))
+                << call.operation;
             ASSERT_EQ(ZVfgetpos(f, &told), 0);
             ASSERT_EQ(std::tuple(told, ZVfeof(f), ZVferror(f)),
                       std::tuple(model.position, model.at_end, model.error));
             ASSERT_EQ(ZVftell(f), model.position);
-            model.taken.resize(text.size(), '#');
-            ASSERT_EQ(std::string(room.data(), text.size()), model.taken);
+            model.taken.resize(call.bytes(), '#');
+            ASSERT_EQ(std::string(room.data(), call.bytes()), model.taken);
         }
         ASSERT_EQ(test::content(path, base), test::content(twin, base));
         close(model.descriptor);
@@ -214,6 +141,8 @@ TEST(Stream, FailuresGiveTheirValuesAndErrno) {
     EXPECT_EQ(ZVferror(stream), EFBIG);
     EXPECT_EQ(ZVftell(stream), 1000) << "what was written stays";
     EXPECT_EQ(ZVfflush(stream), 0);
+    EXPECT_EQ(ZVfseek(stream, kLastPosition, SEEK_SET), 0);
+    EXPECT_EQ(with(EBADF, ZVfgetc(stream)), -1) << "not readable, wherever it stands";
 }
 
 TEST(Stream, PipesHaveNoPositions) {

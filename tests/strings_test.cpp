@@ -1,121 +1,20 @@
 #include <gtest/gtest.h>
 
-#include <cctype>
 #include <clocale>
 #include <cstring>
 
 #include "mbutil.h"
 #include "support/guarded.h"
+#include "support/strings_model.h"
 #include "support/texts.h"
 
 namespace {
 
-using test::GuardedRoom;
-using test::GuardedText;
-
-const int kCodeSets[] = {ZV_JIS,  ZV_EUC,   ZV_SJIS,        ZV_GB,          ZV_EUC_C, ZV_8859_5,
-                         ZV_BIG5, ZV_EUC_H, ZV_KSC_5601_87, ZV_KSC_5601_92, ZV_EUC_K};
+using namespace test;
 
 // Bytes that are lead, trail, both or neither in the several code sets, white space and control
 // bytes, and few enough for random texts to meet each other.
 constexpr std::string_view kAlphabet = "ab,AZ\n\a\x81\x82\xA0\xA1\xA2\x8E\x8F\xB0[\xE1\xFE\xFF";
-
-// The models are the plainest statements of the operations: they walk by mbbytesinchar() from the
-// start.
-size_t step(const char* p) { return static_cast<size_t>(mbbytesinchar(p)); }
-char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; }
-int sign(int order) { return (order > 0) - (order < 0); }
-
-// The first or the last position of a character at which a condition holds; -1 for none.
-long find(const std::string& s, bool last, auto holds) {
-    long found = -1;
-    for (size_t i = 0; i < s.size() && (last || found < 0); i += step(&s[i]))
-        if (holds(i)) found = static_cast<long>(i);
-    return found;
-}
-
-size_t boundary(const std::string& s, size_t n) {
-    size_t at = 0;
-    for (size_t i = 0; i <= std::min(n, s.size()); i += step(&s[i])) at = i;
-    return at;
-}
-
-long find_text(const std::string& s, const std::string& text, bool last) {
-    const size_t size = text.size();
-    return find(s, last, [&](size_t i) {
-        return s.compare(i, size, text) == 0 && boundary(s.substr(i), size) == size;
-    });
-}
-
-// The length of the member of a set that stands at i; 0 when none does.
-size_t member(const std::string& s, size_t i, const std::string& set) {
-    for (size_t j = 0, length; j < set.size(); j += length) {
-        length = step(&set[j]);
-        if (s.compare(i, length, set, j, length) == 0) return length;
-    }
-    return 0;
-}
-
-std::string changed(std::string s, int (*change)(int)) {
-    for (size_t i = 0, length; i < s.size(); i += length) {
-        length = step(&s[i]);
-        if (length == 1) s[i] = static_cast<char>(change(s[i] & 0xFF));
-    }
-    return s;
-}
-
-// What mbstricmp() orders texts by: the characters' lengths, then their signed bytes.
-std::string sort_key(std::string s) {
-    std::string key;
-    s = changed(s, tolower);
-    for (size_t i = 0; i < s.size(); i += step(&s[i]))
-        key.append(1, static_cast<char>(step(&s[i]))).append(s, i, step(&s[i]));
-    for (char& c : key) c ^= '\x80';
-    return key;
-}
-
-// Compares as far as the characters reach that begin before n, as their first bytes announce.
-int bounded_order(std::string a, std::string b, size_t n, bool ignoring_case) {
-    b.resize(std::max(a.size(), b.size()));
-    size_t end = 0;
-    while (end < n && end < a.size()) {
-        const int first = a[end] & 0xFF, most = mbmaxcharlen();
-        if (!mb_isleadbyte(first) && ignoring_case) a[end] = lower(a[end]), b[end] = lower(b[end]);
-        const bool longest = most > 2 && first == (most == 3 ? 0x8F : 0x8E);
-        end += static_cast<size_t>(longest ? most : 1 + mb_isleadbyte(first));
-    }
-    return sign(strncmp(a.c_str(), b.c_str(), ignoring_case ? std::max(end, n) : end));
-}
-
-std::string tokens(const std::string& s, const std::string& set) {
-    std::string all = "<";
-    for (size_t i = member(s, 0, set); i < s.size();) {
-        const size_t delimiter = member(s, i, set);
-        all += delimiter != 0 ? "><" : s.substr(i, step(&s[i]));
-        i += delimiter != 0 ? delimiter : step(&s[i]);
-    }
-    all += ">";
-    // Single-byte text has no empty tokens.
-    for (size_t at; !mbIsMultiByte() && (at = all.find("<>")) != std::string::npos;)
-        all.erase(at, 2);
-    return s.empty() ? "" : all;
-}
-
-// The first malformed character or one-byte character that does not pass; the end for none.
-size_t bad_position(const std::string& s, int code_set, int check) {
-    size_t i = 0;
-    for (int length; i < s.size(); i += static_cast<size_t>(length)) {
-        const int byte = s[i] & 0xFF;
-        const int bad = check == ZV_CHECK_NO_LOWER                     ? islower(byte)
-                        : check == ZV_CHECK_NO_UPPER                   ? isupper(byte)
-                        : check != ZV_CHECK_PRINTABLE || isspace(byte) ? 0
-                        : mbIsMultiByte()                              ? !ismbcprint(byte)
-                                                                       : !isprint(byte);
-        length = mblenExt(&s[i], 4, code_set);
-        if (length < 1 || (length == 1 && bad)) break;
-    }
-    return i;
-}
 
 // Hands random pairs of texts to a check in every code set, behind every length of ASCII.
 void with_random_texts(auto check) {
@@ -131,36 +30,14 @@ void with_random_texts(auto check) {
     }
 }
 
-long offset(const char* found, const char* s) { return found == nullptr ? -1 : found - s; }
+using Properties = StringProperties<GuardedText, GuardedRoom>;
+const auto same = [](const auto& actual, const auto& expected, const char* function) {
+    EXPECT_EQ(actual, expected) << function;
+};
 
 TEST(Strings, SearchesAndTokensAreOfWholeCharacters) {
     with_random_texts([](const std::string& s, const std::string& part, int) {
-        GuardedText hay(s), needle(part);
-        const char *h = hay.data(), *p = needle.data();
-        for (const int c : {*p & 0xFF, *p + 0, -1, 300, 0}) {
-            const int wanted = mbIsMultiByte() ? c : static_cast<signed char>(c);
-            const auto holds = [&](size_t i) { return s[i] == wanted; };
-            const long end = mbIsMultiByte() ? -1 : offset(h + s.size(), h);
-            EXPECT_EQ(offset(mbstrchr(h, c), h), c == 0 ? end : find(s, false, holds)) << c;
-            EXPECT_EQ(mbstrchrEncr(h, c), mbstrchr(h, c));
-            EXPECT_EQ(offset(mbstrrchr(h, c), h), c == 0 ? end : find(s, true, holds)) << c;
-        }
-        const long any = find(s, false, [&](size_t i) { return member(s, i, part); });
-        EXPECT_EQ(offset(mbstrpbrk(h, p), h), any);
-        EXPECT_EQ(mbstrcspn(h, p), any < 0 ? s.size() : static_cast<size_t>(any));
-        EXPECT_EQ(offset(mbstrstr(h, p), h), part.empty() ? 0 : find_text(s, part, false));
-        EXPECT_EQ(offset(mbstrrstr(h, p), h), part.empty() ? -1 : find_text(s, part, true));
-
-        GuardedText cut(s);
-        std::string all;
-        char *save, *token = mbstrtok(cut.data(), p), *again = mbstrtok_r(hay.data(), p, &save);
-        while (token != nullptr && again != nullptr) {
-            EXPECT_STREQ(again, token);
-            all.append("<").append(token).append(">");
-            token = mbstrtok(nullptr, p), again = mbstrtok_r(nullptr, p, &save);
-        }
-        EXPECT_EQ(token, again) << "both are at the end";
-        EXPECT_EQ(all, tokens(s, part));
+        Properties::searches(s, part, same);
     });
 }
 
@@ -168,22 +45,7 @@ TEST(Strings, BoundariesAndCopiesCutNoCharacter) {
     EXPECT_EQ(mbidxtype("a\x82\xA0", 2, ZV_SJIS), 1u) << "walks before the code set is known";
     EXPECT_EQ(MBUTIL_Initialized, 0);
     with_random_texts([](const std::string& s, const std::string&, int) {
-        GuardedText text(s);
-        const size_t last = s.size() + (mbIsMultiByte() ? 2 : 0);
-        for (size_t i = last - std::min(last, size_t{14}); i <= last; ++i) {
-            const auto n = static_cast<unsigned>(i);
-            const size_t at = boundary(s, n);
-            const size_t behind = at + step(&s[at]), next = behind < s.size() ? behind : 0;
-            EXPECT_EQ(mbidx(text.data(), n), at);
-            EXPECT_EQ(mbnextidx(text.data(), n), next) << n;
-            EXPECT_EQ(mbnextchar(text.data(), n), next == 0 ? nullptr : text.data() + next);
-            std::string expected = s.substr(0, at);
-            expected.resize(n);
-            GuardedRoom copy(n), counted(n);
-            EXPECT_EQ(std::string(mbstrncpy(copy.data(), text.data(), n), n), expected);
-            EXPECT_EQ(mbstrncpyi(counted.data(), text.data(), n), at);
-            EXPECT_EQ(std::string(counted.data(), n), expected);
-        }
+        Properties::boundaries(s, s.size() + (mbIsMultiByte() ? 2 : 0), same);
     });
     InitMbutilExt(ZV_EUC);
     EXPECT_EQ(mbidxtype("\xB0\xA1\x82\xA0", 3, ZV_SJIS), 2u) << "not the current code set";
@@ -193,19 +55,7 @@ TEST(Strings, BoundariesAndCopiesCutNoCharacter) {
 
 TEST(Strings, ComparisonsKeepCharactersWhole) {
     with_random_texts([](const std::string& s, const std::string& tail, int) {
-        // A text that begins alike, but for letter case, and has an end of its own.
-        std::string other = s.substr(0, s.size() - std::min(s.size(), tail.size())) + tail;
-        if (tail.size() % 2 == 0 && other.size() > 2) other[other.size() - 3] ^= 0x20;
-        GuardedText a(s), b(other);
-        const char *p = a.data(), *q = b.data();
-        const bool multibyte = mbIsMultiByte();
-        const int order = sort_key(s).compare(sort_key(other));
-        EXPECT_EQ(mbstricmp(p, q), multibyte ? sign(order) : strcasecmp(p, q));
-        for (auto n = static_cast<unsigned>(s.size()) + 3; n + 10 > s.size() && n < 99; --n) {
-            EXPECT_EQ(sign(mbstrnicmp(p, q, n)), bounded_order(s, other, n, true));
-            EXPECT_EQ(sign(mbcharcmp(p, q, n)),
-                      multibyte ? bounded_order(s, other, n, false) : sign(*p - *q));
-        }
+        Properties::comparisons(s, tail, same);
     });
 }
 
@@ -213,29 +63,7 @@ TEST(Strings, OneByteCharactersAreChangedAndChecked) {
     setenv("LOCPATH", ZVUTIL_TEST_LOCALES, 1);
     ASSERT_TRUE(setlocale(LC_ALL, "de_DE.ISO8859-1")) << "its letters lie above 80 as well";
     with_random_texts([](const std::string& s, const std::string& part, int current) {
-        const std::string begins = part + "q";
-        const size_t length = step(begins.c_str());
-        const std::string first = begins.substr(0, length), rest = begins.substr(length);
-        for (const auto& [change_all, change_one, change] :
-             {std::tuple(&mbstrtoupper, &mbtoupper, &toupper),
-              std::tuple(&mbstrtolower, &mbtolower, &tolower)}) {
-            GuardedText all(s), one(begins);
-            EXPECT_EQ(change_all(all.data()), s.size());
-            EXPECT_EQ(all.text(), changed(s, change));
-            EXPECT_EQ(change_one(one.data()), length);
-            EXPECT_EQ(one.text(), changed(first, change) + rest);
-        }
-        GuardedText text(s);
-        const int other = kCodeSets[part.size() * 2];
-        for (const int check : {0, 103, 104, 105, 106}) {
-            size_t at = bad_position(s, check == 0 ? other : current, check);
-            if (check == 0 && !mbIsMultiByte()) at = s.size();
-            unsigned bad = 77;
-            EXPECT_EQ(check == 0 ? mbvalidatestring(text.data(), &bad, other)
-                                 : mbvalidatestringtype(text.data(), &bad, check),
-                      at == s.size());
-            EXPECT_EQ(bad, mbIsMultiByte() && at < s.size() ? at : 77) << check;
-        }
+        Properties::changes(s, part, current, same);
     });
 }
 

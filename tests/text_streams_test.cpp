@@ -7,6 +7,7 @@
 #include "support/folder.h"
 #include "support/guarded.h"
 #include "support/oracle.h"
+#include "support/strings_model.h"
 #include "support/texts.h"
 
 namespace {
@@ -152,18 +153,6 @@ TEST(TextStreams, LinesAreConvertedBothWaysAndCutBetweenCharacters) {
     EXPECT_FALSE(mbfgets(nullptr, 20, stdin, 0) || mbfputs(nullptr, stdout, 0));
     const Stream read_only(fopen("/dev/null", "r"), fclose);
     EXPECT_EQ(mbfputs("a", read_only.get(), ZV_EUC), EOF);
-}
-
-// How much of a text is read at once: no character that the end of the room may cut.
-size_t block_size(const std::string& text, size_t room) {
-    if (text.size() < room) return text.size();
-    size_t at = 0;
-    for (int length; at < room; at += static_cast<size_t>(std::max(length, 1))) {
-        const int left = static_cast<int>(room - at);
-        length = mb_mblen(&text[at], static_cast<unsigned>(left));
-        if (length > left || (length < 0 && left == 1)) break;
-    }
-    return at;
 }
 
 TEST(TextStreams, BlocksEndBetweenCharacters) {

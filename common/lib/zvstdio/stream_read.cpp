@@ -8,21 +8,24 @@
 namespace zv {
 namespace {
 
-bool more_follows(int descriptor) {
+// What a read at the last position gives: 0 at the end of the file, else -1, since what is there
+// cannot be passed.
+ssize_t read_at_last_position(int descriptor) {
     const off_t here = lseek(descriptor, 0, SEEK_CUR);
     char byte;
-    return here < 0 || pread(descriptor, &byte, 1, here) != 0;
+    const ssize_t got = here < 0 ? 1 : pread(descriptor, &byte, 1, here);
+    if (got <= 0)
+        return got;
+    errno = EOVERFLOW;
+    return -1;
 }
 
 // Reads at the position, with nothing unread, and never beyond the last position. Gives the number
 // of bytes, 0 at the end of the file and -1 on errors; a read that a signal interrupts is one.
 ssize_t read_at_position(ZVFILE& stream, void* dst, size_t size) {
     const auto left = static_cast<size_t>(int64_t{kLastPosition} - stream.position);
-    if (left == 0 && more_follows(stream.descriptor)) {
-        keep_error(stream, EOVERFLOW);
-        return -1;
-    }
-    const ssize_t got = left == 0 ? 0 : read(stream.descriptor, dst, std::min(size, left));
+    const ssize_t got = left == 0 ? read_at_last_position(stream.descriptor)
+                                  : read(stream.descriptor, dst, std::min(size, left));
     if (got == 0)
         stream.at_end = true;
     else if (got < 0)

@@ -1,0 +1,55 @@
+// Currency lists: any text gives what the model reads, and what was read survives being written.
+#include "input.h"
+#include "support/currency_model.h"
+
+using fuzz::same;
+
+namespace {
+
+struct Loaded : CurrencyDetailList {
+    explicit Loaded(const std::string& text) {
+        fuzz::Text source(text);
+        status = LoadCurrencyDetailList(source.data(), this);
+    }
+    ~Loaded() { free(details); }
+    test::LoadedCurrencies records() const {
+        test::LoadedCurrencies all = {status, {}};
+        for (uint32_t i = 0; i < count; ++i) {
+            fuzz::require(details[i].code[3] == '\0', "codes are terminated");
+            all.records.emplace_back(details[i].code, details[i].value);
+        }
+        return all;
+    }
+    int status;
+};
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    fuzz::Input input(data, size);
+    const int code_sets[] = {ZV_WESTERN, ZV_SJIS, ZV_EUC, ZV_BIG5, ZV_KSC_5601_87};
+    InitMbutilExt(input.one_of(code_sets));
+    const unsigned start = static_cast<unsigned>(input.byte()), missing = input.byte() % 8;
+    const std::string text = input.text();
+    const Loaded list(text);
+    const test::LoadedCurrencies read = list.records();
+    fuzz::require(read == test::currency_model(text), "LoadCurrencyDetailList");
+    if (list.status != 0) return 0;
+
+    std::string plain = std::to_string(list.count) + "\\";
+    for (const auto& [code, value] : read.records)
+        plain += code + "\\" + std::to_string(value) + "\\";
+    const auto room = start + static_cast<unsigned>(plain.size()) + 6 - missing;
+    const bool fits = start + 5 < room && start + plain.size() < room;
+    fuzz::Room buffer(room);
+    unsigned position = start;
+    const int status = ZVCurrencyDetailListToText(&list, &position, room, buffer.data());
+    std::string expected(room, '\0');
+    if (fits) expected.replace(start, plain.size(), plain);
+    same(status, fits ? 0 : ZV_CURRENCY_NO_ROOM, "ZVCurrencyDetailListToText");
+    same(std::string(buffer.data(), room), expected, "the text and nothing else");
+    same(size_t{position}, fits ? start + plain.size() : start, "position");
+    // A code cut out of malformed text may swallow its separator when it stands by itself.
+    if (fits) fuzz::require(Loaded(plain).records() == test::currency_model(plain), "read again");
+    return 0;
+}

@@ -1,0 +1,124 @@
+#ifndef ZVUTIL_FUZZ_INPUT_H
+#define ZVUTIL_FUZZ_INPUT_H
+
+#include <sanitizer/allocator_interface.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <utility>
+
+namespace fuzz {
+
+// What the fuzzer made up, taken from the front: choices in bytes, texts up to a zero byte.
+class Input {
+public:
+    Input(const uint8_t* data, size_t size) : left_(reinterpret_cast<const char*>(data), size) {}
+
+    bool empty() const { return left_.empty(); }
+    // The next byte, 0 when all is used up.
+    unsigned byte() {
+        const unsigned byte = left_.empty() ? 0 : static_cast<uint8_t>(left_[0]);
+        left_.remove_prefix(left_.empty() ? 0 : 1);
+        return byte;
+    }
+    unsigned two_bytes() {
+        const unsigned high = byte();
+        return high * 256 + byte();
+    }
+    // A number below a bound of at most 65536.
+    size_t below(size_t bound) { return (bound > 256 ? two_bytes() : byte()) % bound; }
+    bool coin() { return byte() % 2 != 0; }
+    const auto& one_of(const auto& choices) { return choices[below(std::size(choices))]; }
+    std::string text() {
+        const std::string_view text = left_.substr(0, left_.find('\0'));
+        left_.remove_prefix(std::min(text.size() + 1, left_.size()));
+        return std::string(text);
+    }
+    // Everything, zero bytes too.
+    std::string rest() { return std::string(std::exchange(left_, {})); }
+
+private:
+    std::string_view left_;
+};
+
+// A heap block of exactly that room, whose ends the address sanitizer guards.
+class Room {
+public:
+    explicit Room(size_t size) : block_(new char[size]) { memset(block_.get(), '#', size); }
+    char* data() { return block_.get(); }
+    const unsigned char* bytes() const { return reinterpret_cast<unsigned char*>(block_.get()); }
+    // The string that stands at the front of the room.
+    std::string text() const { return block_.get(); }
+
+private:
+    std::unique_ptr<char[]> block_;
+};
+
+// A string whose terminator is the last byte of its block.
+class Text : public Room {
+public:
+    explicit Text(std::string_view text) : Room(text.size() + 1) {
+        data()[text.copy(data(), text.size())] = '\0';
+    }
+};
+
+void print(const char* label, const auto& value) {
+    std::fputs(label, stderr);
+    if constexpr (std::is_integral_v<std::remove_cvref_t<decltype(value)>>)
+        std::fprintf(stderr, "%lld", static_cast<long long>(value));
+    else if constexpr (std::is_same_v<decltype(value), const std::string&>)
+        for (const char c : value)
+            std::fprintf(stderr, c >= ' ' && c < 0x7F ? "%c" : "\\x%02X", c & 0xFF);
+}
+
+// A property that does not hold ends the process: the input becomes a finding.
+inline void require(bool holds, const char* property) {
+    if (holds) return;
+    std::fprintf(stderr, "\nDoes not hold: %s\n", property);
+    abort();
+}
+inline const auto same = [](const auto& actual, const auto& expected, const char* property) {
+    bool equal = false;
+    if constexpr (requires { static_cast<long long>(actual), static_cast<long long>(expected); })
+        equal = static_cast<long long>(actual) == static_cast<long long>(expected);
+    else
+        equal = actual == expected;
+    if (!equal) print("\nactual:   ", actual), print("\nexpected: ", expected);
+    require(equal, property);
+};
+
+inline constinit thread_local size_t allocations = 0;
+
+// Runs what promises to take no memory.
+auto without_memory(auto action, const char* function) {
+    static const bool counting = [] {
+        const auto count = [](const volatile void*, size_t) { ++allocations; };
+        const auto ignore = [](const volatile void*) {};
+        return __sanitizer_install_malloc_and_free_hooks(count, ignore) != 0;
+    }();
+    require(counting, "allocations are counted");
+    const size_t before = allocations;
+    action();
+    same(allocations, before, function);
+}
+
+// What a function (const char* source, char* output) writes into exactly that room.
+std::string convert_in_room(auto convert, std::string_view text, size_t room,
+                            const char* function) {
+    Text source(text);
+    Room output(room);
+    without_memory([&] { convert(source.data(), output.data()); }, function);
+    same(source.text(), text, function);
+    return output.text();
+}
+
+} // namespace fuzz
+
+#endif

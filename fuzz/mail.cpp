@@ -1,0 +1,156 @@
+// Quoted-printable and subjects: the rules, the room, and what a reader makes of them.
+#include <optional>
+
+#include "input.h"
+#include "support/mail_model.h"
+#include "support/strings_model.h"
+
+using fuzz::same;
+
+namespace {
+
+void check_quoted_printable(const std::string& text) {
+    const auto encode = [](const char* src, char* dst) { convertToQuotedPrintable(dst, src); };
+    const auto decode = [](const char* src, char* dst) { convertFromQuotedPrintable(dst, src); };
+    const std::string model = test::model_of_encoder(text);
+    const size_t promised = 3 * text.size() + 3 * (3 * text.size() / 50) + 1;
+    fuzz::require(model.size() < promised, "stated room of convertToQuotedPrintable");
+    std::string encoded = fuzz::convert_in_room(encode, text, model.size() + 1, "encode");
+    same(encoded, model, "convertToQuotedPrintable");
+    same(fuzz::convert_in_room(decode, text, text.size() + 1, "decode"),
+         test::model_of_decoder(text), "convertFromQuotedPrintable");
+    for (size_t at; (at = encoded.find("=\n\r")) != encoded.npos;) encoded.erase(at, 3);
+    fuzz::Text in_place(encoded);
+    decode(in_place.data(), in_place.data());
+    same(in_place.text(), text, "encoded text decodes to what it was");
+}
+
+std::string base64_decoded(std::string_view digits) {
+    std::string out;
+    unsigned bits = 0, count = 0;
+    for (const char digit : digits) {
+        const char* at = digit == '=' ? nullptr : strchr(test::kBase64, digit);
+        if (at == nullptr) break;
+        bits = bits << 6 | static_cast<unsigned>(at - test::kBase64);
+        if ((count += 6) >= 8) out += static_cast<char>(bits >> (count -= 8));
+    }
+    return out;
+}
+
+std::string q_decoded(const std::string& word) {
+    std::string out(word.size() + 1, '\0');
+    return convertFromQuotedPrintable(out.data(), word.c_str());
+}
+
+// Reads a header line: the words' bytes, and what stands between them without the folds.
+std::string read_subject(const std::string& line, const std::string& opening, auto decoded) {
+    std::string out;
+    for (size_t i = 0; i < line.size();) {
+        if (line.compare(i, 3, "\n \t") == 0) {
+            i += 3;
+        } else if (line.compare(i, opening.size(), opening) == 0) {
+            const size_t begin = i + opening.size(), end = line.find("?=", begin);
+            fuzz::require(end != line.npos, "every word ends");
+            out += decoded(line.substr(begin, end - begin));
+            i = end + 2;
+        } else {
+            out += line[i++];
+        }
+    }
+    return out;
+}
+
+std::string converted(const std::string& text, int from, int to) {
+    std::string out(5 * text.size() + 4, '\0');
+    return convertStrExt(text.c_str(), from, out.data(), to);
+}
+
+// Japanese text whose subject a reader gets back whole: well formed, with no control bytes, no "=?"
+// of its own, and in Shift-JIS with no half-width katakana, whose words may end inside a character.
+bool is_readable(const std::string& text, int code_set) {
+    unsigned bad;
+    for (const char c : text)
+        if ((c >= 0 && c < ' ') || (code_set == ZV_SJIS && c >= '\xA1' && c <= '\xDF'))
+            return false;
+    return mbvalidatestring(text.c_str(), &bad, code_set) != 0 && text.find("=?") == text.npos &&
+           text.find('\x8F') == text.npos;
+}
+
+void check_subject(const std::string& text, int mail_code_set, int code_set) {
+    const std::string model = test::model_of_subject(text, mail_code_set, code_set);
+    fuzz::require(model.size() < 64 * text.size() + 64, "stated room of convertSubjectForMail");
+    fuzz::Text source(text);
+    fuzz::Room room(model.size() + 1);
+    same(convertSubjectForMail(room.data(), source.data(), mail_code_set, code_set), room.data(),
+         "result");
+    same(room.text(), model, "convertSubjectForMail");
+    const std::string charset = mbGetMIMECharset(mail_code_set);
+    if (mail_code_set == ZV_JIS && is_readable(text, code_set)) {
+        const std::string jis = read_subject(model, "=?" + charset + "?B?", base64_decoded);
+        same(converted(jis, ZV_JIS, ZV_EUC),
+             converted(converted(text, code_set, ZV_JIS), ZV_JIS, ZV_EUC), "decoded subject");
+    }
+    const std::string mail = converted(text, code_set, mail_code_set);
+    if (mail_code_set != ZV_JIS && mail.find('?') == mail.npos)
+        same(read_subject(model, "=?" + charset + "?Q?", q_decoded), mail, "decoded subject");
+}
+
+void check_base64(const std::string& text, const std::string& charset) {
+    const std::string model = test::model_of_base64_words(text, charset);
+    fuzz::require(model.size() < (text.size() + 1) * (charset.size() + 18), "stated room");
+    const auto encode = [&](const char* src, char* dst) {
+        const bool plain = text.find('\x1B') == text.npos;
+        same(convertSubjectToBase64(dst, src, charset.c_str()), dst + (plain ? 0 : model.size()),
+             "end of the words");
+    };
+    same(fuzz::convert_in_room(encode, text, model.size() + 1, "convertSubjectToBase64"), model,
+         "convertSubjectToBase64");
+}
+
+// The next line of a mail, as getLine() gives it in a room of that size; nothing at the end.
+std::optional<std::string> model_of_line(std::string& left, size_t size, int from, bool quoted,
+                                         int wanted) {
+    std::string raw, text;
+    do {
+        if (left.empty()) return std::nullopt;
+        raw = left.substr(0, std::min({left.find('\n'), left.size() - 1, size - 2}) + 1);
+        left.erase(0, raw.size());
+        text += quoted ? test::model_of_decoder(raw) : raw;
+    } while (quoted && raw.size() > 1 && raw[raw.size() - 2] == '=');
+    text = converted(quoted ? text + "\n" : text, from, wanted);
+    return text.substr(0, test::boundary(text, size - 1));
+}
+
+void check_lines(const std::string& text, size_t size, int from, int wanted) {
+    if (text.empty()) return; // fmemopen() takes no empty text
+    fuzz::Text bytes(text);
+    for (const int kind : {0, int{ZV_TRANSFER_QUOTED_PRINTABLE}}) {
+        FILE* stream = fmemopen(bytes.data(), text.size(), "r");
+        fuzz::Room room(size);
+        std::string left = text;
+        for (bool more = true; more;) {
+            const auto line = model_of_line(left, size, from, kind != 0, wanted);
+            more = getLine(room.data(), int(size), stream, from, kind, wanted) != nullptr;
+            same(more, line.has_value(), "getLine");
+            if (more) same(room.text(), *line, "getLine");
+        }
+        fclose(stream);
+    }
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    fuzz::Input input(data, size);
+    const int code_sets[] = {ZV_EUC, ZV_SJIS, ZV_BIG5, ZV_EUC_H, ZV_8859_2, ZV_CP1251, ZV_WESTERN};
+    const int mail_code_sets[] = {ZV_JIS, ZV_8859_2, ZV_8859_5, ZV_EUC_H};
+    const int code_set = input.one_of(code_sets), mail_code_set = input.one_of(mail_code_sets);
+    const size_t room = 2 + input.byte();
+    const std::string charset(input.byte() % 90, 'c'), text = input.text();
+    InitMbutilExt(code_set);
+    check_quoted_printable(text);
+    check_base64(text, charset);
+    check_subject(text, mail_code_set, code_set);
+    check_lines(text, room, mail_code_set, code_set);
+    return 0;
+}

@@ -1,0 +1,76 @@
+"""Writes a small corpus for every fuzz target: python3 fuzz/seeds.py TEXTS FOLDER
+
+A target takes its choices from the first bytes and its texts behind them, each up to a zero byte.
+"""
+
+import pathlib
+import random
+import sys
+
+texts = {path.name: path.read_bytes() for path in sorted(pathlib.Path(sys.argv[1]).iterdir())}
+folder = pathlib.Path(sys.argv[2])
+made_up = random.Random(1)
+
+japanese = [texts[f"japanese.{form}.txt"] for form in ("sjis", "euc", "jis")]
+shift_jis, euc, jis = japanese
+chinese = [texts["chinese.big5.txt"], texts["chinese.euctw.txt"]]
+single = [texts["russian.8859-5.txt"], texts["polish.8859-2.txt"]]
+mixed = b"ab,AZ\n\a\x81\x82\xA0\xA1\xA2\x8E\x8F\xB0[\xE1\xFE\xFF\\~"
+katakana = bytes(range(0xA1, 0xE0))
+declaration = b'<?xml version="1.0" encoding="x" standalone="yes"?>  <r/>'
+
+
+def sequence(size):
+    return made_up.randbytes(size)
+
+
+seeds = {
+    "strings": [
+        bytes([code_set, 4, 0, 30]) + text[:90] + b"\0" + part
+        for code_set in range(11)
+        for text, part in ((mixed * 3, mixed[:3]), (chinese[1], b"\xA4"), (shift_jis, b"\x83\x5C,"))
+    ] + [bytes([code_set, 2, 1, 30]) + b"a" + b"\xA2" * 290 for code_set in (1, 2, 7)],
+    "japanese": [
+        bytes([direction]) + text
+        for direction, source in enumerate((shift_jis, euc, shift_jis, euc, jis, jis))
+        for text in (source, katakana, mixed, b"x" * 70 + source[:40])
+    ],
+    "chinese": [*chinese, mixed, b"\xC9\x4A\xDD\xFC\xA3\xE1\xF9\xFE\xA1\x30", b"\x8E\xA1\xA1\xA1"],
+    "code_pages": [bytes([pair]) + text for pair in (0, 1) for text in (*single, bytes(range(1, 256)))],
+    "detection": [*japanese, b"\xB0\xE0\xE1\xFEz", b"\xB0\xE0\xE1 z\xF1", b"\x8E\xB1z", b"\x1B$(x"],
+    "mail": [
+        bytes([code_set, mail, room, 11]) + text
+        for code_set, mail, text in (
+            (0, 0, euc), (1, 0, shift_jis), (2, 3, chinese[0]), (4, 1, single[1]), (5, 2, single[0]),
+            (0, 0, jis), (6, 1, b"caf=E9=\n=3D=4G soft=\r\nbreaks "))
+        for room in (20, 200)
+    ],
+    "text_streams": [
+        bytes([pair, *choices]) + text
+        for pair, text in enumerate((shift_jis, euc, jis, jis, *chinese, shift_jis, euc))
+        for choices in ((7, 1), (70, 0, 0, 200))
+    ],
+    "xml": [
+        bytes([current, code_set]) + text
+        for current, code_set in ((5, 1), (2, 4), (1, 14))
+        for text in (declaration, b"<!-- -->" * 4 + declaration, b"\x83\x65 " + declaration)
+    ],
+    "currency": [
+        bytes([code_set, 3, 4]) + text
+        for code_set in (0, 1)
+        for text in (b"2\\USD\\2\\JPY\\0\\", b"1\\\x83\\\\\\-2147483648\\more", b"3\\A\\1\\", b"0\\")
+    ],
+    "list": [bytes([capacity]) + sequence(400) for capacity in range(8)],
+    "streams": [bytes([mode, limit]) + sequence(300) for mode in range(5) for limit in (0, 1)],
+    "names": [
+        b"\1de_DE.ISO8859-15@euro\0\xA3\xB0", b"\3zh_TW.BIG5\0\xA2\xAF", b"\2ja@x\0\x82\x4F"],
+    "configuration": [
+        b"Key:\0Key: value \t\r\nServer-directory:   /db/dir  \r\n",
+        b"K\0" + b"v" * 283 + b"K piece\nK" + b"w" * 300 + b"\nServer-directory:/a\0b\n",
+    ],
+}
+
+for target, inputs in seeds.items():
+    (folder / target).mkdir(parents=True, exist_ok=True)
+    for number, data in enumerate(inputs):
+        (folder / target / f"seed-{number:02}").write_bytes(data)

@@ -1,0 +1,42 @@
+// Scanners and string operations in every code set, against the plainest statements of them.
+#include "input.h"
+#include "support/character_rules.h"
+#include "support/strings_model.h"
+
+using fuzz::same;
+
+// The character at every position, as each of the code sets sees it.
+static void check_scanners(const std::string& s, unsigned n) {
+    fuzz::Text text(s);
+    for (size_t i = 0; i <= s.size(); ++i) {
+        const std::string rest = s.substr(i, 4);
+        const char* at = text.data() + i;
+        for (const auto& rules : test::kRules) {
+            const int length = n == 0 ? 0 : test::length_by_rules(rules, rest, n);
+            const int step = std::max(test::length_by_rules(rules, rest, 4), 1);
+            const bool lead = test::length_by_rules(rules, rest, 1) > 1;
+            same(rules.scanner(text.bytes() + i, n), length, "scanner");
+            same(mblenExt(at, n, rules.code_set), length, "mblenExt");
+            same(mbbytesinchartype(at, rules.code_set), step, "mbbytesinchartype");
+            same(isleadbyteExt(*at & 0xFF, rules.code_set), lead, "isleadbyteExt");
+        }
+    }
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    fuzz::Input input(data, size);
+    const int code_set = input.one_of(test::kCodeSets);
+    const unsigned n = input.byte() % 6;
+    const size_t position = input.below(1000);
+    const std::string s = input.text(), part = input.text();
+    InitMbutilExt(code_set);
+    check_scanners(s, n);
+    using Properties = test::StringProperties<fuzz::Text, fuzz::Room>;
+    Properties::searches(s, part, same);
+    const size_t beyond = mbIsMultiByte() ? 2 : 0;
+    Properties::boundaries(s, std::min(position, s.size() + beyond), same);
+    Properties::boundaries(s, s.size() + beyond, same);
+    Properties::comparisons(s, part, same);
+    Properties::changes(s, part, code_set, same);
+    return 0;
+}

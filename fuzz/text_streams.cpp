@@ -1,0 +1,87 @@
+// Text read and written through the conversion: nothing is lost, cut or left behind.
+#include <cstdio>
+
+#include "input.h"
+#include "mbutil.h"
+#include "support/folder.h"
+#include "support/strings_model.h"
+
+using fuzz::same;
+
+namespace {
+
+const std::pair<int, int> kPairs[] = {{ZV_SJIS, ZV_EUC}, {ZV_EUC, ZV_SJIS},   {ZV_JIS, ZV_EUC},
+                                      {ZV_JIS, ZV_SJIS}, {ZV_BIG5, ZV_EUC_H}, {ZV_EUC_H, ZV_BIG5},
+                                      {ZV_SJIS, ZV_JIS}, {ZV_EUC, ZV_JIS}};
+
+std::string converted(const std::string& text, int from, int to) {
+    std::string out(5 * text.size() + 4, '\0');
+    return convertStrExt(text.c_str(), from, out.data(), to);
+}
+
+// Each line converted by itself, in pieces where the room is small.
+void check_lines(FILE* stream, const std::string& text, int size, int from, int to) {
+    const auto room = static_cast<size_t>(size) - 1;
+    fuzz::Room line(room + 1);
+    for (size_t at = 0; room != 0 && at < text.size();) {
+        const size_t end = std::min(text.find('\n', at), text.size() - 1) + 1;
+        const std::string raw = text.substr(at, std::min(end - at, room));
+        std::string wanted = converted(raw, from, to);
+        wanted.resize(test::boundary(wanted, room));
+        same(mbfgets(line.data(), size, stream, from), line.data(), "mbfgets");
+        same(line.text(), wanted, "mbfgets");
+        at += raw.size();
+    }
+    same(room != 0 && mbfgets(line.data(), size, stream, from) != nullptr, false, "end of file");
+}
+
+// Blocks put together are the text, and none ends inside a character, which all have room for.
+void check_blocks(FILE* stream, std::string text, unsigned size) {
+    fuzz::Room block(size + 1);
+    do {
+        const std::string wanted = text.substr(0, test::block_size(text, size));
+        same(mbfreadstring(block.data(), size, stream), wanted.size(), "mbfreadstring");
+        same(block.text(), wanted, "mbfreadstring");
+        text.erase(0, wanted.size());
+    } while (!text.empty());
+    same(mbfreadstring(block.data(), size, stream), 0, "end of file");
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    static const test::Folder folder;
+    static const std::string in = folder / "in", out = folder / "out";
+    fuzz::Input input(data, size);
+    const auto [from, to] = input.one_of(kPairs);
+    const int room = 1 + static_cast<int>(input.byte() % 80);
+    // Repeated so often, a text fills several blocks of a file.
+    const size_t times = input.byte() % 8 == 0 ? input.below(4000) : 0;
+    const std::string text = input.text();
+    if (text.empty()) return 0;
+    InitMbutilExt(to);
+    fuzz::Text readable(text);
+    FILE* stream = fmemopen(readable.data(), text.size(), "r");
+    check_lines(stream, text, room, from, to);
+    rewind(stream);
+    check_blocks(stream, text, static_cast<unsigned>(room + 3));
+    fclose(stream);
+    char* written = nullptr;
+    size_t length = 0;
+    stream = open_memstream(&written, &length);
+    fuzz::require(mbfputs(readable.data(), stream, from) >= 0, "mbfputs");
+    fclose(stream);
+    same(std::string(written, length), converted(text, to, from), "mbfputs");
+    free(written);
+
+    std::string whole;
+    for (size_t i = 0; i <= times && whole.size() < 70000; ++i) whole += text;
+    test::write_file(in, whole);
+    same(mbconvertfile2native_ex(in.c_str(), out.c_str(), 0, from), IsConversionSupport(from, to),
+         "mbconvertfile2native_ex");
+    // A pair of JIS bytes above 7F can become a zero byte; the file goes on behind it.
+    const std::string expected = converted(whole, from, to);
+    if (IsConversionSupport(from, to))
+        same(test::content(out).substr(0, expected.size()), expected, "one conversion");
+    return 0;
+}

@@ -1,0 +1,53 @@
+// The encoding declaration of documents, cut and joined as strings.
+#include "input.h"
+#include "support/strings_model.h"
+#include "zvosutil.h"
+
+namespace {
+
+// The document with the code set declared; what was not found gives the text "".
+std::string model(const std::string& document, const std::string& charset) {
+    const std::string head = document.substr(
+        0, mbIsMultiByte() ? test::boundary(document, 80) : std::min(document.size(), size_t{80}));
+    const auto behind = [&](size_t from, const std::string& mark) {
+        if (from == head.npos) return from;
+        const long at = test::find_text(head.substr(from), mark, false);
+        return at < 0 ? head.npos : from + static_cast<size_t>(at) + mark.size();
+    };
+    const size_t attribute = behind(0, "encoding="), value = behind(attribute, "\"");
+    const size_t end = behind(value, "\""), declaration = behind(end, "?>");
+    if (declaration == head.npos || behind(0, "?xml version=") == head.npos) return "";
+    const size_t rest = std::min(document.find_first_not_of(' ', declaration), document.size());
+    return document.substr(0, attribute) + "\"" + charset + "\"" +
+           document.substr(end, declaration - end) + document.substr(rest);
+}
+
+std::string charset_of(int code_set) {
+    char name[22];
+    SetCharset(name, code_set);
+    const std::pair<std::string, const char*> windows[] = {{"iso-8859-1", "windows-1252"},
+                                                           {"iso-8859-2", "windows-1250"},
+                                                           {"iso-8859-4", "windows-1257"},
+                                                           {"iso-8859-5", "windows-1251"},
+                                                           {"iso-8859-7", "windows-1253"}};
+    for (const auto& [iso, page] : windows)
+        if (iso == name) return page;
+    return name;
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    fuzz::Input input(data, size);
+    InitMbutilExt(input.one_of(test::kCodeSets));
+    const int code_set = static_cast<int>(input.byte() % 70);
+    const std::string text = input.text(), expected = model(text, charset_of(code_set));
+    fuzz::Text document(text);
+    char* result = document.data();
+    SetEncodingForXMLDoc(document.data(), code_set, &result);
+    fuzz::same(document.text(), text, "the document stays");
+    fuzz::same(result != nullptr, !expected.empty(), "whether a declaration is found");
+    if (result != nullptr) fuzz::same(std::string(result), expected, "SetEncodingForXMLDoc");
+    free(result);
+    return 0;
+}

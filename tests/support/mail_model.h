@@ -1,0 +1,111 @@
+#ifndef ZVUTIL_TESTS_MAIL_MODEL_H
+#define ZVUTIL_TESTS_MAIL_MODEL_H
+
+#include <cstdio>
+#include <string>
+
+#include "mbutil.h"
+
+namespace test {
+
+inline std::string model_of_encoder(const std::string& text) {
+    std::string out;
+    size_t line = 0;
+    for (const char c : text) {
+        char token[4] = {c};
+        if (c <= 0x20 || c == 0x7F || c == '=')
+            std::snprintf(token, sizeof token, "=%02X", static_cast<unsigned char>(c));
+        out += token;
+        if (out.size() - line >= 50) line = out.append("=\n\r").size();
+    }
+    return out;
+}
+
+// As a caller sees it: up to the first zero byte, which "=00" gives.
+inline std::string model_of_decoder(const std::string& text) {
+    const auto digit = [](char c) {
+        const std::string digits = "0123456789abcdef0123456789ABCDEF";
+        return c == '\0' ? digits.npos : digits.find(c) % 16 + (digits.find(c) & ~size_t{31});
+    };
+    std::string out;
+    size_t i = 0;
+    const auto next = [&] { return i < text.size() ? text[i++] : '\0'; };
+    for (char c = next(); c != '\0' && c != '\n' && c != '\r'; c = next()) {
+        const char c1 = c == '=' ? next() : c;
+        const char c2 = c == '=' && digit(c1) < 16 ? next() : '\0';
+        if (c != '=')
+            out += c == '\t' || (c >= 0x20 && c < 0x7F) ? std::string(1, c) : "";
+        else if (digit(c1) < 16 && digit(c2) < 16)
+            out += static_cast<char>(16 * digit(c1) + digit(c2));
+        else if (digit(c1) < 16)
+            out += {c1, c2};
+        else if (c1 != '\n' && c1 != '\r')
+            out += {c1 == '\0' ? '\0' : '=', c1};
+    }
+    return out.c_str();
+}
+
+inline constexpr char kBase64[] =
+    "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+
+// Takes one group of three bytes after the other.
+inline std::string model_of_base64_words(const std::string& text, const std::string& charset) {
+    size_t i = std::min(text.find('\x1B'), text.size());
+    const std::string opening = "=?" + charset + "?B?";
+    std::string out = text.substr(0, i) + (i < text.size() ? opening : "");
+    size_t line = 0;
+    const auto begin_next = [&] {
+        line = out.append("?=\n \t").size() - 1; // space and TAB count as one column
+        out += opening;
+    };
+    std::string remembered;
+    for (bool fresh = true; i < text.size();) {
+        if (text[i] == '\x1B' && !fresh) {
+            begin_next();
+            remembered.clear();
+        }
+        std::string group = text.substr(i, 3);
+        const bool is_cut = group.find('\x1B', 1) != group.npos;
+        group.resize(std::min(group.find('\x1B', 1), group.size()));
+        i += group.size();
+        unsigned bits = 0;
+        for (size_t k = 0; k < 3; ++k)
+            bits = bits << 8 | (k < group.size() ? static_cast<unsigned char>(group[k]) : 0);
+        std::string digits;
+        for (int shift = 18; shift >= 0; shift -= 6) digits += kBase64[bits >> shift & 63];
+        remembered = remembered.empty() ? digits : remembered;
+        out += digits.replace(group.size() + 1, 4, 3 - group.size(), '=');
+        fresh = is_cut || out.size() - line >= 72;
+        if (fresh) {
+            begin_next();
+            out += remembered;
+        }
+    }
+    return out.size() > text.size() ? out + "?=" : out;
+}
+
+// Pieces of whole characters for JIS, lines of quoted-printable for the others.
+inline std::string model_of_subject(const std::string& subject, int mail_code_set, int code_set) {
+    const std::string fold = "\n \t", charset = mbGetMIMECharset(mail_code_set);
+    const auto convert = [&](const std::string& text) {
+        std::string converted(5 * text.size() + 4, '\0');
+        return std::string(convertStrExt(text.c_str(), code_set, converted.data(), mail_code_set));
+    };
+    std::string out;
+    for (size_t i = 0, length; mail_code_set == ZV_JIS && i < subject.size(); i += length) {
+        length = mbidx(&subject[i], 20);
+        out += (i == 0 ? "" : fold) +
+               model_of_base64_words(convert(subject.substr(i, length)), charset);
+    }
+    if (mail_code_set == ZV_JIS || subject.empty()) return out;
+    const std::string opening = "=?" + charset + "?Q?";
+    out = opening + model_of_encoder(convert(subject));
+    if (out.ends_with("\r")) out.resize(out.size() - 3);
+    for (size_t at; (at = out.find("=\n\r")) != out.npos;)
+        out.replace(at, 3, "?=" + fold + opening);
+    return out + "?=";
+}
+
+} // namespace test
+
+#endif

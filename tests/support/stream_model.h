@@ -1,0 +1,115 @@
+#ifndef ZVUTIL_TESTS_STREAM_MODEL_H
+#define ZVUTIL_TESTS_STREAM_MODEL_H
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <climits>
+#include <string>
+#include <utility>
+
+#include "zvstdio.h"
+
+namespace test {
+
+inline constexpr long kLastPosition = INT_MAX;
+
+// A descriptor with a position and pushed back bytes, the next one last.
+struct StreamModel {
+    int descriptor;
+    bool append;
+    long position = 0, at_end = 0;
+    int error = 0, raised = 0;
+    std::string pushed = "", taken = "";
+
+    long size() const { return lseek(descriptor, 0, SEEK_END); }
+    bool fail(int number) { return error = raised = number, false; }
+    bool take_byte() {
+        char byte = 0;
+        const ssize_t got = pushed.empty() ? pread(descriptor, &byte, 1, position) : 1;
+        if (got < 0) return fail(errno);
+        if (got == 0) return at_end = 1, false;
+        if (position == kLastPosition) return fail(EOVERFLOW);
+        if (!pushed.empty()) byte = pushed.back(), pushed.pop_back();
+        return taken += byte, ++position, true;
+    }
+    long take(size_t most, int last) {
+        const long start = position;
+        while (taken.size() < most && (taken.empty() || taken.back() != last))
+            if (!take_byte()) break;
+        if (raised == EOVERFLOW) position = start;
+        return long(taken.size());
+    }
+    long push(int c) { return pushed += char(c), --position, at_end = 0, c; }
+    bool write(const std::string& text) {
+        const long place = append ? size() : position, length = long(text.size());
+        if (place < 0) return fail(EINVAL);
+        pushed = "";
+        if (place > kLastPosition - length) return fail(EOVERFLOW);
+        position = place;
+        if (text.empty()) return false;
+        if (pwrite(descriptor, text.data(), text.size(), place) < 0) return fail(errno);
+        return position += length, true;
+    }
+    bool seek(long place) {
+        if (place < 0 || place > kLastPosition) return fail(place < 0 ? EINVAL : EOVERFLOW);
+        return position = place, pushed = "", at_end = 0, true;
+    }
+};
+
+// One call on a stream and on its model.
+struct StreamCall {
+    size_t operation = 0, item = 1, count = 0;
+    std::string text{}; // of bytes() bytes without a zero
+    int c = 0, whence = 0;
+    long place = 0;
+    size_t bytes() const { return item * count; }
+
+    // Makes the call, with `room` for bytes() bytes. Gives its result and the model's.
+    std::pair<long, long> make(ZVFILE* f, StreamModel& model, char* room) const {
+        const long n = long(text.size()), bases[] = {0, model.position, model.size()};
+        long result = 0, expected = 0;
+        model.taken = "", model.raised = 0;
+        if (operation == 0) {
+            result = ZVfseek(f, place - bases[whence], whence);
+            expected = model.seek(place) ? 0 : -1;
+        } else if (operation == 1) {
+            result = ZVfputc(c, f);
+            expected = model.write({char(c)}) ? c : -1;
+        } else if (operation == 2) {
+            result = ZVfputs(text.c_str(), f);
+            expected = n != 0 && model.write(text) ? n : -1;
+        } else if (operation == 3) {
+            result = ZVfprintf(f, "%s", text.c_str());
+            expected = n != 0 && model.write(text) ? n : 0;
+        } else if (operation == 4) {
+            result = long(ZVfwrite(text.data(), item, count, f));
+            expected = model.write(text) ? long(count) : 0;
+        } else if (operation == 5) {
+            result = long(ZVfread(room, item, count, f));
+            expected = model.take(text.size(), 256) / long(item);
+            if (model.raised != 0) expected = 0;
+        } else if (operation == 6) {
+            result = ZVfgets(room, int(n), f) == room;
+            expected = n > 1 && model.take(text.size() - 1, '\n') && model.raised != EOVERFLOW;
+            model.taken.append(size_t(expected), '\0');
+        } else if (operation == 7) {
+            result = ZVfgetc(f);
+            expected = model.take(1, 256) ? std::exchange(model.taken, "")[0] : -1;
+        } else if (operation == 8) {
+            result = ZVungetc(c, f);
+            // There may be room for more than four.
+            const bool refused = model.pushed.size() >= 4 && ZVftell(f) == model.position;
+            expected = refused ? -1 : model.push(c);
+        } else if (operation >= 9) {
+            operation == 9 ? ZVclearerr(f) : ZVrewind(f);
+            model.at_end = model.error = 0;
+            if (operation == 10) model.seek(0);
+        }
+        return {result, expected};
+    }
+};
+
+} // namespace test
+
+#endif

@@ -1,0 +1,230 @@
+#ifndef ZVUTIL_TESTS_STRINGS_MODEL_H
+#define ZVUTIL_TESTS_STRINGS_MODEL_H
+
+#include <algorithm>
+#include <cctype>
+#include <cstring>
+#include <iterator>
+#include <string>
+#include <tuple>
+#include <vector>
+
+#include "mbutil.h"
+
+namespace test {
+
+inline constexpr int kCodeSets[] = {ZV_JIS,         ZV_EUC,         ZV_SJIS, ZV_GB,
+                                    ZV_EUC_C,       ZV_8859_5,      ZV_BIG5, ZV_EUC_H,
+                                    ZV_KSC_5601_87, ZV_KSC_5601_92, ZV_EUC_K};
+
+// The models are the plainest statements of the operations: they walk by mbbytesinchar() from the
+// start.
+inline size_t step(const char* p) { return static_cast<size_t>(mbbytesinchar(p)); }
+inline char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; }
+inline int sign(int order) { return (order > 0) - (order < 0); }
+
+// The first or the last position of a character at which a condition holds; -1 for none.
+long find(const std::string& s, bool last, auto holds) {
+    long found = -1;
+    for (size_t i = 0; i < s.size() && (last || found < 0); i += step(&s[i]))
+        if (holds(i)) found = static_cast<long>(i);
+    return found;
+}
+
+inline size_t boundary(const std::string& s, size_t n) {
+    size_t at = 0;
+    for (size_t i = 0; i <= std::min(n, s.size()); i += step(&s[i])) at = i;
+    return at;
+}
+
+inline long find_text(const std::string& s, const std::string& text, bool last) {
+    const size_t size = text.size();
+    return find(s, last, [&](size_t i) {
+        return s.compare(i, size, text) == 0 && boundary(s.substr(i), size) == size;
+    });
+}
+
+// The length of the member of a set that stands at i; 0 when none does.
+inline size_t member(const std::string& s, size_t i, const std::string& set) {
+    for (size_t j = 0, length; j < set.size(); j += length) {
+        length = step(&set[j]);
+        if (s.compare(i, length, set, j, length) == 0) return length;
+    }
+    return 0;
+}
+
+inline std::string changed(std::string s, int (*change)(int)) {
+    for (size_t i = 0, length; i < s.size(); i += length) {
+        length = step(&s[i]);
+        if (length == 1) s[i] = static_cast<char>(change(s[i] & 0xFF));
+    }
+    return s;
+}
+
+// What mbstricmp() orders texts by: the characters' lengths, then their signed bytes.
+inline std::string sort_key(std::string s) {
+    std::string key;
+    s = changed(s, tolower);
+    for (size_t i = 0; i < s.size(); i += step(&s[i]))
+        key.append(1, static_cast<char>(step(&s[i]))).append(s, i, step(&s[i]));
+    for (char& c : key) c ^= '\x80';
+    return key;
+}
+
+// Compares as far as the characters reach that begin before n, as their first bytes announce.
+inline int bounded_order(std::string a, std::string b, size_t n, bool ignoring_case) {
+    b.resize(std::max(a.size(), b.size()));
+    size_t end = 0;
+    while (end < n && end < a.size()) {
+        const int first = a[end] & 0xFF, most = mbmaxcharlen();
+        if (!mb_isleadbyte(first) && ignoring_case) a[end] = lower(a[end]), b[end] = lower(b[end]);
+        const bool longest = most > 2 && first == (most == 3 ? 0x8F : 0x8E);
+        end += static_cast<size_t>(longest ? most : 1 + mb_isleadbyte(first));
+    }
+    return sign(strncmp(a.c_str(), b.c_str(), ignoring_case ? std::max(end, n) : end));
+}
+
+inline std::vector<std::string> tokens(const std::string& s, const std::string& set) {
+    std::vector<std::string> all(s.empty() ? 0 : 1);
+    for (size_t i = member(s, 0, set); i < s.size();) {
+        const size_t delimiter = member(s, i, set);
+        if (delimiter != 0)
+            all.emplace_back();
+        else
+            all.back() += s.substr(i, step(&s[i]));
+        i += delimiter != 0 ? delimiter : step(&s[i]);
+    }
+    if (!mbIsMultiByte()) std::erase(all, ""); // single-byte text has no empty tokens
+    return all;
+}
+
+// The first malformed character or one-byte character that does not pass; the end for none.
+inline size_t bad_position(const std::string& s, int code_set, int check) {
+    size_t i = 0;
+    for (int length; i < s.size(); i += static_cast<size_t>(length)) {
+        const int byte = s[i] & 0xFF;
+        const int bad = check == ZV_CHECK_NO_LOWER                     ? islower(byte)
+                        : check == ZV_CHECK_NO_UPPER                   ? isupper(byte)
+                        : check != ZV_CHECK_PRINTABLE || isspace(byte) ? 0
+                        : mbIsMultiByte()                              ? !ismbcprint(byte)
+                                                                       : !isprint(byte);
+        length = mblenExt(&s[i], 4, code_set);
+        if (length < 1 || (length == 1 && bad)) break;
+    }
+    return i;
+}
+
+// How much of a text mbfreadstring() reads at once: no character that the end of the room may cut.
+inline size_t block_size(const std::string& text, size_t room) {
+    if (text.size() < room) return text.size();
+    size_t at = 0;
+    for (int length; at < room; at += static_cast<size_t>(std::max(length, 1))) {
+        const int left = static_cast<int>(room - at);
+        length = mb_mblen(&text[at], static_cast<unsigned>(left));
+        if (length > left || (length < 0 && left == 1)) break;
+    }
+    return at;
+}
+
+inline long offset(const char* found, const char* s) { return found == nullptr ? -1 : found - s; }
+
+// What holds for any texts, each handed to same(actual, expected, the function). Text and Room
+// are memory that ends where the text or the room does.
+template <class Text, class Room>
+struct StringProperties {
+    static void searches(const std::string& s, const std::string& part, auto same) {
+        Text hay(s), needle(part);
+        const char *h = hay.data(), *p = needle.data();
+        for (const int c : {*p & 0xFF, *p + 0, -1, 300, 0}) {
+            const int wanted = mbIsMultiByte() ? c : static_cast<signed char>(c);
+            const auto holds = [&](size_t i) { return s[i] == wanted; };
+            const long end = mbIsMultiByte() ? -1 : offset(h + s.size(), h);
+            same(offset(mbstrchr(h, c), h), c == 0 ? end : find(s, false, holds), "mbstrchr");
+            same(mbstrchrEncr(h, c), mbstrchr(h, c), "mbstrchrEncr");
+            same(offset(mbstrrchr(h, c), h), c == 0 ? end : find(s, true, holds), "mbstrrchr");
+        }
+        const long any = find(s, false, [&](size_t i) { return member(s, i, part); });
+        same(offset(mbstrpbrk(h, p), h), any, "mbstrpbrk");
+        same(mbstrcspn(h, p), any < 0 ? s.size() : static_cast<size_t>(any), "mbstrcspn");
+        same(offset(mbstrstr(h, p), h), part.empty() ? 0 : find_text(s, part, false), "mbstrstr");
+        same(offset(mbstrrstr(h, p), h), part.empty() ? -1 : find_text(s, part, true), "mbstrrstr");
+
+        Text cut(s);
+        std::vector<std::string> all;
+        char *save, *token = mbstrtok(cut.data(), p), *again = mbstrtok_r(hay.data(), p, &save);
+        while (token != nullptr && again != nullptr) {
+            same(std::string(again), token, "mbstrtok_r");
+            all.emplace_back(token);
+            token = mbstrtok(nullptr, p), again = mbstrtok_r(nullptr, p, &save);
+        }
+        same(token, again, "mbstrtok_r");
+        same(all, tokens(s, part), "mbstrtok");
+    }
+
+    // At the last positions up to one.
+    static void boundaries(const std::string& s, size_t last, auto same) {
+        Text text(s);
+        for (size_t i = last - std::min(last, size_t{14}); i <= last; ++i) {
+            const auto n = static_cast<unsigned>(i);
+            const size_t at = boundary(s, n);
+            const size_t behind = at + step(&s[at]), next = behind < s.size() ? behind : 0;
+            same(mbidx(text.data(), n), at, "mbidx");
+            same(mbnextidx(text.data(), n), next, "mbnextidx");
+            same(mbnextchar(text.data(), n), next == 0 ? nullptr : text.data() + next,
+                 "mbnextchar");
+            std::string expected = s.substr(0, at);
+            expected.resize(n);
+            Room copy(n), counted(n);
+            same(std::string(mbstrncpy(copy.data(), text.data(), n), n), expected, "mbstrncpy");
+            same(mbstrncpyi(counted.data(), text.data(), n), at, "mbstrncpyi");
+            same(std::string(counted.data(), n), expected, "mbstrncpyi");
+        }
+    }
+
+    static void comparisons(const std::string& s, const std::string& tail, auto same) {
+        // A text that begins alike, but for letter case, and has an end of its own.
+        std::string other = s.substr(0, s.size() - std::min(s.size(), tail.size())) + tail;
+        if (tail.size() % 2 == 0 && other.size() > 2) other[other.size() - 3] ^= 0x20;
+        Text a(s), b(other);
+        const char *p = a.data(), *q = b.data();
+        const bool multibyte = mbIsMultiByte();
+        const int order = sort_key(s).compare(sort_key(other));
+        same(mbstricmp(p, q), multibyte ? sign(order) : strcasecmp(p, q), "mbstricmp");
+        for (auto n = static_cast<unsigned>(s.size()) + 3; n + 10 > s.size() && n <= s.size() + 3;
+             --n) {
+            same(sign(mbstrnicmp(p, q, n)), bounded_order(s, other, n, true), "mbstrnicmp");
+            same(sign(mbcharcmp(p, q, n)),
+                 multibyte ? bounded_order(s, other, n, false) : sign(*p - *q), "mbcharcmp");
+        }
+    }
+
+    static void changes(const std::string& s, const std::string& part, int current, auto same) {
+        const std::string begins = part + "q";
+        const size_t length = step(begins.c_str());
+        const std::string first = begins.substr(0, length), rest = begins.substr(length);
+        for (const auto& [change_all, change_one, change] :
+             {std::tuple(&mbstrtoupper, &mbtoupper, &toupper),
+              std::tuple(&mbstrtolower, &mbtolower, &tolower)}) {
+            Text all(s), one(begins);
+            same(change_all(all.data()), s.size(), "case");
+            same(all.text(), changed(s, change), "case");
+            same(change_one(one.data()), length, "case");
+            same(one.text(), changed(first, change) + rest, "case");
+        }
+        Text text(s);
+        const int other = kCodeSets[part.size() * 2 % std::size(kCodeSets)];
+        for (const int check : {0, 103, 104, 105, 106}) {
+            size_t at = bad_position(s, check == 0 ? other : current, check);
+            if (check == 0 && !mbIsMultiByte()) at = s.size();
+            unsigned bad = 77;
+            same(check == 0 ? mbvalidatestring(text.data(), &bad, other)
+                            : mbvalidatestringtype(text.data(), &bad, check),
+                 at == s.size(), "mbvalidatestring");
+            same(bad, mbIsMultiByte() && at < s.size() ? at : 77, "mbvalidatestring");
+        }
+    }
+};
+
+} // namespace test
+
+#endif
