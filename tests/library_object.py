@@ -1,13 +1,14 @@
 """Checks the built shared object: what it exports, what it needs, what it holds where.
 
-usage: library_object.py LIBRARY VERSION_SCRIPT TEST_FOLDER BUILD_TYPE
+usage: library_object.py LIBRARY VERSION_SCRIPT TEST_FOLDER BUILD_TYPE COMPILER
 """
 import pathlib
 import re
 import subprocess
 import sys
+import tempfile
 
-library, version_script, tests, build_type = sys.argv[1:]
+library, version_script, tests, build_type, compiler = sys.argv[1:]
 failures = []
 
 
@@ -60,6 +61,12 @@ for symbol in symbols:
     name, section = symbol[7].split("@")[0], sections[symbol[6]][0]
     if symbol[3] == "OBJECT" and name not in state:
         check(section in (".rodata", ".data.rel.ro"), f"{name} stands in {section}")
+
+if build_type == "Release" and compiler == "GNU":  # as it is shipped
+    with tempfile.NamedTemporaryFile() as stripped:
+        lines("strip", "-o", stripped.name, library)
+        size = pathlib.Path(stripped.name).stat().st_size
+        check(size <= 250 * 1024, f"{size} bytes stripped")
 
 tested = "".join(path.read_text() for path in pathlib.Path(tests).rglob("*.[ch]*"))
 for name in sorted(wanted):
