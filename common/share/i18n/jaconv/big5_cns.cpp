@@ -49,6 +49,7 @@ struct TableBlock {
     PairBlock look_up(const Map& map, PairBlock cells, PairBlock in_table) const {
         const PairBlock places = ((lead - 0xA0) * Map::kRowSize + cells) & in_table;
         PairBlock codes{};
+#pragma GCC unroll 8
         for (size_t i = 0; i < kBlockSize / kPairSize; ++i)
             codes[i] = map.codes[places[i]];
         return codes;
