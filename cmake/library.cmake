@@ -2,6 +2,11 @@
 target_compile_options(zvutil PRIVATE
     $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions;-fno-rtti;-fno-threadsafe-statics>)
 include(cmake/hardening.cmake)
+if(ZVUTIL_COVERAGE)
+  # Unoptimised, so that the branches are those of the source; the counts are shared by threads.
+  target_compile_options(zvutil PRIVATE --coverage -fprofile-update=atomic -O0)
+  target_link_options(zvutil PRIVATE --coverage)
+endif()
 set_target_properties(zvutil PROPERTIES
     VERSION ${PROJECT_VERSION}
     SOVERSION ${PROJECT_VERSION_MAJOR}
