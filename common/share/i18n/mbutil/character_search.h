@@ -25,7 +25,7 @@ public:
     }
 
 private:
-    static constexpr size_t kLongestReach = 16 * 1024;
+    static constexpr size_t kLongestReach = size_t{16} * 1024;
 
     const Byte* end_;
     size_t reach_ = 4 * kBlockSize;
