@@ -6,6 +6,7 @@ if(ZVUTIL_COVERAGE)
   # Unoptimised, so that the branches are those of the source; the counts are shared by threads.
   target_compile_options(zvutil PRIVATE --coverage -fprofile-update=atomic -O0)
   target_link_options(zvutil PRIVATE --coverage)
+  target_sources(zvutil PRIVATE tests/support/counts.cpp)
 endif()
 set_target_properties(zvutil PROPERTIES
     VERSION ${PROJECT_VERSION}
