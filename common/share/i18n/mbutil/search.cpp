@@ -17,7 +17,7 @@ const char* as_text(const Byte* bytes) {
 // vectorised searches give the exact result.
 template <class Scanner>
 constexpr bool always_begins_character(Byte byte) {
-    return Scanner::kLongest == 1 || byte < std::min<Byte>(Scanner::kLowestTrail, 0x80);
+    return Scanner::kLongest == 1 || byte < std::min<int>(Scanner::kLowestTrail, 0x80);
 }
 
 // Marks or compares the byte that a search character stands for.
