@@ -11,6 +11,6 @@ function(zvutil_avx2_sources)
   if("ZVUTIL_AVX2" IN_LIST definitions)
     target_sources(zvutil PRIVATE ${ARGN})
     set_source_files_properties(${ARGN} TARGET_DIRECTORY zvutil
-        PROPERTIES COMPILE_OPTIONS "-mavx2;-mbmi;-mbmi2")
+        PROPERTIES COMPILE_OPTIONS "-mavx2;-mbmi;-mbmi2;$<$<CONFIG:Release>:-O3>")
   endif()
 endfunction()

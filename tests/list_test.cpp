@@ -79,7 +79,8 @@ TEST(List, RefusesWhatItCannotHold) {
     const int refused[] = {-1, INT_MIN, kMost + 1, INT_MAX};
     for (const int capacity : refused) EXPECT_EQ(list_create(capacity), nullptr);
     EXPECT_EQ(list_copy(nullptr, nullptr, nullptr), nullptr);
-    EXPECT_EQ(list_free(nullptr, nullptr, nullptr), -2);
+    EXPECT_EQ(list_free(nullptr, nullptr, nullptr) + list_perform(nullptr, nullptr, nullptr), -4);
+    EXPECT_EQ(list_setFirst(nullptr, nullptr) + list_setLast(nullptr, nullptr), -4);
     LIST* list = list_create(5);
     void *a = item(-1), *b = item(1);
     EXPECT_EQ(list_sort(list, nullptr, nullptr), 0);

@@ -77,9 +77,11 @@ TEST(Dispatch, TheWindowsFormItsLengthAndTheByteSum) {
         EXPECT_EQ(MaxStringLengthOnWinAndUnix("\xC8\x79\xB1"), grows ? 5 : 3) << current;
         EXPECT_EQ(AccumulateAsciiForStr(std::string(5000, '\xFF').c_str()), 5000 * 255);
     }
-    EXPECT_FALSE(mbconvertnativestring(nullptr, "a", 3) || mbconvertnativestring(out, nullptr, 3) ||
-                 UnixCodingToWindowsCodingExt(nullptr, out) ||
-                 WindowsCodingToUnixCodingExt("a", nullptr) || AccumulateAsciiForStr(nullptr));
+    EXPECT_FALSE(
+        mbconvertnativestring(nullptr, "a", 3) || mbconvertnativestring(out, nullptr, 3) ||
+        UnixCodingToWindowsCodingExt(nullptr, out) || UnixCodingToWindowsCodingExt("a", nullptr) ||
+        WindowsCodingToUnixCodingExt(nullptr, out) || WindowsCodingToUnixCodingExt("a", nullptr) ||
+        AccumulateAsciiForStr(nullptr) || AccumulateAsciiForStr(""));
 }
 
 TEST(Numbers, BecomeAsciiCharacterByCharacter) {

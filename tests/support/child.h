@@ -20,7 +20,7 @@ public:
         if (pipe(ends) != 0 || (process = fork()) < 0) abort();
         if (process == 0) {
             action(ends[1]);
-            _exit(0);
+            std::quick_exit(0);
         }
         close(ends[1]);
         answers_ = ends[0];

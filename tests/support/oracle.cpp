@@ -30,7 +30,7 @@ int in_fresh_locale(const char* lang, int (*action)()) {
         clearenv();
         setenv("LOCPATH", ZVUTIL_TEST_LOCALES, 1);
         setenv("LANG", lang, 1);
-        _exit(action());
+        std::quick_exit(action());
     }
     int status = 0;
     waitpid(child, &status, 0);

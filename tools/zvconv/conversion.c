@@ -36,7 +36,7 @@ static bool is_layout(char c) {
 static size_t count_byte(const char* text, size_t length, char byte) {
     const char* const end = text + length;
     size_t count = 0;
-    while ((text = memchr(text, byte, (size_t)(end - text))) != NULL) {
+    while ((text = memchr(text, (unsigned char)byte, (size_t)(end - text))) != NULL) {
         ++count;
         ++text;
     }
@@ -126,7 +126,6 @@ static bool convert_single_bytes(struct conversion* c, const char* text, size_t 
 
 /* Writes a line, whose end has been cut off, as a subject. */
 static bool write_subject(struct conversion* c, char* line, size_t length) {
-    static char native[2 * BLOCK + 1];
     ++c->line;
     if (length > 0 && line[length - 1] == '\r')
         line[--length] = '\0';
@@ -135,6 +134,7 @@ static bool write_subject(struct conversion* c, char* line, size_t length) {
     c->malformed += !is_well_formed(c, line, length);
     int code_set = c->from;
     if (code_set == ZV_JIS) { /* its characters show only in the light of the escape sequences */
+        static char native[2 * BLOCK + 1];
         line = convertStrExt(line, ZV_JIS, native, ZV_EUC);
         code_set = ZV_EUC;
     }

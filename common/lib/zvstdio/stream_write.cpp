@@ -48,7 +48,7 @@ size_t ZVfwrite(const void* src, size_t size, size_t count, ZVFILE* stream) {
         left = SIZE_MAX;
     if (!zv::go_to_write(*stream, left))
         return 0;
-    for (auto* next = static_cast<const char*>(src); left != 0;) {
+    for (const auto* next = static_cast<const char*>(src); left != 0;) {
         const ssize_t written = write(stream->descriptor, next, left);
         if (written < 0) {
             if (errno == EINTR)

@@ -31,8 +31,8 @@ public:
     template <class Integer>
     bool put_number(Integer number) {
         char digits[std::numeric_limits<Integer>::digits10 + 2];
-        const char* end = std::to_chars(digits, digits + sizeof digits, number).ptr;
-        return put({digits, static_cast<size_t>(end - digits)});
+        const char* stop = std::to_chars(digits, digits + sizeof digits, number).ptr;
+        return put({digits, static_cast<size_t>(stop - digits)});
     }
     char* end() const { return out_; }
 

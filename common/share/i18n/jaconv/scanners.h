@@ -130,7 +130,8 @@ struct Ksc92Scanner {
 template <class Scanner>
 constexpr int scan(const Byte* s, size_t n) {
     const int length = Scanner::announced(s[0]);
-    for (int i = 1; i < Scanner::kLongest && i < length && static_cast<size_t>(i) < n; ++i) {
+    constexpr int kLongest = Scanner::kLongest;
+    for (int i = 1; i < kLongest && i < length && static_cast<size_t>(i) < n; ++i) {
         if (!Scanner::continues(s, i))
             return -1;
     }

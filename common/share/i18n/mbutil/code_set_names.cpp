@@ -87,6 +87,7 @@ int code_set_of_process_locale(const LocaleRow (&rows)[N]) {
     return find_locale(rows, name[0] == '/' ? name + 1 : name).code_set;
 }
 
+// NOLINTNEXTLINE(readability-redundant-string-init): an empty view would have no terminator.
 constexpr std::string_view kNoCodePage = "";
 
 // The Windows code page of a part of ISO 8859, by the number at the end of its name.

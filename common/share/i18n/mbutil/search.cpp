@@ -1,5 +1,3 @@
-#include <algorithm>
-#include <bitset>
 #include <cstring>
 
 #include "character_search.h"
@@ -17,12 +15,13 @@ const char* as_text(const Byte* bytes) {
 // vectorised searches give the exact result.
 template <class Scanner>
 constexpr bool always_begins_character(Byte byte) {
-    return Scanner::kLongest == 1 || (byte < Scanner::kLowestTrail && byte < 0x80);
+    return Scanner::kLongest == 1 || byte < std::min<int>(Scanner::kLowestTrail, 0x80);
 }
 
-// Marks or compares the byte that a search character stands for.
-auto byte_of(int c) {
-    return [=](auto bytes) { return bytes == static_cast<Byte>(c); };
+WantedBytes only(Byte byte) {
+    WantedBytes wanted;
+    wanted.add(byte);
+    return wanted;
 }
 
 // No other search character finds anything.
@@ -41,10 +40,11 @@ const Byte* find_byte(const Byte* s, int c, Occurrence which) {
         return as_bytes(which == Occurrence::first ? std::strchr(text, c) : std::strrchr(text, c));
     }
     const Byte* found = nullptr;
-    find_character<Scanner>(s, byte_of(c), [&](const Byte* p) {
+    const auto is_it = [&](const Byte* p) {
         found = p;
         return which == Occurrence::first;
-    });
+    };
+    find_character<Scanner>(s, only(static_cast<Byte>(c)), Accepts(is_it));
     return found;
 }
 
@@ -83,7 +83,7 @@ const Byte* find_string(const Byte* hay, const Byte* needle) {
         return (p[1] == needle[1] || needle[1] == 0) &&
                std::strncmp(as_text(p), as_text(needle), length) == 0 && spells<Scanner>(p, needle);
     };
-    return find_character<Scanner>(hay, byte_of(*needle), spells_needle);
+    return find_character<Scanner>(hay, only(*needle), Accepts(spells_needle));
 }
 
 template <class Scanner>
@@ -111,48 +111,9 @@ template <class Scanner>
     return 0;
 }
 
-// The first bytes of the members of a set. A block is compared with few of them one by one, with
-// more only as a range that holds them all.
-class FirstBytes {
-public:
-    void add(Byte byte) {
-        if (all_[byte])
-            return;
-        all_[byte] = true;
-        if (count_ == 0)
-            std::memset(few_, byte, sizeof few_); // so that unused ones mean nothing else
-        if (count_ < kFew)
-            few_[count_] = byte;
-        ++count_;
-        lowest_ = std::min(lowest_, byte);
-        highest_ = std::max(highest_, byte);
-    }
-    bool has(Byte byte) const { return all_[byte]; }
-
-    // What a search wants: the first bytes of members, and perhaps others.
-    auto wanted() const {
-        const bool are_few = count_ <= kFew;
-        const Byte lowest = are_few ? 0xFF : lowest_; // else the range is empty
-        const Byte highest = are_few ? 0 : highest_;
-        return [=, this](auto bytes) {
-            return (bytes == few_[0]) | (bytes == few_[1]) | (bytes == few_[2]) |
-                   ((bytes >= lowest) & (bytes <= highest));
-        };
-    }
-
-private:
-    static constexpr int kFew = 3;
-
-    std::bitset<256> all_;
-    Byte few_[kFew] = {};
-    Byte lowest_ = 0xFF;
-    Byte highest_ = 0;
-    int count_ = 0;
-};
-
 template <class Scanner>
 SetMatch find_in_set(const char* s, const char* set) {
-    FirstBytes first_bytes;
+    WantedBytes first_bytes;
     bool c_library_serves = true;
     for (const Byte* q = as_bytes(set); *q != 0; q += step<Scanner>(q)) {
         first_bytes.add(*q);
@@ -164,10 +125,10 @@ SetMatch find_in_set(const char* s, const char* set) {
     }
     size_t length = 0;
     const auto is_member = [&](const Byte* p) {
-        length = first_bytes.has(*p) ? match_at<Scanner>(p, as_bytes(set)) : 0;
+        length = match_at<Scanner>(p, as_bytes(set));
         return length != 0;
     };
-    const Byte* const found = find_character<Scanner>(as_bytes(s), first_bytes.wanted(), is_member);
+    const Byte* const found = find_character<Scanner>(as_bytes(s), first_bytes, Accepts(is_member));
     if (found == nullptr)
         return {std::strlen(s), 0};
     return {static_cast<size_t>(found - as_bytes(s)), length};

@@ -180,7 +180,7 @@ char* convertSubjectToBase64(char* dst, const char* src, const char* charset) {
     const std::string_view jis = src;
     char* const end = zv::put_jis(dst, jis, charset);
     *end = '\0';
-    return jis.find(static_cast<char>(zv::kEscape)) == jis.npos ? dst : end;
+    return jis.find(static_cast<char>(zv::kEscape)) == std::string_view::npos ? dst : end;
 }
 
 char* convertSubjectForMail(char* dst, const char* subject, int mail_code_set, int code_set) {

@@ -35,6 +35,7 @@ int OSRemoveFiles(const char* directory, const char* pattern) {
     DIR* entries = opendir(directory);
     if (entries == nullptr)
         return 1;
+    // NOLINTNEXTLINE(bugprone-not-null-terminated-result): a separator and a name follow.
     std::memcpy(path, directory, length);
     path[length] = '/';
     zv::remove_matching(entries, pattern, path, std::span(path).subspan(length + 1));

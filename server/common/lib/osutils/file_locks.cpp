@@ -33,7 +33,7 @@ bool lock_despite_signals(int descriptor, int command, int type) {
 unsigned char OSLockFileFd(int descriptor, int lock_type, int wait) {
     const int command = wait == 1 ? F_SETLKW : F_SETLK;
     const int type = lock_type == ZV_LOCK_WRITE ? F_WRLCK : F_RDLCK;
-    // A second attempt may find the other's lock released.
+    // NOLINTNEXTLINE(misc-redundant-expression): by the second attempt the other may be done.
     return zv::lock_despite_signals(descriptor, command, type) ||
            zv::lock_despite_signals(descriptor, command, type);
 }
