@@ -190,8 +190,7 @@ private:
 };
 
 template <class Pairs>
-Converted decode_jis(Source source, Byte* out, JisMode& mode) {
-    JisDecoder<Pairs> decoder(out, mode);
+Converted decode_jis(JisDecoder<Pairs> decoder, Source source, JisMode& mode) {
     source = decoder.decode(source);
     mode = decoder.mode();
     return {source.next, decoder.out()};
@@ -208,11 +207,11 @@ Converted wide_euc_to_shift_jis(Source source, Byte* out) {
 }
 
 Converted wide_jis_to_shift_jis(Source source, Byte* out, JisMode& mode) {
-    return decode_jis<JisToShiftJisPairs>(source, out, mode);
+    return decode_jis(JisDecoder<JisToShiftJisPairs>(out, mode), source, mode);
 }
 
 Converted wide_jis_to_euc(Source source, Byte* out, JisMode& mode) {
-    return decode_jis<JisToEucPairs>(source, out, mode);
+    return decode_jis(JisDecoder<JisToEucPairs>(out, mode), source, mode);
 }
 
 } // namespace zv

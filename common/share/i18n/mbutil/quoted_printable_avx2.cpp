@@ -19,8 +19,8 @@ __m128i all(int byte) {
     return _mm_set1_epi8(static_cast<char>(byte));
 }
 
-unsigned count(unsigned mask) {
-    return static_cast<unsigned>(__builtin_popcount(mask));
+size_t count(unsigned mask) {
+    return static_cast<size_t>(__builtin_popcount(mask));
 }
 
 __m128i is_equals_sign(__m128i bytes) {
