@@ -126,6 +126,8 @@ Converted decode_jis(Source source, Byte* out, JisMode& mode, Encode encode, Jis
     WideKernel<JisMode> wide(kernel);
     while (source.next != source.end) {
         out = wide.run(source, out, mode);
+        if (source.next == source.end)
+            break;
         const Byte byte = *source.next;
         if (byte == kEscape) {
             if (!skip_escape(source, mode))

@@ -11,12 +11,12 @@ namespace zv {
 using JisKernel = Converted (*)(Source, Byte* out, JisMode& mode);
 
 #ifdef ZVUTIL_AVX2
-// Through ASCII and two-byte characters in any mixture.
+// Through ASCII and two-byte characters in any mixture. Something of the source is left.
 Converted wide_shift_jis_to_euc(Source source, Byte* out);
 Converted wide_euc_to_shift_jis(Source source, Byte* out);
 
-// Through JIS text with the escape sequences in use. The mode is that of the text at the front of
-// the source, before and after.
+// Through JIS text with the escape sequences in use, perhaps to its end. The mode is that of the
+// text at the front of the source, before and after.
 Converted wide_jis_to_shift_jis(Source source, Byte* out, JisMode& mode);
 Converted wide_jis_to_euc(Source source, Byte* out, JisMode& mode);
 #else

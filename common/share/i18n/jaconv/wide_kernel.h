@@ -9,8 +9,8 @@ namespace zv {
 // Wide kernels need more than a block of source.
 inline constexpr size_t kWideBlockSize = 32;
 
-// Converts plain characters at the front of the source, whole blocks as long as it can, and leaves
-// something. All is passed in registers.
+// Converts plain characters at the front of the source, whole blocks as long as it can. All is
+// passed in registers.
 using Kernel = Converted (*)(Source, Byte* out);
 
 // Runs the wide kernel of a conversion ahead of its rule, where the processor has one. Text that is
