@@ -2,8 +2,6 @@
 target_compile_options(zvutil PRIVATE
     $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions;-fno-rtti;-fno-threadsafe-statics>)
 include(cmake/hardening.cmake)
-# More makes the library larger; the few sources that gain by it say so themselves.
-target_compile_options(zvutil PRIVATE $<$<CONFIG:Release>:-O2>)
 if(ZVUTIL_COVERAGE)
   # Unoptimised, so that the branches are those of the source; the counts are shared by threads.
   target_compile_options(zvutil PRIVATE --coverage -fprofile-update=atomic -O0)

@@ -128,11 +128,10 @@ struct EucToJisPairs : PairKernel<kSafeWhereNothingShrinks> {
     static ByteBlock convert(ByteBlock bytes) { return bytes & 0x7F; }
 };
 
-// Bytes below 21 may be line ends or the escape, those above 7E are no JIS at all.
+// Bytes below 21 may be line ends or the escape, those from 80 on, which are negative, are no JIS.
+// 7F is none either, but the arithmetic is the same.
 struct JisToEucPairs : PairKernel<kNeverSafe> {
-    static SignedByteBlock not_plain(ByteBlock bytes) {
-        return (as_signed(bytes) < 0x21) | (bytes == 0x7F);
-    }
+    static SignedByteBlock not_plain(ByteBlock bytes) { return as_signed(bytes) < 0x21; }
     static ByteBlock convert(ByteBlock bytes) { return bytes | 0x80; }
 };
 
