@@ -185,6 +185,7 @@ struct StringProperties {
         // A text that begins alike, but for letter case, and has an end of its own.
         std::string other = s.substr(0, s.size() - std::min(s.size(), tail.size())) + tail;
         if (tail.size() % 2 == 0 && other.size() > 2) other[other.size() - 3] ^= 0x20;
+        other.resize(strlen(other.c_str())); // a blank has become its end
         Text a(s), b(other);
         const char *p = a.data(), *q = b.data();
         const bool multibyte = mbIsMultiByte();
