@@ -73,7 +73,7 @@ inline char* put(char* out, Token token) {
 
 char* put_tokens(char* out, const Byte* bytes, size_t length) {
     const Byte* const end = bytes + length;
-    if (has_avx2()) {
+    if (length >= kQuotedBlock / 2 && has_avx2()) {
         const Converted converted = wide_encode_quoted({bytes, length}, as_bytes(out));
         bytes = converted.read;
         out = reinterpret_cast<char*>(converted.written);
@@ -151,20 +151,19 @@ constexpr bool is_line_end(Byte byte) {
 // it stands.
 class LineDecoder {
 public:
-    LineDecoder(const char* line, char* out) : next_(as_bytes(line)), out_(as_bytes(out)) {
-        find_end();
-    }
+    LineDecoder(const char* line, char* out) : text_(as_bytes(line), 0), out_(as_bytes(out)) {}
 
     void decode() {
         for (;;) {
             decode_blocks();
             copy_plain();
-            if (*next_ == '=')
+            const Byte byte = *text_.next;
+            if (byte == '=')
                 decode_escapes();
-            else if (*next_ == '\t')
-                *out_++ = *next_++;
-            else if (*next_ != '\0' && !is_line_end(*next_))
-                ++next_; // such a byte has no place here
+            else if (byte == '\t')
+                *out_++ = *text_.next++;
+            else if (byte != '\0' && !is_line_end(byte))
+                ++text_.next; // such a byte has no place here
             else
                 break;
         }
@@ -172,47 +171,53 @@ public:
     }
 
 private:
-    // The line ends at the first LF that is not part of a soft line break, as a rule: an escape of
-    // one digit may take that too.
-    void find_end() {
-        for (end_ = next_;; ++end_) {
-            end_ = as_bytes(strchrnul(reinterpret_cast<const char*>(end_), '\n'));
-            if (*end_ == '\0' || end_ == next_ || end_[-1] != '=')
-                break;
-        }
+    // Makes sure that a block of text is known, or its end. The line may stand at the front of a
+    // long text, so that is looked through in pieces that grow with what has been read.
+    void look_ahead() {
+        text_.end = std::max(text_.end, text_.next);
+        if (text_.left() >= kDecodedBlock || is_at_end())
+            return;
+        text_.end += strnlen(reinterpret_cast<const char*>(text_.end), piece_);
+        piece_ *= 2;
     }
+    bool is_at_end() const { return *text_.end == '\0'; }
 
     void decode_blocks() {
-        if (next_ > end_)
-            find_end();
-        if (!has_avx2())
-            return;
-        const Converted converted =
-            wide_decode_quoted({next_, static_cast<size_t>(end_ - next_)}, out_);
-        if (converted.read - next_ != converted.written - out_)
+        const Byte* const next = text_.next;
+        const Byte* const out = out_;
+        bool is_last;
+        do {
+            look_ahead();
+            is_last = is_at_end();
+            out_ = kernel_.run(text_, out_, is_last);
+        } while (!is_last && text_.left() < kDecodedBlock);
+        if (text_.next - next != out_ - out)
             ensure_initialised(); // there were digits
-        next_ = converted.read;
-        out_ = converted.written;
     }
 
     // Copies a run of plain bytes.
     void copy_plain() {
-        while (end_ - next_ >= static_cast<ptrdiff_t>(kBlock)) {
-            std::uint64_t block;
-            std::memcpy(&block, next_, kBlock);
-            const std::uint64_t plain = find_plain<kFirstCopied>(block);
-            if (plain != kHighBits)
-                return take(count_front(plain));
-            std::memcpy(out_, &block, kBlock);
-            next_ += kBlock;
-            out_ += kBlock;
+        for (;;) {
+            look_ahead();
+            while (text_.left() >= kBlock) {
+                std::uint64_t block;
+                std::memcpy(&block, text_.next, kBlock);
+                const std::uint64_t plain = find_plain<kFirstCopied>(block);
+                if (plain != kHighBits)
+                    return take(count_front(plain));
+                std::memcpy(out_, &block, kBlock);
+                text_.next += kBlock;
+                out_ += kBlock;
+            }
+            if (is_at_end())
+                break;
         }
-        while (is_plain<kFirstCopied>(*next_))
-            *out_++ = *next_++;
+        while (is_plain<kFirstCopied>(*text_.next))
+            *out_++ = *text_.next++;
     }
     void take(size_t length) {
-        copy_short(out_, next_, length);
-        next_ += length;
+        copy_short(out_, text_.next, length);
+        text_.next += length;
         out_ += length;
     }
 
@@ -220,37 +225,38 @@ private:
         ensure_initialised(); // digits are compared as text is
         do
             decode_escape();
-        while (*next_ == '=');
+        while (*text_.next == '=');
     }
 
     // Takes "=" and what belongs to it, up to the terminator at most.
     void decode_escape() {
-        const Byte first = next_[1];
+        const Byte first = text_.next[1];
         const int high = kDigitValues[first];
         if (high < 0) {
-            ++next_;
+            ++text_.next;
             if (is_line_end(first)) {
-                ++next_;
+                ++text_.next;
             } else if (first != '\0') {
                 out_ = put_pair(out_, '=', first);
-                ++next_;
+                ++text_.next;
             }
             return;
         }
-        const Byte second = next_[2];
+        const Byte second = text_.next[2];
         const int low = kDigitValues[second];
-        next_ += 2;
+        text_.next += 2;
         *out_++ = low < 0 ? first : static_cast<Byte>(16 * high + low);
         if (second != '\0') {
-            ++next_;
+            ++text_.next;
             if (low < 0)
                 *out_++ = second;
         }
     }
 
-    const Byte* next_;
-    const Byte* end_;
+    Source text_; // as far as it is known
+    size_t piece_ = 2048;
     Byte* out_;
+    WideKernel<const bool> kernel_{wide_decode_quoted};
 };
 
 } // namespace

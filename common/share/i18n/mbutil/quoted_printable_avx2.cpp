@@ -3,8 +3,12 @@
 
 #include <immintrin.h>
 
+#include "../jaconv/kernels.h"
+
 namespace zv {
 namespace {
+
+using SignedByteBlock [[gnu::vector_size(kBlockSize)]] = signed char;
 
 __m128i load(const Byte* from) {
     return _mm_loadu_si128(reinterpret_cast<const __m128i*>(from));
@@ -12,222 +16,298 @@ __m128i load(const Byte* from) {
 void store(Byte* to, __m128i block) {
     _mm_storeu_si128(reinterpret_cast<__m128i*>(to), block);
 }
-unsigned marks(__m128i comparison) {
-    return static_cast<unsigned>(_mm_movemask_epi8(comparison));
-}
-__m128i all(int byte) {
-    return _mm_set1_epi8(static_cast<char>(byte));
+__m256i as_block(ByteBlock bytes) {
+    return std::bit_cast<__m256i>(bytes);
 }
 
-size_t count(unsigned mask) {
-    return static_cast<size_t>(__builtin_popcount(mask));
+size_t count(std::uint64_t mask) {
+    return static_cast<size_t>(__builtin_popcountll(mask));
 }
 
-__m128i is_equals_sign(__m128i bytes) {
-    return _mm_cmpeq_epi8(bytes, all('='));
+// The 16 bytes of a text from a place on, zeros behind its end. The text is no shorter than this.
+__m128i load_last(const Byte* from, const Byte* end) {
+    constexpr size_t kSize = sizeof(__m128i);
+    static constexpr struct Places {
+        Byte places[2 * kSize];
+        constexpr Places() : places() {
+            for (unsigned i = 0; i < 2 * kSize; ++i)
+                places[i] = static_cast<Byte>(i < kSize ? i : 0x80);
+        }
+    } kPlaces;
+    const Byte* const start = from < end - kSize ? from : end - kSize;
+    const size_t cut = static_cast<size_t>(from - start);
+    return _mm_shuffle_epi8(load(start), load(kPlaces.places + (cut < kSize ? cut : kSize)));
 }
-// From `first` up to 7E; "=" is among them.
-__m128i is_printable(__m128i bytes, int first) {
-    return _mm_andnot_si128(_mm_cmpeq_epi8(bytes, all(0x7F)),
-                            _mm_cmpgt_epi8(bytes, all(first - 1)));
+ByteBlock load_last_block(const Byte* from, const Byte* end) {
+    constexpr size_t kHalf = kBlockSize / 2;
+    return std::bit_cast<ByteBlock>(
+        _mm256_set_m128i(load_last(from + kHalf, end), load_last(from, end)));
 }
 
 // How four bytes are encoded, of which some are escaped: where each byte of the result stands in a
-// block of these bytes, their high digits, their low digits and equals signs.
+// block of these bytes, their high digits, their low digits and equals signs. The last byte is the
+// length of the result.
 struct QuadShuffles {
-    Byte places[16][16];
+    static constexpr size_t kSize = 16;
+    Byte rows[16 * kSize];
 };
 constexpr QuadShuffles make_quad_shuffles() {
     QuadShuffles shuffles{};
     for (unsigned escaped = 0; escaped < 16; ++escaped) {
-        Byte* place = shuffles.places[escaped];
+        Byte* const row = shuffles.rows + escaped * QuadShuffles::kSize;
+        Byte length = 0;
         for (unsigned i = 0; i < 4; ++i) {
             if ((escaped >> i & 1) == 0) {
-                *place++ = static_cast<Byte>(i);
+                row[length++] = static_cast<Byte>(i);
                 continue;
             }
-            *place++ = static_cast<Byte>(12 + i);
-            *place++ = static_cast<Byte>(4 + i);
-            *place++ = static_cast<Byte>(8 + i);
+            row[length++] = static_cast<Byte>(12 + i);
+            row[length++] = static_cast<Byte>(4 + i);
+            row[length++] = static_cast<Byte>(8 + i);
         }
+        row[QuadShuffles::kSize - 1] = length;
     }
     return shuffles;
 }
 alignas(16) constexpr QuadShuffles kQuadShuffles = make_quad_shuffles();
 
-// The places of those of eight bytes that are kept.
+// Writes one of the quads of a block and bytes that mean nothing behind it.
+template <int n>
+Byte* put_quad(Byte* out, __m128i quad, std::uint64_t escaped) {
+    constexpr size_t kRow = QuadShuffles::kSize;
+    static_assert(kRow == 1 << 4); // the masks of quads, too, are four bits
+    const Byte* const row = kQuadShuffles.rows + ((escaped << 4) >> (4 * n) & (0xF * kRow));
+    store(out, _mm_shuffle_epi8(quad, load(row)));
+    return out + row[kRow - 1];
+}
+
+// Writes what becomes of a block; that of the first bytes counts.
+Byte* encode_block(Byte* out, ByteBlock bytes, size_t length) {
+    const auto plain = (std::bit_cast<SignedByteBlock>(bytes + 1) > 0x21) & (bytes != '=');
+    const Mask escaped = ~high_bits(plain);
+    const __m256i digits =
+        _mm256_broadcastsi128_si256(load(reinterpret_cast<const Byte*>("0123456789ABCDEF")));
+    const auto pairs = std::bit_cast<PairBlock>(bytes);
+    const __m256i high =
+        _mm256_shuffle_epi8(digits, as_block(std::bit_cast<ByteBlock>(pairs >> 4) & 0x0F));
+    const __m256i low = _mm256_shuffle_epi8(digits, as_block(bytes & 0x0F));
+    const __m256i signs = _mm256_set1_epi8('=');
+    // Each half makes four quads.
+    const __m256i front = _mm256_unpacklo_epi32(as_block(bytes), high);
+    const __m256i front_rest = _mm256_unpacklo_epi32(low, signs);
+    const __m256i back = _mm256_unpackhi_epi32(as_block(bytes), high);
+    const __m256i back_rest = _mm256_unpackhi_epi32(low, signs);
+    const __m256i quads[] = {
+        _mm256_unpacklo_epi64(front, front_rest), _mm256_unpackhi_epi64(front, front_rest),
+        _mm256_unpacklo_epi64(back, back_rest), _mm256_unpackhi_epi64(back, back_rest)};
+    Byte* next = out;
+    next = put_quad<0>(next, _mm256_castsi256_si128(quads[0]), escaped);
+    next = put_quad<1>(next, _mm256_castsi256_si128(quads[1]), escaped);
+    next = put_quad<2>(next, _mm256_castsi256_si128(quads[2]), escaped);
+    next = put_quad<3>(next, _mm256_castsi256_si128(quads[3]), escaped);
+    if (length > kBlockSize / 2) {
+        next = put_quad<4>(next, _mm256_extracti128_si256(quads[0], 1), escaped);
+        next = put_quad<5>(next, _mm256_extracti128_si256(quads[1], 1), escaped);
+        next = put_quad<6>(next, _mm256_extracti128_si256(quads[2], 1), escaped);
+        next = put_quad<7>(next, _mm256_extracti128_si256(quads[3], 1), escaped);
+    }
+    if (length == kBlockSize)
+        return next;
+    return out + length + 2 * count(escaped & ((Mask{1} << length) - 1));
+}
+
+using LongMask = std::uint64_t;
+
+// The places of those of eight bytes that are kept, from a first one on.
 struct KeptBytes {
     Byte places[256][8];
 };
-constexpr KeptBytes make_kept_bytes() {
+constexpr KeptBytes make_kept_bytes(unsigned first) {
     KeptBytes kept{};
     for (unsigned mask = 0; mask < 256; ++mask) {
         Byte* place = kept.places[mask];
         for (unsigned i = 0; i < 8; ++i) {
             if ((mask >> i & 1) != 0)
-                *place++ = static_cast<Byte>(i);
+                *place++ = static_cast<Byte>(first + i);
         }
     }
     return kept;
 }
-constexpr KeptBytes kKeptBytes = make_kept_bytes();
+constexpr KeptBytes kLowerKept = make_kept_bytes(0);
+constexpr KeptBytes kUpperKept = make_kept_bytes(8);
 
-void put_quad(Byte* out, __m128i quad, unsigned escaped) {
-    store(out, _mm_shuffle_epi8(quad, load(kQuadShuffles.places[escaped])));
+// Differences below zero are zero.
+ByteBlock less(ByteBlock bytes, int amount) {
+    return std::bit_cast<ByteBlock>(
+        _mm256_subs_epu8(as_block(bytes), _mm256_set1_epi8(static_cast<char>(amount))));
 }
 
-// Writes what becomes of all bytes; that of the first ones counts.
-Byte* encode_block(Byte* out, __m128i bytes, __m128i digits, size_t length) {
-    const __m128i low_digit = all(0x0F);
-    const __m128i plain = _mm_andnot_si128(is_equals_sign(bytes), is_printable(bytes, 0x21));
-    const unsigned escaped = ~marks(plain) & 0xFFFF;
-    const __m128i high =
-        _mm_shuffle_epi8(digits, _mm_and_si128(_mm_srli_epi16(bytes, 4), low_digit));
-    const __m128i low = _mm_shuffle_epi8(digits, _mm_and_si128(bytes, low_digit));
-    const __m128i signs = all('=');
-    const __m128i front = _mm_unpacklo_epi32(bytes, high);
-    const __m128i front_rest = _mm_unpacklo_epi32(low, signs);
-    const __m128i back = _mm_unpackhi_epi32(bytes, high);
-    const __m128i back_rest = _mm_unpackhi_epi32(low, signs);
-    // Where each quad begins follows from the mask alone, so that none waits for the one before.
-    put_quad(out, _mm_unpacklo_epi64(front, front_rest), escaped & 15);
-    put_quad(out + 4 + 2 * count(escaped & 0xF), _mm_unpackhi_epi64(front, front_rest),
-             escaped >> 4 & 15);
-    put_quad(out + 8 + 2 * count(escaped & 0xFF), _mm_unpacklo_epi64(back, back_rest),
-             escaped >> 8 & 15);
-    put_quad(out + 12 + 2 * count(escaped & 0xFFF), _mm_unpackhi_epi64(back, back_rest),
-             escaped >> 12);
-    return out + length + 2 * count(escaped & ((1u << length) - 1));
-}
+// Half a block of text to decode, and what its bytes are.
+struct QuotedHalf {
+    ByteBlock bytes;
+    ByteBlock values;        // of the digits
+    SignedByteBlock is_sign; // "="
+    LongMask signs, digits, line_feeds, printable;
 
-// Writes eight bytes, of which those that are kept count.
-Byte* put_kept(Byte* out, __m128i bytes, unsigned kept) {
-    const __m128i places =
-        _mm_loadl_epi64(reinterpret_cast<const __m128i*>(kKeptBytes.places[kept]));
-    _mm_storel_epi64(reinterpret_cast<__m128i*>(out), _mm_shuffle_epi8(bytes, places));
-    return out + count(kept);
-}
-
-using Mask = std::uint64_t;
-
-// A block of text to decode, and the two bytes behind it, which may belong to an escape. Blocks
-// follow each other at a fixed distance, so that none has to wait for the one before.
-constexpr size_t kLookAhead = 2;
-struct QuotedBlock {
-    __m256i decoded;
-    Mask kept;
-    Mask dropped_behind; // of what follows the block
-    Mask end;            // marks what cannot be decoded here
-
-    QuotedBlock(const Byte* text, Mask dropped) {
-        const __m256i bytes = load(text);
-        const __m256i first = load(text + 1);
-        const __m256i second = load(text + 2);
-        const __m256i equals_signs = _mm256_cmpeq_epi8(bytes, all('='));
-        const Mask signs = marks(equals_signs);
-        const Mask first_digits = find_digits(first);
-        const Mask second_digits = first_digits >> 1 | Mask{is_digit(text[kWideBlockSize + 1])}
-                                                           << (kWideBlockSize - 1);
-        const Mask escapes = signs & first_digits & second_digits;
-        const Mask breaks = signs & marks(_mm256_cmpeq_epi8(first, all('\n')));
-        const Mask digits_and_ends = escapes << 1 | escapes << 2 | breaks << 1;
-        const __m256i high = _mm256_and_si256(_mm256_slli_epi16(values(first), 4), all(0xF0));
-        const __m256i low = _mm256_and_si256(values(second), all(0x0F));
-        decoded = _mm256_blendv_epi8(bytes, _mm256_or_si256(high, low), equals_signs);
-        kept = ~(breaks | digits_and_ends | dropped) & kAll;
-        dropped_behind = digits_and_ends >> kWideBlockSize;
-        const Mask printable = marks(_mm256_andnot_si256(_mm256_cmpeq_epi8(bytes, all(0x7F)),
-                                                         _mm256_cmpgt_epi8(bytes, all(0x1F))));
-        end = (kept & ~printable) | (signs & ~escapes & ~breaks);
+    explicit QuotedHalf(ByteBlock text) : bytes(text), is_sign(text == '=') {
+        // Digits become 80 to 8F, all else stays below; so do 10 to 19, which are not printable.
+        const ByteBlock folded = (bytes - 1) | ('a' ^ 'A');
+        const ByteBlock decimal = less(folded + (0xFF - ('9' - 1)), 0xFF - 0x89);
+        const ByteBlock letter = less(folded + (0xFF - ('f' - 1)), 0xFF - 0x8F);
+        const ByteBlock found = decimal > letter ? decimal : letter;
+        values = found & 0x0F;
+        signs = high_bits(is_sign);
+        digits = high_bits(found);
+        line_feeds = high_bits(bytes == '\n');
+        printable = high_bits(std::bit_cast<SignedByteBlock>(bytes + 1) > 0x20);
     }
 
+    // Puts what the two bytes behind each "=" mean in its place.
+    ByteBlock decode(ByteBlock behind) const {
+        const auto high = std::bit_cast<PairBlock>(later<1>(values, behind));
+        const ByteBlock low = later<2>(values, behind);
+        return is_sign ? std::bit_cast<ByteBlock>(high << 4) | low : bytes;
+    }
+
+private:
+    // The block that begins so many bytes later.
+    template <int bytes>
+    static ByteBlock later(ByteBlock block, ByteBlock behind) {
+        const auto middle = _mm256_permute2x128_si256(as_block(block), as_block(behind), 0x21);
+        return std::bit_cast<ByteBlock>(_mm256_alignr_epi8(middle, as_block(block), bytes));
+    }
+};
+
+// What becomes of a block of text. The last eight bytes come again at the front of the next block:
+// an escape that begins before them may end there.
+constexpr size_t kDecodedBytes = kDecodedBlock - 8;
+struct DecodedBlock {
+    ByteBlock front, back;
+    LongMask kept;
+    LongMask dropped_behind; // of the front of the next block
+    LongMask end;            // marks what cannot be decoded here
+
+    DecodedBlock(ByteBlock front_text, ByteBlock back_text, LongMask dropped) {
+        const QuotedHalf first(front_text), second(back_text);
+        const LongMask printable = first.printable | second.printable << kBlockSize;
+        const LongMask digits = (first.digits | second.digits << kBlockSize) & printable;
+        const LongMask signs = (first.signs | second.signs << kBlockSize) & kCounts;
+        const LongMask line_feeds = first.line_feeds | second.line_feeds << kBlockSize;
+        const LongMask escapes = signs & digits >> 1 & digits >> 2;
+        const LongMask soft_breaks = signs & line_feeds >> 1;
+        const LongMask known = escapes | soft_breaks;
+        const LongMask behind_signs = known << 1 | escapes << 2;
+        kept = ~(soft_breaks | behind_signs | dropped) & kCounts;
+        dropped_behind = behind_signs >> kDecodedBytes;
+        end = (kept & ~printable) | (signs & ~known);
+        front = first.decode(second.values);
+        back = second.decode(ByteBlock{});
+    }
+    DecodedBlock(const Byte* text, LongMask dropped)
+        : DecodedBlock(load_block(text), load_block(text + kBlockSize), dropped) {}
+
     Byte* put(Byte* out) const {
-        const __m128i low = _mm256_castsi256_si128(decoded);
-        const __m128i high = _mm256_extracti128_si256(decoded, 1);
-        out = put_kept(out, low, kept & 0xFF);
-        out = put_kept(out, _mm_srli_si128(low, 8), kept >> 8 & 0xFF);
-        out = put_kept(out, high, kept >> 16 & 0xFF);
-        return put_kept(out, _mm_srli_si128(high, 8), kept >> 24 & 0xFF);
+        return put_half<true>(put_half<false>(out, front, kept & 0xFFFFFFFF), back,
+                              kept >> kBlockSize);
     }
 
     // Writes what becomes of the first bytes, and nothing else.
     Byte* put_front(Byte* out, size_t length) const {
-        QuotedBlock front = *this;
-        front.kept &= (Mask{1} << length) - 1;
-        Byte block[kWideBlockSize];
-        const size_t left = static_cast<size_t>(front.put(block) - block);
-        copy_short(out, block, left);
-        return out + left;
+        Byte bytes[kDecodedBlock];
+        store_block(bytes, front);
+        store_block(bytes + kBlockSize, back);
+        return put_kept(out, bytes, bytes + length, kept & ((LongMask{1} << length) - 1));
     }
 
 private:
-    static constexpr Mask kAll = (Mask{1} << kWideBlockSize) - 1;
+    static constexpr LongMask kCounts = (LongMask{1} << kDecodedBytes) - 1;
 
-    static __m256i load(const Byte* from) {
-        return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(from));
+    static __m128i load_eight(const Byte* from) {
+        return _mm_loadl_epi64(reinterpret_cast<const __m128i*>(from));
     }
-    static __m256i all(int byte) { return _mm256_set1_epi8(static_cast<char>(byte)); }
-    static Mask marks(__m256i comparison) {
-        return static_cast<unsigned>(_mm256_movemask_epi8(comparison));
+    static __m128i choose_bytes(const Byte* eight, LongMask kept) {
+        return _mm_shuffle_epi8(load_eight(eight), load_eight(kLowerKept.places[kept]));
+    }
+    static __m128i places_of(LongMask lower, LongMask upper) {
+        const __m128d places = _mm_castsi128_pd(load_eight(kLowerKept.places[lower]));
+        const auto* const others = reinterpret_cast<const double*>(kUpperKept.places[upper]);
+        return _mm_castpd_si128(_mm_loadh_pd(places, others));
     }
 
-    static bool is_digit(Byte byte) {
-        return in_range(byte, '0', '9') || in_range(byte | 0x20u, 'a', 'f');
+    // By pointers, so that the loop is not unrolled: it runs once a text.
+    [[gnu::noinline]] static Byte* put_kept(Byte* out, const Byte* bytes, const Byte* end,
+                                            LongMask kept) {
+        for (; end - bytes >= 8; bytes += 8, kept >>= 8) {
+            _mm_storel_epi64(reinterpret_cast<__m128i*>(out), choose_bytes(bytes, kept & 0xFF));
+            out += count(kept & 0xFF);
+        }
+        Byte rest[kBlockSize];
+        store(rest, choose_bytes(bytes, kept));
+        copy_short(out, rest, count(kept));
+        return out + count(kept);
     }
-    static Mask find_digits(__m256i bytes) {
-        const __m256i small = _mm256_or_si256(bytes, all(0x20));
-        const __m256i decimal = _mm256_and_si256(_mm256_cmpgt_epi8(bytes, all('0' - 1)),
-                                                 _mm256_cmpgt_epi8(all('9' + 1), bytes));
-        const __m256i letters = _mm256_and_si256(_mm256_cmpgt_epi8(small, all('a' - 1)),
-                                                 _mm256_cmpgt_epi8(all('f' + 1), small));
-        return marks(_mm256_or_si256(decimal, letters));
+
+    // Writes eight bytes at a time, of which those that are kept count.
+    template <bool is_back>
+    static Byte* put_half(Byte* out, ByteBlock bytes, LongMask kept) {
+        const LongMask masks[] = {kept & 0xFF, kept >> 8 & 0xFF, kept >> 16 & 0xFF, kept >> 24};
+        const __m256i places =
+            _mm256_set_m128i(places_of(masks[2], masks[3]), places_of(masks[0], masks[1]));
+        const __m256i chosen = _mm256_shuffle_epi8(as_block(bytes), places);
+        const __m128i low = _mm256_castsi256_si128(chosen);
+        const __m128i high = _mm256_extracti128_si256(chosen, 1);
+        out = put_upper(put_lower(out, low, masks[0]), low, masks[1]);
+        out = put_lower(out, high, masks[2]);
+        return is_back ? out : put_upper(out, high, masks[3]);
     }
-    // The values of digits in the low halves of the bytes; the high halves mean nothing.
-    static __m256i values(__m256i digits) {
-        const __m256i letters = _mm256_cmpgt_epi8(digits, all('9'));
-        return _mm256_add_epi8(digits, _mm256_and_si256(letters, all(9)));
+    static Byte* put_lower(Byte* out, __m128i chosen, LongMask kept) {
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(out), chosen);
+        return out + count(kept);
+    }
+    static Byte* put_upper(Byte* out, __m128i chosen, LongMask kept) {
+        _mm_storeh_pd(reinterpret_cast<double*>(out), _mm_castsi128_pd(chosen));
+        return out + count(kept);
     }
 };
 
 } // namespace
 
 Converted wide_encode_quoted(Source source, Byte* out) {
-    const __m128i digits = load(reinterpret_cast<const Byte*>("0123456789ABCDEF"));
     for (; source.left() >= kQuotedBlock; source.next += kQuotedBlock)
-        out = encode_block(out, load(source.next), digits, kQuotedBlock);
-    if (source.next != source.end) {
-        Byte rest[kQuotedBlock] = {};
-        copy_short(rest, source.next, source.left());
-        out = encode_block(out, load(rest), digits, source.left());
-    }
+        out = encode_block(out, load_block(source.next), kQuotedBlock);
+    if (source.next != source.end)
+        out = encode_block(out, load_last_block(source.next, source.end), source.left());
     return {source.end, out};
 }
 
-Converted wide_decode_quoted(Source source, Byte* out) {
-    Mask dropped = 0; // of the front of the block, what belongs to an escape before it
-    while (source.left() >= kWideBlockSize + kLookAhead) {
-        const QuotedBlock block(source.next, dropped);
+Converted wide_decode_quoted(Source source, Byte* out, const bool& is_last) {
+    LongMask dropped = 0; // of the front of what is left, what belongs to an escape before it
+    for (;;) {
+        bool is_whole = source.left() >= kDecodedBlock;
+        if (!is_whole && !is_last)
+            return {source.next + count(dropped), out};
+        const Byte* const behind = source.next + kBlockSize;
+        DecodedBlock block(
+            is_whole ? load_block(source.next) : load_last_block(source.next, source.end),
+            is_whole ? load_block(behind) : load_last_block(behind, source.end), dropped);
         if (block.end != 0) {
             const size_t length = static_cast<size_t>(__builtin_ctzll(block.end));
             return {source.next + length, block.put_front(out, length)};
         }
-        out = block.put(out);
-        source.next += kWideBlockSize;
-        dropped = block.dropped_behind;
+        if (!is_whole)
+            return {source.next + kDecodedBytes + count(block.dropped_behind),
+                    block.put_front(out, kDecodedBytes)};
+        // A block is looked through while the one before is written: neither waits for the other.
+        const Byte* const last = source.end - kDecodedBlock;
+        do {
+            source.next += kDecodedBytes;
+            dropped = block.dropped_behind;
+            is_whole = source.next <= last;
+            const DecodedBlock next(is_whole ? source.next : last, dropped);
+            out = block.put(out);
+            block = next;
+        } while (is_whole && block.end == 0);
     }
-    Byte rest[2 * kWideBlockSize] = {};
-    const size_t left = source.left();
-    copy_short(rest, source.next, left < kWideBlockSize ? left : kWideBlockSize);
-    if (left > kWideBlockSize)
-        rest[kWideBlockSize] = source.next[kWideBlockSize];
-    const QuotedBlock block(rest, dropped);
-    // Zeros end it, if not what cannot be decoded.
-    const bool is_whole = block.end == 0;
-    const size_t length =
-        is_whole ? kWideBlockSize : static_cast<size_t>(__builtin_ctzll(block.end));
-    const size_t behind =
-        is_whole ? static_cast<size_t>(__builtin_popcountll(block.dropped_behind)) : 0;
-    return {source.next + length + behind, block.put_front(out, length)};
 }
 
 } // namespace zv

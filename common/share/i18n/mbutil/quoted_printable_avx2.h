@@ -6,18 +6,21 @@
 namespace zv {
 
 // Quoted-printable for processors with AVX2, by blocks of source.
-inline constexpr size_t kQuotedBlock = 16;
+inline constexpr size_t kQuotedBlock = kWideBlockSize;
+inline constexpr size_t kDecodedBlock = 64;
 
 #ifdef ZVUTIL_AVX2
-// Encodes a text; the result may be followed by up to 3 * kQuotedBlock bytes that mean nothing.
+// Encodes a text of half a block at least; the result may be followed by up to 3 * kQuotedBlock
+// bytes that mean nothing.
 Converted wide_encode_quoted(Source source, Byte* out);
 
-// Decodes plain bytes, escapes and soft line breaks, and stops at what is none of these or nearly
-// at the end. Writes no more than it has read, and the output may stand where the source does.
-Converted wide_decode_quoted(Source source, Byte* out);
+// Decodes plain bytes, escapes and soft line breaks, and stops at what is none of these. Less than
+// a block is decoded only where the text ends behind it. Writes no more than it has read, and the
+// output may stand where the source does.
+Converted wide_decode_quoted(Source source, Byte* out, const bool& is_last);
 #else
 inline constexpr Kernel wide_encode_quoted = nullptr;
-inline constexpr Kernel wide_decode_quoted = nullptr;
+inline constexpr WideKernel<const bool>::Function wide_decode_quoted = nullptr;
 #endif
 
 } // namespace zv
