@@ -1,6 +1,6 @@
 // Big5 and EUC-TW: the table's rows character by character, the room, and the way back.
 #include "input.h"
-#include "support/big5_cns_model.h"
+#include "models/big5_cns_model.h"
 
 using fuzz::same;
 

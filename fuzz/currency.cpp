@@ -1,6 +1,6 @@
 // Currency lists: any text gives what the model reads, and what was read survives being written.
 #include "input.h"
-#include "support/currency_model.h"
+#include "models/currency_model.h"
 
 using fuzz::same;
 

@@ -1,18 +1,16 @@
 #ifndef ZVUTIL_FUZZ_INPUT_H
 #define ZVUTIL_FUZZ_INPUT_H
 
-#include <sanitizer/allocator_interface.h>
-
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <type_traits>
 #include <utility>
+
+#include "memory.h"
 
 namespace fuzz {
 
@@ -48,27 +46,6 @@ private:
     std::string_view left_;
 };
 
-// A heap block of exactly that room, whose ends the address sanitizer guards.
-class Room {
-public:
-    explicit Room(size_t size) : block_(new char[size]) { memset(block_.get(), '#', size); }
-    char* data() { return block_.get(); }
-    const unsigned char* bytes() const { return reinterpret_cast<unsigned char*>(block_.get()); }
-    // The string that stands at the front of the room.
-    std::string text() const { return block_.get(); }
-
-private:
-    std::unique_ptr<char[]> block_;
-};
-
-// A string whose terminator is the last byte of its block.
-class Text : public Room {
-public:
-    explicit Text(std::string_view text) : Room(text.size() + 1) {
-        data()[text.copy(data(), text.size())] = '\0';
-    }
-};
-
 void print(const char* label, const auto& value) {
     std::fputs(label, stderr);
     if constexpr (std::is_integral_v<std::remove_cvref_t<decltype(value)>>)
@@ -94,19 +71,9 @@ inline const auto same = [](const auto& actual, const auto& expected, const char
     require(equal, property);
 };
 
-inline constinit thread_local size_t allocations = 0;
-
 // Runs what promises to take no memory.
-auto without_memory(auto action, const char* function) {
-    static const bool counting = [] {
-        const auto count = [](const volatile void*, size_t) { ++allocations; };
-        const auto ignore = [](const volatile void*) {};
-        return __sanitizer_install_malloc_and_free_hooks(count, ignore) != 0;
-    }();
-    require(counting, "allocations are counted");
-    const size_t before = allocations;
-    action();
-    same(allocations, before, function);
+void without_memory(auto action, const char* function) {
+    if (takes_memory(action)) std::fputs("\nTakes memory", stderr), require(false, function);
 }
 
 // What a function (const char* source, char* output) writes into exactly that room.

@@ -1,6 +1,6 @@
 // The Japanese converters: their rules and their room, and the way back.
 #include "input.h"
-#include "support/japanese_model.h"
+#include "models/japanese_model.h"
 
 using fuzz::same;
 

@@ -1,6 +1,6 @@
 // Sequences of list operations, against a vector with a cursor.
 #include "input.h"
-#include "support/list_model.h"
+#include "models/list_model.h"
 
 using fuzz::same;
 

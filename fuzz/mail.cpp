@@ -2,8 +2,8 @@
 #include <optional>
 
 #include "input.h"
-#include "support/mail_model.h"
-#include "support/strings_model.h"
+#include "models/mail_model.h"
+#include "models/strings_model.h"
 
 using fuzz::same;
 

@@ -23,6 +23,15 @@ void check_locale(const std::string& locale) {
     same(mbGetCodeSet(page.c_str()) == ZV_WESTERN, page == "WESTERN" || page == "UTF8", "page");
 }
 
+// The ten digits come first and follow each other in every code set.
+void check_digits(const MbToSbNumber* table, const char* zero) {
+    for (int i = 0; i < 10; ++i) {
+        const std::string digit = {zero[0], static_cast<char>(zero[1] + i)};
+        same(std::string(reinterpret_cast<const char*>(table[i].mb)), digit, "full-width digit");
+        same(table[i].sb, '0' + i, "ASCII digit");
+    }
+}
+
 // A character that the table has becomes one byte, all others stay.
 std::string model_of_numbers(const std::string& text, const MbToSbNumber* row) {
     std::string out;
@@ -39,16 +48,23 @@ std::string model_of_numbers(const std::string& text, const MbToSbNumber* row) {
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    const std::pair<int, const MbToSbNumber*> tables[] = {
-        {ZV_SJIS, Mb2SbNumberTableInSJIS}, {ZV_EUC, Mb2SbNumberTableInEUC},
-        {ZV_GB, Mb2SbNumberTableInGB},     {ZV_KSC_5601_92, Mb2SbNumberTableInKSC92},
-        {ZV_BIG5, Mb2SbNumberTableInBIG5}, {ZV_EUC_H, Mb2SbNumberTableInEUC_H}};
+    const struct {
+        int code_set;
+        const MbToSbNumber* rows;
+        const char* zero;
+    } tables[] = {{ZV_SJIS, Mb2SbNumberTableInSJIS, "\x82\x4F"},
+                  {ZV_EUC, Mb2SbNumberTableInEUC, "\xA3\xB0"},
+                  {ZV_GB, Mb2SbNumberTableInGB, "\xA3\xB0"},
+                  {ZV_KSC_5601_92, Mb2SbNumberTableInKSC92, "\xA3\xB0"},
+                  {ZV_BIG5, Mb2SbNumberTableInBIG5, "\xA2\xAF"},
+                  {ZV_EUC_H, Mb2SbNumberTableInEUC_H, "\xA2\xAF"}};
     fuzz::Input input(data, size);
-    const auto& [code_set, table] = input.one_of(tables);
-    InitMbutilExt(code_set);
+    const auto& table = input.one_of(tables);
+    InitMbutilExt(table.code_set);
+    check_digits(table.rows, table.zero);
     check_locale(input.text());
     const std::string text = input.text();
     same(convert_in_room(ConvertMBNumberToSBNumber, text, text.size() + 1, "numbers"),
-         model_of_numbers(text, table), "ConvertMBNumberToSBNumber");
+         model_of_numbers(text, table.rows), "ConvertMBNumberToSBNumber");
     return 0;
 }

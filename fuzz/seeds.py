@@ -18,6 +18,8 @@ single = [texts["russian.8859-5.txt"], texts["polish.8859-2.txt"]]
 mixed = b"ab,AZ\n\a\x81\x82\xA0\xA1\xA2\x8E\x8F\xB0[\xE1\xFE\xFF\\~"
 katakana = bytes(range(0xA1, 0xE0))
 declaration = b'<?xml version="1.0" encoding="x" standalone="yes"?>  <r/>'
+# The digit zero where the tables of digits have it.
+zeros = [(0x82, 0x4F), *[(0xA3, 0xB0)] * 3, *[(0xA2, 0xAF)] * 2]
 
 
 def sequence(size):
@@ -63,7 +65,11 @@ seeds = {
     "list": [bytes([capacity]) + sequence(400) for capacity in range(8)],
     "streams": [bytes([mode, limit]) + sequence(300) for mode in range(5) for limit in (0, 1)],
     "names": [
-        b"\1de_DE.ISO8859-15@euro\0\xA3\xB0", b"\3zh_TW.BIG5\0\xA2\xAF", b"\2ja@x\0\x82\x4F"],
+        bytes([table]) + locale + b"\0" + b"".join(
+            bytes([row, first + i]) for row, first in (zero, (0xA1, 0xA1), (0xA1, 0x40)) for i in range(16))
+        for table, zero in enumerate(zeros)
+        for locale in (b"de_DE.ISO8859-15@euro", b"zh_TW.BIG5", b"ja@x")
+    ],
     "configuration": [
         b"Key:\0Key: value \t\r\nServer-directory:   /db/dir  \r\n",
         b"K\0" + b"v" * 283 + b"K piece\nK" + b"w" * 300 + b"\nServer-directory:/a\0b\n",

@@ -3,8 +3,8 @@
 #include <sys/stat.h>
 
 #include "input.h"
+#include "models/stream_model.h"
 #include "support/folder.h"
-#include "support/stream_model.h"
 
 using fuzz::same;
 

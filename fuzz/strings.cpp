@@ -1,7 +1,7 @@
 // Scanners and string operations in every code set, against the plainest statements of them.
 #include "input.h"
-#include "support/character_rules.h"
-#include "support/strings_model.h"
+#include "models/character_rules.h"
+#include "models/strings_model.h"
 
 using fuzz::same;
 

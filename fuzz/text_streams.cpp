@@ -3,8 +3,8 @@
 
 #include "input.h"
 #include "mbutil.h"
+#include "models/strings_model.h"
 #include "support/folder.h"
-#include "support/strings_model.h"
 
 using fuzz::same;
 

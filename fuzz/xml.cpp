@@ -1,6 +1,6 @@
 // The encoding declaration of documents, cut and joined as strings.
 #include "input.h"
-#include "support/strings_model.h"
+#include "models/strings_model.h"
 #include "zvosutil.h"
 
 namespace {

@@ -4,7 +4,7 @@
 #include <cstring>
 
 #include "jaconv.h"
-#include "support/big5_cns_model.h"
+#include "models/big5_cns_model.h"
 #include "support/guarded.h"
 #include "support/oracle.h"
 #include "support/texts.h"

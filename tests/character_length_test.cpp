@@ -2,7 +2,7 @@
 
 #include "jaconv.h"
 #include "mbutil.h"
-#include "support/character_rules.h"
+#include "models/character_rules.h"
 #include "support/guarded.h"
 #include "support/texts.h"
 

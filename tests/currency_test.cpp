@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "mbutil.h"
-#include "support/currency_model.h"
+#include "models/currency_model.h"
 #include "support/guarded.h"
 #include "support/texts.h"
 #include "zvosutil.h"

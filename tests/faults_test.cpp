@@ -4,11 +4,11 @@
 #include <cstring>
 #include <memory>
 
+#include "faults/faults.h"
 #include "jaconv.h"
 #include "list.h"
 #include "mbutil.h"
 #include "osutils.h"
-#include "support/faults.h"
 #include "support/folder.h"
 #include "support/texts.h"
 
@@ -226,7 +226,8 @@ const struct Operation {
      }},
 };
 
-constexpr unsigned kAll = kMemory | kOpen | kRead | kWrite | kSeek | kLock | kUnlock | kStatus;
+constexpr unsigned kAll =
+    kMemory | kOpen | kRead | kWrite | kSeek | kLock | kUnlock | kStatus | kSync;
 constexpr Fault kFaults[] = {
     kNoMemory,
     {"no memory from there on", kMemory, ENOMEM, kForever},
@@ -246,6 +247,7 @@ constexpr Fault kFaults[] = {
     {"no unlocking", kUnlock, ENOLCK},
     {"no status", kStatus, EIO},
     {"no truncation", kTruncate, EIO},
+    {"no synchronisation", kSync, EIO},
     {"broken disk", kAll, EIO, kForever},
 };
 

@@ -7,9 +7,9 @@
 #include <list>
 #include <set>
 
+#include "faults/faults.h"
 #include "osutils.h"
 #include "support/child.h"
-#include "support/faults.h"
 #include "support/folder.h"
 #include "support/guarded.h"
 

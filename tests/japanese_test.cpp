@@ -2,8 +2,8 @@
 
 #include "jaconv.h"
 #include "mbutil.h"
+#include "models/japanese_model.h"
 #include "support/guarded.h"
-#include "support/japanese_model.h"
 #include "support/oracle.h"
 #include "support/texts.h"
 

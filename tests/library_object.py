@@ -1,6 +1,6 @@
 """Checks the built shared object: what it exports, what it needs, what it holds where.
 
-usage: library_object.py LIBRARY VERSION_SCRIPT TEST_FOLDER BUILD_TYPE COMPILER
+usage: library_object.py LIBRARY VERSION_SCRIPT SOURCE_FOLDER BUILD_TYPE COMPILER
 """
 import pathlib
 import re
@@ -8,7 +8,7 @@ import subprocess
 import sys
 import tempfile
 
-library, version_script, tests, build_type, compiler = sys.argv[1:]
+library, version_script, sources, build_type, compiler = sys.argv[1:]
 failures = []
 
 
@@ -68,7 +68,8 @@ if build_type == "Release" and compiler == "GNU":  # as it is shipped
         size = pathlib.Path(stripped.name).stat().st_size
         check(size <= 250 * 1024, f"{size} bytes stripped")
 
-tested = "".join(path.read_text() for path in pathlib.Path(tests).rglob("*.[ch]*"))
+tested = "".join(path.read_text() for folder in ("tests", "fuzz")
+                 for path in (pathlib.Path(sources) / folder).rglob("*.[ch]*"))
 for name in sorted(wanted):
     check(re.search(rf"\b{name}\b", tested), f"no test names {name}")
 

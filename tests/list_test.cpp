@@ -4,9 +4,9 @@
 #include <random>
 #include <tuple>
 
+#include "faults/faults.h"
 #include "list.h"
-#include "support/faults.h"
-#include "support/list_model.h"
+#include "models/list_model.h"
 
 namespace {
 

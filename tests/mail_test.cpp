@@ -4,11 +4,11 @@
 #include <cstring>
 #include <optional>
 
+#include "faults/faults.h"
 #include "mbutil.h"
-#include "support/faults.h"
+#include "models/mail_model.h"
 #include "support/folder.h"
 #include "support/guarded.h"
-#include "support/mail_model.h"
 #include "support/oracle.h"
 #include "support/texts.h"
 

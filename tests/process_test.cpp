@@ -8,9 +8,9 @@
 #include <cstring>
 #include <ctime>
 
+#include "faults/faults.h"
 #include "osutils.h"
 #include "support/child.h"
-#include "support/faults.h"
 #include "support/guarded.h"
 #include "support/oracle.h"
 #include "support/private_host.h"

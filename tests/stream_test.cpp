@@ -7,9 +7,9 @@
 #include <climits>
 #include <tuple>
 
+#include "models/stream_model.h"
 #include "support/folder.h"
 #include "support/guarded.h"
-#include "support/stream_model.h"
 #include "support/texts.h"
 #include "zvstdio.h"
 

@@ -4,8 +4,8 @@
 #include <cstring>
 
 #include "mbutil.h"
+#include "models/strings_model.h"
 #include "support/guarded.h"
-#include "support/strings_model.h"
 #include "support/texts.h"
 
 namespace {

@@ -4,10 +4,10 @@
 
 #include "jaconv.h"
 #include "mbutil.h"
+#include "models/strings_model.h"
 #include "support/folder.h"
 #include "support/guarded.h"
 #include "support/oracle.h"
-#include "support/strings_model.h"
 #include "support/texts.h"
 
 namespace {

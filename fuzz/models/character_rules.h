@@ -1,5 +1,5 @@
-#ifndef ZVUTIL_TESTS_CHARACTER_RULES_H
-#define ZVUTIL_TESTS_CHARACTER_RULES_H
+#ifndef ZVUTIL_FUZZ_CHARACTER_RULES_H
+#define ZVUTIL_FUZZ_CHARACTER_RULES_H
 
 #include <algorithm>
 #include <string>

@@ -1,5 +1,5 @@
-#ifndef ZVUTIL_TESTS_MAIL_MODEL_H
-#define ZVUTIL_TESTS_MAIL_MODEL_H
+#ifndef ZVUTIL_FUZZ_MAIL_MODEL_H
+#define ZVUTIL_FUZZ_MAIL_MODEL_H
 
 #include <cstdio>
 #include <string>

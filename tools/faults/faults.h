@@ -1,5 +1,5 @@
-#ifndef ZVUTIL_TESTS_FAULTS_H
-#define ZVUTIL_TESTS_FAULTS_H
+#ifndef ZVUTIL_TOOLS_FAULTS_H
+#define ZVUTIL_TOOLS_FAULTS_H
 
 #include <cerrno>
 #include <climits>
@@ -7,7 +7,7 @@
 
 namespace test {
 
-// A test built with support/faults.cpp has its own malloc(), read() and so on, which the whole
+// A program that is linked with this has its own malloc(), read() and so on, which the whole
 // process uses and which fail when they are told to. They count by thread.
 
 enum Calls : unsigned {
@@ -20,6 +20,7 @@ enum Calls : unsigned {
     kUnlock = 64,
     kStatus = 128,
     kTruncate = 256,
+    kSync = 512,
 };
 
 struct Fault {

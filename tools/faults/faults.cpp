@@ -1,4 +1,4 @@
-#include "support/faults.h"
+#include "faults/faults.h"
 
 #include <dirent.h>
 #include <dlfcn.h>
@@ -100,6 +100,7 @@ FAULTY(off_t, lseek, kSeek, -1, (int fd, off_t place, int whence) noexcept, (fd,
 FAULTY(int, fstat, kStatus, -1, (int fd, struct stat* to) noexcept, (fd, to))
 FAULTY(int, stat, kStatus, -1, (const char* path, struct stat* to) noexcept, (path, to))
 FAULTY(int, ftruncate, kTruncate, -1, (int fd, off_t size) noexcept, (fd, size))
+FAULTY(int, fsync, kSync, -1, (int fd), (fd))
 
 extern "C" ssize_t read(int fd, void* to, size_t size) {
     NEXT(read);

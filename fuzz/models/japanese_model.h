@@ -1,5 +1,5 @@
-#ifndef ZVUTIL_TESTS_JAPANESE_MODEL_H
-#define ZVUTIL_TESTS_JAPANESE_MODEL_H
+#ifndef ZVUTIL_FUZZ_JAPANESE_MODEL_H
+#define ZVUTIL_FUZZ_JAPANESE_MODEL_H
 
 #include <string>
 #include <string_view>

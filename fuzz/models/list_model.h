@@ -1,5 +1,5 @@
-#ifndef ZVUTIL_TESTS_LIST_MODEL_H
-#define ZVUTIL_TESTS_LIST_MODEL_H
+#ifndef ZVUTIL_FUZZ_LIST_MODEL_H
+#define ZVUTIL_FUZZ_LIST_MODEL_H
 
 #include <algorithm>
 #include <cstdint>

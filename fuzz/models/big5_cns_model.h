@@ -1,5 +1,5 @@
-#ifndef ZVUTIL_TESTS_BIG5_CNS_MODEL_H
-#define ZVUTIL_TESTS_BIG5_CNS_MODEL_H
+#ifndef ZVUTIL_FUZZ_BIG5_CNS_MODEL_H
+#define ZVUTIL_FUZZ_BIG5_CNS_MODEL_H
 
 #include <map>
 #include <span>

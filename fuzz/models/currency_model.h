@@ -1,5 +1,5 @@
-#ifndef ZVUTIL_TESTS_CURRENCY_MODEL_H
-#define ZVUTIL_TESTS_CURRENCY_MODEL_H
+#ifndef ZVUTIL_FUZZ_CURRENCY_MODEL_H
+#define ZVUTIL_FUZZ_CURRENCY_MODEL_H
 
 #include <climits>
 #include <cstdlib>

@@ -1,0 +1,74 @@
+#ifndef ZVUTIL_FUZZ_MEMORY_H
+#define ZVUTIL_FUZZ_MEMORY_H
+
+#include <cstddef>
+
+#ifdef ZVUTIL_ADDRESS_SANITIZER
+// As in <sanitizer/allocator_interface.h>, which GCC leaves out.
+extern "C" int __sanitizer_install_malloc_and_free_hooks(void (*)(const volatile void*, size_t),
+                                                         void (*)(const volatile void*));
+#else
+#include "faults/faults.h"
+#include "support/guarded.h"
+#endif
+
+#include <cstring>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace fuzz {
+
+#ifdef ZVUTIL_ADDRESS_SANITIZER
+
+// A heap block of exactly that room, whose ends the address sanitizer guards.
+class Room {
+public:
+    explicit Room(size_t size) : block_(new char[size]) { memset(block_.get(), '#', size); }
+    char* data() { return block_.get(); }
+    const unsigned char* bytes() const { return reinterpret_cast<unsigned char*>(block_.get()); }
+    // The string that stands at the front of the room.
+    std::string text() const { return block_.get(); }
+
+private:
+    std::unique_ptr<char[]> block_;
+};
+
+// A string whose terminator is the last byte of its block.
+class Text : public Room {
+public:
+    explicit Text(std::string_view text) : Room(text.size() + 1) {
+        data()[text.copy(data(), text.size())] = '\0';
+    }
+};
+
+inline constinit thread_local size_t allocations = 0;
+
+bool takes_memory(auto action) {
+    static const bool counting = [] {
+        const auto count = [](const volatile void*, size_t) { ++allocations; };
+        const auto ignore = [](const volatile void*) {};
+        return __sanitizer_install_malloc_and_free_hooks(count, ignore) != 0;
+    }();
+    const size_t before = allocations;
+    action();
+    return !counting || allocations != before;
+}
+
+#else
+
+// Memory that ends at an inaccessible page.
+using Room = test::GuardedRoom;
+using Text = test::GuardedText;
+
+bool takes_memory(auto action) {
+    test::inject(1);
+    action();
+    return test::inject(0);
+}
+
+#endif
+
+} // namespace fuzz
+
+#endif
