@@ -24,8 +24,8 @@ size_t count(std::uint64_t mask) {
     return static_cast<size_t>(__builtin_popcountll(mask));
 }
 
-// The 16 bytes of a text from a place on, zeros behind its end. The text is no shorter than this.
-__m128i load_last(const Byte* from, const Byte* end) {
+// The bytes that are left of a text, zeros behind its end. The whole text is no shorter than this.
+__m128i load_last(const Byte* end, size_t left) {
     constexpr size_t kSize = sizeof(__m128i);
     static constexpr struct Places {
         Byte places[2 * kSize];
@@ -34,14 +34,15 @@ __m128i load_last(const Byte* from, const Byte* end) {
                 places[i] = static_cast<Byte>(i < kSize ? i : 0x80);
         }
     } kPlaces;
-    const Byte* const start = from < end - kSize ? from : end - kSize;
-    const size_t cut = static_cast<size_t>(from - start);
-    return _mm_shuffle_epi8(load(start), load(kPlaces.places + (cut < kSize ? cut : kSize)));
+    const size_t taken = left < kSize ? kSize : left;
+    return _mm_shuffle_epi8(load(end - taken), load(kPlaces.places + (taken - left)));
 }
-ByteBlock load_last_block(const Byte* from, const Byte* end) {
-    constexpr size_t kHalf = kBlockSize / 2;
+size_t left_behind(size_t left, size_t length) {
+    return left < length ? 0 : left - length;
+}
+ByteBlock load_last_block(const Byte* end, size_t left) {
     return std::bit_cast<ByteBlock>(
-        _mm256_set_m128i(load_last(from + kHalf, end), load_last(from, end)));
+        _mm256_set_m128i(load_last(end, left_behind(left, sizeof(__m128i))), load_last(end, left)));
 }
 
 // How four bytes are encoded, of which some are escaped: where each byte of the result stands in a
@@ -150,10 +151,10 @@ struct QuotedHalf {
     LongMask signs, digits, line_feeds, printable;
 
     explicit QuotedHalf(ByteBlock text) : bytes(text), is_sign(text == '=') {
-        // Digits become 80 to 8F, all else stays below; so do 10 to 19, which are not printable.
-        const ByteBlock folded = (bytes - 1) | ('a' ^ 'A');
-        const ByteBlock decimal = less(folded + (0xFF - ('9' - 1)), 0xFF - 0x89);
-        const ByteBlock letter = less(folded + (0xFF - ('f' - 1)), 0xFF - 0x8F);
+        // Digits become 80 to 8F, all else stays below.
+        const ByteBlock small_before = (bytes - 1) | ('a' ^ 'A');
+        const ByteBlock decimal = less(bytes + (0xFF - '9'), 0xFF - 0x89);
+        const ByteBlock letter = less(small_before + (0xFF - ('f' - 1)), 0xFF - 0x8F);
         const ByteBlock found = decimal > letter ? decimal : letter;
         values = found & 0x0F;
         signs = high_bits(is_sign);
@@ -178,9 +179,9 @@ private:
     }
 };
 
-// What becomes of a block of text. The last eight bytes come again at the front of the next block:
-// an escape that begins before them may end there.
-constexpr size_t kDecodedBytes = kDecodedBlock - 8;
+// What becomes of a block of text. Its last two bytes may belong to an escape that begins before
+// them, and come again at the front of the next block.
+constexpr size_t kDecodedBytes = kDecodedBlock - 2;
 struct DecodedBlock {
     ByteBlock front, back;
     LongMask kept;
@@ -190,7 +191,7 @@ struct DecodedBlock {
     DecodedBlock(ByteBlock front_text, ByteBlock back_text, LongMask dropped) {
         const QuotedHalf first(front_text), second(back_text);
         const LongMask printable = first.printable | second.printable << kBlockSize;
-        const LongMask digits = (first.digits | second.digits << kBlockSize) & printable;
+        const LongMask digits = first.digits | second.digits << kBlockSize;
         const LongMask signs = (first.signs | second.signs << kBlockSize) & kCounts;
         const LongMask line_feeds = first.line_feeds | second.line_feeds << kBlockSize;
         const LongMask escapes = signs & digits >> 1 & digits >> 2;
@@ -201,14 +202,14 @@ struct DecodedBlock {
         dropped_behind = behind_signs >> kDecodedBytes;
         end = (kept & ~printable) | (signs & ~known);
         front = first.decode(second.values);
-        back = second.decode(ByteBlock{});
+        back = second.decode(second.values); // what stands behind it makes no difference
     }
     DecodedBlock(const Byte* text, LongMask dropped)
         : DecodedBlock(load_block(text), load_block(text + kBlockSize), dropped) {}
 
+    // May write over two bytes of the next block where the output stands where the source does.
     Byte* put(Byte* out) const {
-        return put_half<true>(put_half<false>(out, front, kept & 0xFFFFFFFF), back,
-                              kept >> kBlockSize);
+        return put_half(put_half(out, front, kept & 0xFFFFFFFF), back, kept >> kBlockSize);
     }
 
     // Writes what becomes of the first bytes, and nothing else.
@@ -248,7 +249,6 @@ private:
     }
 
     // Writes eight bytes at a time, of which those that are kept count.
-    template <bool is_back>
     static Byte* put_half(Byte* out, ByteBlock bytes, LongMask kept) {
         const LongMask masks[] = {kept & 0xFF, kept >> 8 & 0xFF, kept >> 16 & 0xFF, kept >> 24};
         const __m256i places =
@@ -258,7 +258,7 @@ private:
         const __m128i high = _mm256_extracti128_si256(chosen, 1);
         out = put_upper(put_lower(out, low, masks[0]), low, masks[1]);
         out = put_lower(out, high, masks[2]);
-        return is_back ? out : put_upper(out, high, masks[3]);
+        return put_upper(out, high, masks[3]);
     }
     static Byte* put_lower(Byte* out, __m128i chosen, LongMask kept) {
         _mm_storel_epi64(reinterpret_cast<__m128i*>(out), chosen);
@@ -276,7 +276,7 @@ Converted wide_encode_quoted(Source source, Byte* out) {
     for (; source.left() >= kQuotedBlock; source.next += kQuotedBlock)
         out = encode_block(out, load_block(source.next), kQuotedBlock);
     if (source.next != source.end)
-        out = encode_block(out, load_last_block(source.next, source.end), source.left());
+        out = encode_block(out, load_last_block(source.end, source.left()), source.left());
     return {source.end, out};
 }
 
@@ -286,10 +286,11 @@ Converted wide_decode_quoted(Source source, Byte* out, const bool& is_last) {
         bool is_whole = source.left() >= kDecodedBlock;
         if (!is_whole && !is_last)
             return {source.next + count(dropped), out};
-        const Byte* const behind = source.next + kBlockSize;
         DecodedBlock block(
-            is_whole ? load_block(source.next) : load_last_block(source.next, source.end),
-            is_whole ? load_block(behind) : load_last_block(behind, source.end), dropped);
+            is_whole ? load_block(source.next) : load_last_block(source.end, source.left()),
+            is_whole ? load_block(source.next + kBlockSize)
+                     : load_last_block(source.end, left_behind(source.left(), kBlockSize)),
+            dropped);
         if (block.end != 0) {
             const size_t length = static_cast<size_t>(__builtin_ctzll(block.end));
             return {source.next + length, block.put_front(out, length)};
@@ -299,14 +300,17 @@ Converted wide_decode_quoted(Source source, Byte* out, const bool& is_last) {
                     block.put_front(out, kDecodedBytes)};
         // A block is looked through while the one before is written: neither waits for the other.
         const Byte* const last = source.end - kDecodedBlock;
-        do {
+        for (;;) {
             source.next += kDecodedBytes;
             dropped = block.dropped_behind;
             is_whole = source.next <= last;
             const DecodedBlock next(is_whole ? source.next : last, dropped);
+            if (!is_whole || next.end != 0)
+                break;
             out = block.put(out);
             block = next;
-        } while (is_whole && block.end == 0);
+        }
+        out = block.put_front(out, kDecodedBytes);
     }
 }
 
