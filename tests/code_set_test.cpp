@@ -2,6 +2,7 @@
 
 #include <clocale>
 #include <cstdlib>
+#include <functional>
 
 #include "mbutil.h"
 #include "support/guarded.h"
@@ -42,6 +43,22 @@ TEST(CurrentCodeSet, ComesFromRealLocalesOnFirstUse) {
     }
     EXPECT_EQ(test::in_fresh_locale("pl_PL", mixed), ZV_EUC) << "the character type decides";
     EXPECT_EQ(test::in_fresh_locale("ja_JP.eucJP", mbGetLocaleCodeSet), 0) << "adopts nothing";
+}
+
+TEST(CurrentCodeSet, IsAdoptedByWhatNeedsItAlone) {
+    char out[8];
+    EXPECT_FALSE(mbGetMIMECodeSet(nullptr) || mbGetMIMECodeSet(""));
+    EXPECT_EQ(mbidxtype("a\x82\xA0", 2, ZV_SJIS), 1u) << "walks by characters";
+    EXPECT_STREQ(convertFromQuotedPrintable(out, "a\x80."), "a.");
+    EXPECT_STREQ(UnixCodingToWindowsCodingExt("\xB0\xA1", out), "\xB0\xA1");
+    EXPECT_EQ(MBUTIL_Initialized, 0);
+    const std::function<void()> adopting[] = {[&] { mbGetMIMECodeSet("x"); },
+                                              [&] { convertFromQuotedPrintable(out, "=4G"); },
+                                              [&] { convertFromQuotedPrintable(out, "=41"); }};
+    for (const auto& use : adopting) {
+        const auto code_set = [&] { return use(), InitMbutilExt(0); };
+        EXPECT_EQ(test::in_fresh_locale("ja_JP.eucJP", code_set), ZV_EUC);
+    }
 }
 
 TEST(CodeSetNames, SubstringsDecideInOrder) {
@@ -90,10 +107,11 @@ TEST(CodeSetNames, CorrectedLocaleNamesTheWindowsCodePage) {
     }
     const std::string long_name = std::string(96, 'x') + ".8859-1";
     EXPECT_EQ(corrected(long_name), long_name);
-    const auto japanese = [] { return setlocale(LC_ALL, ""), int(corrected("ja@x") == "ja.ja@x"); };
-    const auto polish = [] { return setlocale(LC_ALL, ""), int(corrected("pl") == "pl.cp1250"); };
-    EXPECT_EQ(test::in_fresh_locale("ja_JP.eucJP", japanese), 1);
-    EXPECT_EQ(test::in_fresh_locale("pl_PL", polish), 1);
+    for (const auto& [lang, name] :
+         {std::pair("ja_JP.eucJP", "xx.xx@x"), {"pl_PL", "xx.cp1250@x"}}) {
+        const auto of_locale = [&] { return setlocale(LC_ALL, ""), corrected("xx@x") == name; };
+        EXPECT_TRUE(test::in_fresh_locale(lang, of_locale)) << lang;
+    }
 }
 
 TEST(CodeSetNames, SameLanguageKnowsThreeGroups) {
