@@ -84,10 +84,10 @@ std::string corrected(const std::string& locale) {
 
 TEST(CodeSetNames, CorrectedLocaleNamesTheWindowsCodePage) {
     const std::pair<std::string, const char*> cases[] = {
-        {"ISO8859-1", "cp1252"}, {"ISO8859-15", "cp1252"}, {"ISO8859-13", "cp1257"},
-        {"8859_4", "cp1257"},    {"ISO8859-2", "cp1250"},  {"ISO8859-5", "cp1251"},
-        {"ISO8859_7", "cp1253"}, {"ISO8859-9", "cp1254"},  {"ISO8859-8", "ISO8859-8"},
-        {"eucJP", "eucJP"}};
+        {"ISO8859-1", "cp1252"},    {"ISO8859-15", "cp1252"}, {"ISO8859-13", "cp1257"},
+        {"8859_4", "cp1257"},       {"8859_13", "cp1257"},    {"ISO8859-2", "cp1250"},
+        {"ISO8859-5", "cp1251"},    {"ISO8859_7", "cp1253"},  {"ISO8859-9", "cp1254"},
+        {"ISO8859-8", "ISO8859-8"}, {"eucJP", "eucJP"}};
     for (const std::string suffix : {"", "@euro"}) {
         for (const auto& [part, page] : cases)
             EXPECT_EQ(corrected("xx_XX." + part + suffix), std::string("xx_XX.") + page + suffix);
@@ -98,7 +98,9 @@ TEST(CodeSetNames, CorrectedLocaleNamesTheWindowsCodePage) {
     EXPECT_EQ(corrected(long_name), long_name);
     for (const auto& [lang, name] :
          {std::pair("ja_JP.eucJP", "xx.xx@x"), {"pl_PL", "xx.cp1250@x"}}) {
-        const auto of_locale = [&] { return setlocale(LC_ALL, ""), corrected("xx@x") == name; };
+        const auto of_locale = [name = name] {
+            return setlocale(LC_ALL, ""), corrected("xx@x") == name;
+        };
         EXPECT_TRUE(test::in_fresh_locale(lang, of_locale)) << lang;
     }
 }
