@@ -52,7 +52,7 @@ seeds = {
         for pair, text in enumerate(
             (shift_jis, euc, jis, jis, *chinese, shift_jis, euc, euc, single[0]))
         for choices in ((7, 1), (70, 0, 0, 200))
-    ],
+    ] + [bytes([pair, 70, 1]) + most * 330 for pair, most in ((2, b"\xB0\xA1a"), (3, b"\xB1a\xB1"))],
     "xml": [
         bytes([current, code_set]) + text
         for current, code_set in ((5, 1), (2, 4), (1, 14))
