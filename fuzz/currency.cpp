@@ -29,18 +29,21 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     fuzz::Input input(data, size);
     const int code_sets[] = {ZV_WESTERN, ZV_SJIS, ZV_EUC, ZV_BIG5, ZV_KSC_5601_87};
     InitMbutilExt(input.one_of(code_sets));
-    const unsigned start = static_cast<unsigned>(input.byte()), missing = input.byte() % 8;
+    // Some positions are the last ones that there are.
+    const unsigned offset = input.byte(), start = offset < 248 ? offset : offset - 256;
+    const unsigned missing = input.byte() % 8;
     const std::string text = input.text();
     const Loaded list(text);
     const test::LoadedCurrencies read = list.records();
+    same(list.details != nullptr, list.count != 0, "an empty list is no memory");
     fuzz::require(read == test::currency_model(text), "LoadCurrencyDetailList");
     if (list.status != 0) return 0;
 
     std::string plain = std::to_string(list.count) + "\\";
     for (const auto& [code, value] : read.records)
         plain += code + "\\" + std::to_string(value) + "\\";
-    const auto room = start + static_cast<unsigned>(plain.size()) + 6 - missing;
-    const bool fits = start + 5 < room && start + plain.size() < room;
+    const auto room = offset % 248 + static_cast<unsigned>(plain.size()) + 6 - missing;
+    const bool fits = size_t{start} + 5 < room && size_t{start} + plain.size() < room;
     fuzz::Room buffer(room);
     unsigned position = start;
     const int status = ZVCurrencyDetailListToText(&list, &position, room, buffer.data());
@@ -49,6 +52,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     same(status, fits ? 0 : ZV_CURRENCY_NO_ROOM, "ZVCurrencyDetailListToText");
     same(std::string(buffer.data(), room), expected, "the text and nothing else");
     same(size_t{position}, fits ? start + plain.size() : start, "position");
+    same(ZVCurrencyDetailListToText(nullptr, &position, room, buffer.data()), 0, "no list");
+    same(std::string(buffer.data(), room), std::string(room, '\0'), "no list");
     // A code cut out of malformed text may swallow its separator when it stands by itself.
     if (fits) fuzz::require(Loaded(plain).records() == test::currency_model(plain), "read again");
     return 0;

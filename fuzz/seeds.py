@@ -49,9 +49,10 @@ seeds = {
     ],
     "text_streams": [
         bytes([pair, *choices]) + text
-        for pair, text in enumerate((shift_jis, euc, jis, jis, *chinese, shift_jis, euc))
+        for pair, text in enumerate(
+            (shift_jis, euc, jis, jis, *chinese, shift_jis, euc, euc, single[0]))
         for choices in ((7, 1), (70, 0, 0, 200))
-    ],
+    ] + [bytes([pair, 70, 1]) + most * 330 for pair, most in ((2, b"\xB0\xA1a"), (3, b"\xB1a\xB1"))],
     "xml": [
         bytes([current, code_set]) + text
         for current, code_set in ((5, 1), (2, 4), (1, 14))
@@ -60,8 +61,10 @@ seeds = {
     "currency": [
         bytes([code_set, 3, 4]) + text
         for code_set in (0, 1)
-        for text in (b"2\\USD\\2\\JPY\\0\\", b"1\\\x83\\\\\\-2147483648\\more", b"3\\A\\1\\", b"0\\")
-    ],
+        for text in (b"2\\USD\\2\\JPY\\0\\", b"1\\\x83\\\\\\-2147483648\\more", b"3\\A\\1\\", b"0\\",
+                     b"4294967297\\A\\1\\", b"99999999999999999999\\A\\1\\",
+                     b"1\\A\\2147483648\\")
+    ] + [bytes([0, position, 4]) + b"1\\USD\\2\\" for position in range(248, 256)],
     "list": [bytes([capacity]) + sequence(400) for capacity in range(8)],
     "streams": [bytes([mode, limit]) + sequence(300) for mode in range(5) for limit in (0, 1)],
     "names": [

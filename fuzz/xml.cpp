@@ -41,13 +41,19 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     fuzz::Input input(data, size);
     InitMbutilExt(input.one_of(test::kCodeSets));
     const int code_set = static_cast<int>(input.byte() % 70);
-    const std::string text = input.text(), expected = model(text, charset_of(code_set));
+    const std::string text = input.text();
+    std::string expected = model(text, charset_of(code_set));
     fuzz::Text document(text);
     char* result = document.data();
     SetEncodingForXMLDoc(document.data(), code_set, &result);
     fuzz::same(document.text(), text, "the document stays");
     fuzz::same(result != nullptr, !expected.empty(), "whether a declaration is found");
-    if (result != nullptr) fuzz::same(std::string(result), expected, "SetEncodingForXMLDoc");
+    // All of the block is there to be read, zero behind the text.
+    expected.resize(text.size() + 80);
+    if (result != nullptr)
+        fuzz::same(std::string(result, expected.size()), expected, "SetEncodingForXMLDoc");
     free(result);
+    SetEncodingForXMLDoc(nullptr, code_set, &result);
+    fuzz::same(result == nullptr, true, "no document");
     return 0;
 }

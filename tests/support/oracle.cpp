@@ -24,7 +24,7 @@ std::optional<std::string> iconv_text(const char* from, const char* to, std::str
     return out;
 }
 
-int in_fresh_locale(const char* lang, int (*action)()) {
+int in_fresh_locale(const char* lang, const std::function<int()>& action) {
     const pid_t child = fork();
     if (child == 0) {
         clearenv();

@@ -16,13 +16,6 @@ inline std::string random_text(std::mt19937& random, std::string_view alphabet, 
     return text;
 }
 
-// Every byte but zero.
-inline std::string all_bytes() {
-    std::string bytes;
-    for (int byte = 1; byte < 256; ++byte) bytes += static_cast<char>(byte);
-    return bytes;
-}
-
 // A stream of its own that holds a text and stands at its start. Using it takes no memory.
 using Stream = std::unique_ptr<FILE, int (*)(FILE*)>;
 inline Stream stream_of(std::string_view text) {
