@@ -55,6 +55,9 @@ bool takes_memory(auto action) {
     return !counting || allocations != before;
 }
 
+// The sanitizer's own allocations do not fail.
+bool without_its_memory(auto action) { return action(), false; }
+
 #else
 
 // Memory that ends at an inaccessible page.
@@ -66,6 +69,9 @@ bool takes_memory(auto action) {
     action();
     return test::inject(0);
 }
+
+// Runs an action whose first allocation fails, and gives whether there was one.
+bool without_its_memory(auto action) { return takes_memory(action); }
 
 #endif
 
