@@ -52,6 +52,13 @@ void check_no_list(test::ListRun& run, fuzz::Input& input) {
 void check_whole(test::ListRun& run, intptr_t last) {
     std::vector<intptr_t>& items = run.m.items;
     check_handing_on(list_perform, run.l, items, {last, 0});
+    for (const int nth : {1, 2}) {
+        LIST* copy = nullptr;
+        if (fuzz::without_its_memory([&] { copy = list_copyShallow(run.l); }, nth))
+            fuzz::require(copy == nullptr, "no copy without memory");
+        else
+            list_free(copy, nullptr, nullptr);
+    }
     LIST *copy = list_copyShallow(run.l), *boxes = list_copy(run.l, box, item(100));
     for (LIST* list : {run.l, copy, boxes})
         same(list_currentItem(list), run.m.cursor, "list_currentItem");
@@ -76,7 +83,7 @@ void check_whole(test::ListRun& run, intptr_t last) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     fuzz::Input input(data, size);
-    const int capacities[] = {0, 1, 2, 5, 9, 30, 32760, 32767, 32768, INT_MAX, -1, INT_MIN};
+    const int capacities[] = {0, 1, 2, 5, 9, 30, 600, 32760, 32767, 32768, INT_MAX, -1, INT_MIN};
     const int capacity = input.one_of(capacities);
     test::ListRun run;
     run.l = (input.coin() ? list_create : new_list)(capacity);

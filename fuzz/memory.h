@@ -12,6 +12,8 @@ extern "C" int __sanitizer_install_malloc_and_free_hooks(void (*)(const volatile
 #include "support/guarded.h"
 #endif
 
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <string>
@@ -56,7 +58,7 @@ bool takes_memory(auto action) {
 }
 
 // The sanitizer's own allocations do not fail.
-bool without_its_memory(auto action) { return action(), false; }
+bool without_its_memory(auto action, int = 1) { return action(), false; }
 
 #else
 
@@ -70,8 +72,16 @@ bool takes_memory(auto action) {
     return test::inject(0);
 }
 
-// Runs an action whose first allocation fails, and gives whether there was one.
-bool without_its_memory(auto action) { return takes_memory(action); }
+// Runs an action whose nth allocation fails, which leaves nothing behind. Gives whether there was
+// one.
+bool without_its_memory(auto action, int nth = 1) {
+    const long blocks = test::live_blocks();
+    test::inject(nth);
+    action();
+    const bool failed = test::inject(0);
+    if (failed && test::live_blocks() != blocks) std::fputs("\nKeeps memory\n", stderr), abort();
+    return failed;
+}
 
 #endif
 

@@ -62,7 +62,7 @@ seeds = {
         for code_set in (0, 1)
         for text in (b"2\\USD\\2\\JPY\\0\\", b"1\\\x83\\\\\\-2147483648\\more", b"3\\A\\1\\", b"0\\")
     ],
-    "list": [bytes([capacity]) + sequence(400) for capacity in range(12)],
+    "list": [bytes([capacity]) + sequence(400) for capacity in range(13)],
     "streams": [bytes([mode, limit]) + sequence(300) for mode in range(12) for limit in (0, 1)],
     "names": [
         bytes([table]) + locale + b"\0" + b"".join(

@@ -56,7 +56,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     check_creation(mode_name.data(), folder / "created");
     // Either an ordinary file or one whose end lies at the last positions.
     const long base = input.coin() && mode.name[0] != 'w' ? test::kLastPosition - 12000 : 0;
-    const size_t length = input.below(9000);
+    const size_t length = input.below(19000);
     for (const std::string& name : {path, twin}) {
         const int file = open(name.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
         const std::string text = std::string(length, 'o') + "\nold";

@@ -30,7 +30,8 @@ protected:
     // A second process that locks the file, and writes a line a while later.
     test::Child locker(int lock_type, unsigned milliseconds) {
         return test::Child([=, this](int out) {
-            const int fd = open(path.c_str(), O_RDWR);
+            const int fd = open(path.c_str(), O_RDWR | O_APPEND);
+            lseek(fd, 2, SEEK_SET);
             dprintf(out, "%d", OSLockFileFd(fd, lock_type, 0));
             usleep(milliseconds * 1000);
             if (write(fd, "late\n", 5) != 5) abort();
@@ -137,9 +138,9 @@ TEST_F(Files, SearchesWaitForWriters) {
 
 TEST_F(Files, EightProcessesAppendAtOnce) {
     const auto line = [](int writer, size_t number) {
-        // A few are longer than the room that a formatted text has without memory.
-        const size_t length = number % 50 == 0 ? 20000 : number * 37 % 5000;
-        return std::to_string(number) + "%s" + std::string(length, char('0' + writer));
+        const std::string digits(number % 50 == 0 ? 20000 : number * 37 % 5000, char('0' + writer));
+        // A few need memory to be formatted, but only with the line's end behind them.
+        return (std::to_string(number) + "%s" + digits).substr(0, 16383);
     };
     std::list<test::Child> writers;
     for (int writer = 0; writer < 8; ++writer)
