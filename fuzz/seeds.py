@@ -74,7 +74,7 @@ seeds = {
         bytes([length, more]) + text
         for length, more in ((0, 0), (230, 7), (242, 1), (250, 6))
         for text in (
-            b"Key:\0Key: value \t\r\nServer-directory:   /db/dir  \r\nKey:\n\nKey:",
+            b"Key:\0Key: \t value \t\r\nServer-directory: \t /db/dir  \r\nKey:\n\nKey:",
             b"K\0" + b"v" * 283 + b"K piece\nK" + b"w" * 300 + b"\nServer-directory:/a\0b\n",
             b"x\0" + b"x" * 352 + b"\nx\n", b"th\0th\0ree\n\nth")
     ],
