@@ -3,6 +3,8 @@
 #include "osutils.h"
 #include "support/folder.h"
 
+using fuzz::same;
+
 namespace {
 
 constexpr size_t kPiece = 283, kLongest = 255;
@@ -22,26 +24,54 @@ std::string model(const std::string& file, const std::string& key) {
     return value;
 }
 
+// The number of the first line that is equal to the text, of lines cut into longer pieces.
+int model_of_search(const std::string& file, const std::string& text) {
+    int number = 1;
+    for (size_t at = 0, end; (end = std::min(file.find('\n', at), at + 350)) < file.size();
+         at = end + 1, ++number)
+        if (file.compare(at, end + 1 - at, text) == 0) return number;
+    return 0;
+}
+
+// A directory that is too long counts as none.
+void check_directory(const std::string& directory) {
+    const auto install = [&] { SetZVInstallPath("/p"), SetZVInstallPath(directory.c_str()); };
+    const auto check = [&](const char* actual, size_t longest, const char* other, const char* end) {
+        const bool stands = !directory.empty() && directory.size() <= longest;
+        same(std::string(actual), (stands ? directory : other) + end, "a directory's path");
+    };
+    unsetenv("ZVCONFIGDIR"), install();
+    check(OSGetAuditConfigPath(), 237, "/p", "/conf/zvaudit.conf");
+    setenv("ZVCONFIGDIR", "/c", 1), install();
+    check(OSGetZVInstallPath(), 255, "/p", "");
+    setenv("ZVCONFIGDIR", directory.c_str(), 1), SetZVInstallPath("/p");
+    check(OSGetAuditConfigPath(), 242, "/p/conf", "/zvaudit.conf");
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     static const test::Folder folder;
     static const std::string directory = folder / "", path = folder / "zv.conf";
-    setenv("ZVCONFIGDIR", directory.c_str(), 1);
     fuzz::Input input(data, size);
+    check_directory(std::string(input.below(256) + input.below(9), 'd'));
+    setenv("ZVCONFIGDIR", directory.c_str(), 1);
     const std::string key = input.text(), file = input.rest();
     FILE* out = fopen(path.c_str(), "w");
     fwrite(file.data(), 1, file.size(), out);
     fclose(out);
     SetZVInstallPath("/fresh"); // empties the caches
     const std::string database = model(file, "Server-directory:");
-    fuzz::same(std::string(OSGetServerDbPath()),
-               database.empty() || database.size() == kLongest ? "./" : database + "/",
-               "OSGetServerDbPath");
+    same(std::string(OSGetServerDbPath()),
+         database.empty() || database.size() == kLongest ? "./" : database + "/",
+         "OSGetServerDbPath");
+    for (const std::string& text : {key, key + "\n"})
+        same(OSFindLineInFile(path.c_str(), fuzz::Text(text).data()), model_of_search(file, text),
+             "OSFindLineInFile");
     if (key.empty()) return 0;
     fuzz::Text name(key);
     fuzz::Room value(256);
     GetLineFromServerConfigFileDup(name.data(), value.data());
-    fuzz::same(value.text(), model(file, key), "GetLineFromServerConfigFileDup");
+    same(value.text(), model(file, key), "GetLineFromServerConfigFileDup");
     return 0;
 }

@@ -7,9 +7,13 @@ using fuzz::same;
 namespace {
 
 struct Loaded : CurrencyDetailList {
-    explicit Loaded(const std::string& text) {
+    explicit Loaded(const std::string& text, bool without_memory = false) {
         fuzz::Text source(text);
-        status = LoadCurrencyDetailList(source.data(), this);
+        const auto load = [&] { status = LoadCurrencyDetailList(source.data(), this); };
+        if (!without_memory)
+            load();
+        else if (fuzz::without_its_memory(load))
+            same(status, ZV_CURRENCY_NO_MEMORY, "without memory"), same(count, 0, "no records");
     }
     ~Loaded() { free(details); }
     test::LoadedCurrencies records() const {
@@ -37,6 +41,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const test::LoadedCurrencies read = list.records();
     same(list.details != nullptr, list.count != 0, "an empty list is no memory");
     fuzz::require(read == test::currency_model(text), "LoadCurrencyDetailList");
+    const Loaded poor(text, true);
     if (list.status != 0) return 0;
 
     std::string plain = std::to_string(list.count) + "\\";

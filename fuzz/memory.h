@@ -12,6 +12,8 @@ extern "C" int __sanitizer_install_malloc_and_free_hooks(void (*)(const volatile
 #include "support/guarded.h"
 #endif
 
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <string>
@@ -55,6 +57,9 @@ bool takes_memory(auto action) {
     return !counting || allocations != before;
 }
 
+// The sanitizer's own allocations do not fail.
+bool without_its_memory(auto action, int = 1) { return action(), false; }
+
 #else
 
 // Memory that ends at an inaccessible page.
@@ -65,6 +70,17 @@ bool takes_memory(auto action) {
     test::inject(1);
     action();
     return test::inject(0);
+}
+
+// Runs an action whose nth allocation fails, which leaves nothing behind. Gives whether there was
+// one.
+bool without_its_memory(auto action, int nth = 1) {
+    const long blocks = test::live_blocks();
+    test::inject(nth);
+    action();
+    const bool failed = test::inject(0);
+    if (failed && test::live_blocks() != blocks) std::fputs("\nKeeps memory\n", stderr), abort();
+    return failed;
 }
 
 #endif

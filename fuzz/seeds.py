@@ -65,8 +65,8 @@ seeds = {
                      b"4294967297\\A\\1\\", b"99999999999999999999\\A\\1\\",
                      b"1\\A\\2147483648\\")
     ] + [bytes([0, position, 4]) + b"1\\USD\\2\\" for position in range(248, 256)],
-    "list": [bytes([capacity]) + sequence(400) for capacity in range(8)],
-    "streams": [bytes([mode, limit]) + sequence(300) for mode in range(5) for limit in (0, 1)],
+    "list": [bytes([capacity]) + sequence(400) for capacity in range(13)],
+    "streams": [bytes([mode, limit]) + sequence(300) for mode in range(12) for limit in (0, 1)],
     "names": [
         bytes([table]) + locale + b"\0" + b"".join(
             bytes([row, first + i]) for row, first in (zero, (0xA1, 0xA1), (0xA1, 0x40)) for i in range(16))
@@ -74,8 +74,12 @@ seeds = {
         for locale in (b"de_DE.ISO8859-15@euro", b"zh_TW.BIG5", b"ja@x")
     ],
     "configuration": [
-        b"Key:\0Key: value \t\r\nServer-directory:   /db/dir  \r\n",
-        b"K\0" + b"v" * 283 + b"K piece\nK" + b"w" * 300 + b"\nServer-directory:/a\0b\n",
+        bytes([length, more]) + text
+        for length, more in ((0, 0), (230, 7), (242, 1), (250, 6))
+        for text in (
+            b"Key:\0Key: \t value \t\r\nServer-directory: \t /db/dir  \r\nKey:\n\nKey:",
+            b"K\0" + b"v" * 283 + b"K piece\nK" + b"w" * 300 + b"\nServer-directory:/a\0b\n",
+            b"x\0" + b"x" * 352 + b"\nx\n", b"th\0th\0ree\n\nth")
     ],
 }
 

@@ -13,7 +13,23 @@ namespace {
 const struct Mode {
     const char* name;
     int access;
-} kModes[] = {{"r", O_RDONLY}, {"r+", O_RDWR}, {"a", O_WRONLY}, {"ab+", O_RDWR}, {"w+", O_RDWR}};
+} kModes[] = {{"r", O_RDONLY},  {"r+", O_RDWR},    {"rb+", O_RDWR}, {"r+b", O_RDWR},
+              {"w", O_WRONLY},  {"wb+", O_RDWR},   {"a", O_WRONLY}, {"ab+", O_RDWR},
+              {"x+", O_RDONLY}, {"rw+", O_RDONLY}, {"+", O_RDONLY}, {"", O_RDONLY}};
+
+// Opens what is not there.
+void check_creation(const char* mode, const std::string& path) {
+    const mode_t mask = umask(027);
+    ZVFILE* stream = ZVfopen(path.c_str(), mode);
+    umask(mask);
+    struct stat status {};
+    const bool creates = mode[0] == 'w' || mode[0] == 'a';
+    same(stream != nullptr, creates, "whether a file is created");
+    same(stat(path.c_str(), &status), creates ? 0 : -1, "whether there is one");
+    same(status.st_mode & 0777, creates ? 0750 : 0, "its permissions");
+    ZVfclose(stream);
+    unlink(path.c_str());
+}
 
 test::StreamCall choose(fuzz::Input& input, long base) {
     test::StreamCall call;
@@ -36,16 +52,18 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     static const std::string path = folder / "file", twin = folder / "twin";
     fuzz::Input input(data, size);
     const Mode& mode = input.one_of(kModes);
+    fuzz::Text mode_name(mode.name);
+    check_creation(mode_name.data(), folder / "created");
     // Either an ordinary file or one whose end lies at the last positions.
     const long base = input.coin() && mode.name[0] != 'w' ? test::kLastPosition - 12000 : 0;
-    const size_t length = input.below(9000);
+    const size_t length = input.below(19000);
     for (const std::string& name : {path, twin}) {
         const int file = open(name.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
         const std::string text = std::string(length, 'o') + "\nold";
         fuzz::require(pwrite(file, text.data(), text.size(), base) == ssize_t(text.size()), "file");
         close(file);
     }
-    ZVFILE* stream = ZVfopen(path.c_str(), mode.name);
+    ZVFILE* stream = ZVfopen(path.c_str(), mode_name.data());
     test::StreamModel model{open(twin.c_str(), mode.access | (mode.name[0] == 'w' ? O_TRUNC : 0)),
                             mode.name[0] == 'a'};
     if (base != 0) {
@@ -59,6 +77,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         const auto [result, expected] = call.make(stream, model, room.data());
         same(result, expected, "result");
         same(errno, model.raised, "errno");
+        long told = 0;
+        same(ZVfgetpos(stream, &told), 0, "ZVfgetpos");
+        same(told, model.position, "ZVfgetpos");
         same(ZVftell(stream), model.position, "ZVftell");
         same(ZVfeof(stream), static_cast<int>(model.at_end), "ZVfeof");
         same(ZVferror(stream), model.error, "ZVferror");

@@ -45,7 +45,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     std::string expected = model(text, charset_of(code_set));
     fuzz::Text document(text);
     char* result = document.data();
-    SetEncodingForXMLDoc(document.data(), code_set, &result);
+    const auto declare = [&] { SetEncodingForXMLDoc(document.data(), code_set, &result); };
+    if (fuzz::without_its_memory(declare)) fuzz::same(result != nullptr, false, "without memory");
+    free(result);
+    declare();
     fuzz::same(document.text(), text, "the document stays");
     fuzz::same(result != nullptr, !expected.empty(), "whether a declaration is found");
     // All of the block is there to be read, zero behind the text.

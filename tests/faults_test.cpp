@@ -6,7 +6,6 @@
 
 #include "faults/faults.h"
 #include "jaconv.h"
-#include "list.h"
 #include "mbutil.h"
 #include "osutils.h"
 #include "support/folder.h"
@@ -101,29 +100,19 @@ const struct Operation {
 } kOperations[] = {
     {"stream write", kBeginning,
      [](Ground& g) { return write_and_read(ZvStream(ZVfopen(g.out.c_str(), "w+")), g, g.room); }},
-    {"stream append", kBeginning,
-     [](Ground& g) {
-         const ZvStream stream(ZVfopen(g.out.c_str(), "a"));
-         return either(stream && ZVfprintf(stream.get(), "%d\n", 7) == 2 &&
-                       ZVfputs(g.line.c_str(), stream.get()) != -1);
-     }},
     {"temporary stream", kUnchanged,
      [](Ground& g) { return write_and_read(ZvStream(OSTmpZVFile()), g, g.room); }},
-    {"temporary descriptor", kUnchanged,
-     [](Ground& g) {
-         const int fd = OSTmpFileFd();
-         ZvStream stream(fd == -1 ? nullptr : ZVfdopen(fd, "w+"));
-         if (fd != -1 && !stream) close(fd);
-         return write_and_read(stream, g, g.room);
-     }},
-    {"temporary standard stream", kUnchanged,
-     [](Ground&) { return either(StandardStream(OSTmpFile()) != nullptr); }},
-    {"temporary name", kUnchanged,
+    {"temporary files", kUnchanged,
      [](Ground& g) {
          char* const name = OSTmpName("abc");
          const bool named = name != nullptr && strncmp(name, g.base.c_str(), g.base.size()) == 0;
          free(name);
-         return either(named);
+         if (!named || !StandardStream(OSTmpFile())) return kFailed;
+         const int fd = OSTmpFileFd();
+         if (fd == -1) return kFailed;
+         const ZvStream stream(ZVfdopen(fd, "w+"));
+         if (!stream) close(fd);
+         return either(stream != nullptr);
      }},
     {"locked append", kUnchanged,
      [](Ground& g) { return either(OSAppendLineToFile(g.out.c_str(), g.line.c_str()) == 0); }},
@@ -145,37 +134,6 @@ const struct Operation {
          SetZVInstallPath(g.base.c_str());
          strcpy(g.room, OSGetServerDbPath());
          return strcmp(g.room, "./") == 0 ? kFailed : kDone;
-     }},
-    {"currency list", kNoReason,
-     [](Ground&) {
-         CurrencyDetailList list;
-         const int result = LoadCurrencyDetailList("2\\USD\\2\\JPY\\0\\", &list);
-         const uint32_t count = list.details != nullptr ? 2 : 0;
-         free(list.details);
-         if (list.count != count) return kWrong;
-         return result == ZV_CURRENCY_NO_MEMORY ? kFailed : count == 2 ? kDone : kWrong;
-     }},
-    {"XML declaration", kNoReason,
-     [](Ground& g) {
-         char* document;
-         SetEncodingForXMLDoc("<?xml version=\"1\" encoding=\"\"?>", ZV_SJIS, &document);
-         if (document == nullptr) return kFailed;
-         strcpy(g.room, document), free(document);
-         return kDone;
-     }},
-    {"list", kNoReason,
-     [](Ground&) {
-         LIST* const list = list_create(2);
-         if (list == nullptr) return kFailed;
-         long status = list_addItem(list, nullptr) | list_addItem(list, nullptr);
-         for (int count = 2; status == 0 && count < 40; ++count) {
-             status = list_addItem(list, nullptr);
-             if (status != 0 && (status != -3 || list_size(list) != count)) return kWrong;
-         }
-         LIST* const copy = list_copyShallow(list);
-         if (copy != nullptr) list_free(copy, nullptr, nullptr);
-         list_free(list, nullptr, nullptr);
-         return either(status == 0 && copy != nullptr);
      }},
     {"lines read", kNoReason | kNoRetry,
      [](Ground& g) {

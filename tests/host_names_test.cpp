@@ -17,7 +17,7 @@ void configure(const std::string& server_name) {
 }
 
 // What a function leaves in the room of a name, and "!" before it when it reports a failure.
-std::string name_by(int (*function)(char*)) {
+std::string name_by(auto function) {
     test::GuardedRoom out(65);
     const std::string status = function(out.data()) == 1 ? "" : "!";
     return status + (*out.data() == '#' ? "untouched" : out.text());
@@ -26,10 +26,8 @@ std::string full_name() { return name_by(OSGetServerNameWithDomain); }
 std::string short_name() {
     return name_by([](char* out) { return OSGetServerNameNoDomain(out), 1; });
 }
-std::string remote_name(const char* name) {
-    static const char* asked;
-    asked = name;
-    return name_by([](char* out) { return OSGetRemoteHostnameWithDomain(asked, out); });
+std::string remote_name(const std::string& name) {
+    return name_by([&](char* out) { return OSGetRemoteHostnameWithDomain(name.c_str(), out); });
 }
 
 class HostNames : public testing::Test {
@@ -54,7 +52,7 @@ TEST_F(HostNames, OnlyAFailedLookUpIsReported) {
     EXPECT_EQ(remote_name("long"), std::string(63, 'a')) << "no character is cut";
     EXPECT_EQ(remote_name("wide"), std::string(64, 'w'));
     EXPECT_EQ(remote_name("crowd"), "!untouched") << "more than a look-up has room for";
-    EXPECT_EQ(remote_name(std::string(70000, 'n').c_str()), "!untouched");
+    EXPECT_EQ(remote_name(std::string(70000, 'n')), "!untouched");
     EXPECT_EQ(remote_name("dots"), "....");
     sethostname("lost", 4);
     EXPECT_EQ(full_name(), "!untouched");
@@ -94,25 +92,24 @@ TEST_F(HostNames, SomeDesignateThisServer) {
     const NameList list = {4, names}, empty = {0, names};
     const struct {
         std::string configured;
-        std::vector<const char*> designate, do_not;
+        std::vector<const char*> others, designating;
     } cases[] = {
         {"",
-         {"@", "ALPHA.BETA.GAMMA", "Alpha", "mirror"},
-         {nullptr, "", "@alpha", "srv", "alpha.beta", "alph", "delta", "beta", "lost"}},
-        {"srv", {"SRV", "Srv.beta.gamma", "alpha.beta.gamma", "ALPHA", "mirror"}, {"srv.beta"}},
-        {"*", {}, {"*"}},
-        {"$listed", {}, {"$listed"}},
-        {fits, {"alpha"}, {}},
-        {too_long, {too_long.c_str(), "alpha.beta.gamma"}, {"alpha", "mirror"}},
+         {nullptr, "", "@alpha", "srv", "alpha.beta", "alph", "delta", "beta", "lost"},
+         {"@", "ALPHA.BETA.GAMMA", "Alpha", "mirror"}},
+        {"srv", {"srv.beta"}, {"SRV", "Srv.beta.gamma", "alpha.beta.gamma", "ALPHA", "mirror"}},
+        {"*", {"*"}, {}},
+        {"$listed", {"$listed"}, {}},
+        {fits, {}, {"alpha"}},
+        {too_long, {"alpha", "mirror"}, {too_long.c_str(), "alpha.beta.gamma"}},
     };
-    for (const auto& c : cases) {
-        configure(c.configured);
-        for (const NameList* others : {&list, &empty, static_cast<const NameList*>(nullptr)}) {
-            for (const char* name : c.designate)
-                EXPECT_EQ(IsCurrentServerName(name, others), 1) << c.configured << " " << name;
-            for (const char* name : c.do_not)
-                EXPECT_EQ(IsCurrentServerName(name, others), 0) << c.configured << " " << name;
-            EXPECT_EQ(IsCurrentServerName("listed", others), others == &list);
+    for (const auto& [configured, others, designating] : cases) {
+        configure(configured);
+        for (const NameList* listed : {&list, &empty, static_cast<const NameList*>(nullptr)}) {
+            for (const bool designates : {false, true})
+                for (const char* name : designates ? designating : others)
+                    EXPECT_EQ(IsCurrentServerName(name, listed), designates) << configured << name;
+            EXPECT_EQ(IsCurrentServerName("listed", listed), listed == &list);
         }
     }
     configure("SRV-I");
@@ -132,9 +129,9 @@ TEST_F(HostNames, AliasesAreThoseOfTheExpectedHost) {
                  {"", "mirror", "mirror", 0}, {"", "lost", "lost", 0},
                  {"srv", "mirror", "", 1},    {"srv", "lost", nullptr, 0},
                  {"srv", "srv", "x", 1},      {"srv", "SRV", "srv", 0}};
-    for (const auto& c : cases) {
-        configure(c.configured);
-        EXPECT_EQ(OSCheckHostnameUsingAlias(c.name, c.expected), c.result) << c.name;
+    for (const auto& [configured, name, expected, result] : cases) {
+        configure(configured);
+        EXPECT_EQ(OSCheckHostnameUsingAlias(name, expected), result) << name;
     }
 }
 

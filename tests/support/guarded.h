@@ -1,17 +1,27 @@
 #ifndef ZVUTIL_TESTS_GUARDED_H
 #define ZVUTIL_TESTS_GUARDED_H
 
-#include <cstddef>
+#include <sys/mman.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <map>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace test {
 
 // Memory whose last byte stands directly before an inaccessible page.
 class GuardedRoom {
 public:
-    explicit GuardedRoom(size_t size);
-    ~GuardedRoom();
+    explicit GuardedRoom(size_t size) : unused_(unused((size / kStep + 1) * kStep)) {
+        end_ = unused_.back();
+        unused_.pop_back();
+        // What a function must write itself, such as a terminator, is not there by chance.
+        data_ = static_cast<char*>(memset(end_ - size, '#', size));
+    }
+    ~GuardedRoom() { unused_.push_back(end_); }
     GuardedRoom(const GuardedRoom&) = delete;
     GuardedRoom& operator=(const GuardedRoom&) = delete;
 
@@ -20,9 +30,24 @@ public:
     std::string text() const { return data_; }
 
 private:
-    size_t capacity_;
-    char* data_;
-    char* end_;
+    static constexpr size_t kStep = 64 * 1024;
+
+    // The ends of the mappings of a size that this thread does not use, one at least: making one
+    // takes far longer than most tests' calls.
+    static std::vector<char*>& unused(size_t capacity) {
+        static thread_local std::map<size_t, std::vector<char*>> all;
+        std::vector<char*>& ends = all[capacity];
+        if (!ends.empty()) return ends;
+        const int access = PROT_READ | PROT_WRITE, flags = MAP_PRIVATE | MAP_ANONYMOUS;
+        void* mapping = mmap(nullptr, capacity + kStep, access, flags, -1, 0);
+        if (mapping == MAP_FAILED) abort();
+        ends.push_back(static_cast<char*>(mapping) + capacity);
+        if (mprotect(ends.back(), kStep, PROT_NONE) != 0) abort();
+        return ends;
+    }
+
+    std::vector<char*>& unused_;
+    char *end_, *data_;
 };
 
 // A string whose terminator is the last readable byte.
