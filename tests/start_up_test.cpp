@@ -81,7 +81,7 @@ TEST(StartUp, SucceedsInAnyEnvironment) {
     test::write_file(folder / "file", "");
     std::vector<std::string> values = {
         "", "/", "%s%n%L%N", "\x1B[2J\xFF\x80\x8E", "../../../etc", "LC_CTYPE=;LC_NUMERIC=/;"};
-    for (const size_t length : {255, 256, 5000, 1 << 20})
+    for (const size_t length : {255u, 256u, 5000u, 1u << 20})
         values.push_back("en." + std::string(length - 3, '8'));
     for (const char* name : {"file", "file/none"}) values.push_back(folder / name);
     for (const char* variable : {"LANG", "LC_ALL", "LC_CTYPE", "LOCPATH", "NLSPATH", "ZVCONFIGDIR",
