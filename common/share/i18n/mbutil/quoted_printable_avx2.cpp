@@ -265,7 +265,7 @@ private:
         return out + count(kept);
     }
     static Byte* put_upper(Byte* out, __m128i chosen, LongMask kept) {
-        _mm_storeh_pd(reinterpret_cast<double*>(out), _mm_castsi128_pd(chosen));
+        _mm_storeh_pi(reinterpret_cast<__m64*>(out), _mm_castsi128_ps(chosen));
         return out + count(kept);
     }
 };
