@@ -91,9 +91,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     test::write_file(in, whole);
     same(mbconvertfile2native_ex(in.c_str(), out.c_str(), 0, from), IsConversionSupport(from, to),
          "mbconvertfile2native_ex");
+    std::string expected = converted(whole, from, to), actual = test::content(out);
     // A pair of JIS bytes above 7F can become a zero byte; the file goes on behind it.
-    const std::string expected = converted(whole, from, to);
-    if (IsConversionSupport(from, to))
-        same(test::content(out).substr(0, expected.size()), expected, "one conversion");
+    const auto is_high = [](char byte) { return (byte & 0x80) != 0; };
+    if (from == ZV_JIS && std::ranges::any_of(text, is_high)) actual.resize(expected.size());
+    if (IsConversionSupport(from, to)) same(actual, expected, "one conversion");
     return 0;
 }

@@ -104,8 +104,11 @@ public:
     JisMode mode() const { return mode_; }
 
 private:
-    // A block and what may be an escape sequence behind it.
-    static constexpr size_t kReach = kBlockSize + sizeof(unsigned);
+    // What stands between the pairs of two lines.
+    static constexpr char kLineEnd[] = "\x1B(B\n\x1B$B";
+    static constexpr size_t kLineEndLength = sizeof kLineEnd - 1;
+    // A block and what may end its run behind it.
+    static constexpr size_t kReach = kBlockSize + kLineEndLength;
 
     // Decodes a run of pairs and steps over the escape sequence that ends it. False when it ends
     // otherwise, or near the end of the source.
@@ -127,6 +130,11 @@ private:
             end_run(source, plain);
         else
             put_short_run(source, plain);
+        if (std::memcmp(source.next, kLineEnd, kLineEndLength) == 0) {
+            *out_++ = '\n';
+            source.next += kLineEndLength;
+            return true;
+        }
         const unsigned escape = first_three(source.next);
         if (escape != escape_sequence('(', 'B') && escape != escape_sequence('(', 'J'))
             return false;
