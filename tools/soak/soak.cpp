@@ -8,6 +8,8 @@
 
 #include <atomic>
 #include <chrono>
+#include <random>
+#include <string>
 #include <thread>
 #include <vector>
 
