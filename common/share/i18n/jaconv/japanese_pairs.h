@@ -10,15 +10,6 @@ inline namespace ZVUTIL_LANES {
 // bytes, and if they are trail bytes. `next` and `before` are the bytes that follow and precede
 // them. Sums wrap; comparisons give -1 for true.
 
-using SignedByteBlock [[gnu::vector_size(kBlockSize)]] = signed char;
-
-inline SignedByteBlock as_signed(ByteBlock bytes) {
-    return std::bit_cast<SignedByteBlock>(bytes);
-}
-inline ByteBlock as_unsigned(SignedByteBlock bytes) {
-    return std::bit_cast<ByteBlock>(bytes);
-}
-
 // Where `mask` is all ones `a`, where it is zero `b`.
 inline ByteBlock choose(SignedByteBlock mask, ByteBlock a, ByteBlock b) {
 #ifdef __AVX2__

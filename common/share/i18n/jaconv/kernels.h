@@ -33,9 +33,17 @@ inline constexpr size_t kBlockSize = 16;
 
 // A block as bytes, and as pairs: in a pair the first byte is the low one.
 using ByteBlock [[gnu::vector_size(kBlockSize)]] = Byte;
+using SignedByteBlock [[gnu::vector_size(kBlockSize)]] = signed char;
 using PairBlock [[gnu::vector_size(kBlockSize)]] = std::uint16_t;
 using SignedPairBlock [[gnu::vector_size(kBlockSize)]] = std::int16_t;
 static_assert(std::endian::native == std::endian::little);
+
+inline SignedByteBlock as_signed(ByteBlock bytes) {
+    return std::bit_cast<SignedByteBlock>(bytes);
+}
+inline ByteBlock as_unsigned(SignedByteBlock bytes) {
+    return std::bit_cast<ByteBlock>(bytes);
+}
 
 inline ByteBlock load_block(const Byte* from) {
     ByteBlock block;

@@ -8,8 +8,6 @@
 namespace zv {
 namespace {
 
-using SignedByteBlock [[gnu::vector_size(kBlockSize)]] = signed char;
-
 __m128i load(const Byte* from) {
     return _mm_loadu_si128(reinterpret_cast<const __m128i*>(from));
 }
@@ -84,7 +82,7 @@ Byte* put_quad(Byte* out, __m128i quad, std::uint64_t escaped) {
 
 // Writes what becomes of a block; that of the first bytes counts.
 Byte* encode_block(Byte* out, ByteBlock bytes, size_t length) {
-    const auto plain = (std::bit_cast<SignedByteBlock>(bytes + 1) > 0x21) & (bytes != '=');
+    const auto plain = (as_signed(bytes + 1) > 0x21) & (bytes != '=');
     const Mask escaped = ~high_bits(plain);
     const __m256i digits =
         _mm256_broadcastsi128_si256(load(reinterpret_cast<const Byte*>("0123456789ABCDEF")));
@@ -119,6 +117,11 @@ Byte* encode_block(Byte* out, ByteBlock bytes, size_t length) {
 
 using LongMask = std::uint64_t;
 
+template <class Block>
+LongMask long_mask(Block front, Block back) {
+    return high_bits(front) | LongMask{high_bits(back)} << kBlockSize;
+}
+
 // The places of those of eight bytes that are kept, from a first one on.
 struct KeptBytes {
     Byte places[256][8];
@@ -137,138 +140,173 @@ constexpr KeptBytes make_kept_bytes(unsigned first) {
 constexpr KeptBytes kLowerKept = make_kept_bytes(0);
 constexpr KeptBytes kUpperKept = make_kept_bytes(8);
 
-// Differences below zero are zero.
-ByteBlock less(ByteBlock bytes, int amount) {
+// Sums above FF are FF.
+ByteBlock more(ByteBlock bytes, int amount) {
     return std::bit_cast<ByteBlock>(
-        _mm256_subs_epu8(as_block(bytes), _mm256_set1_epi8(static_cast<char>(amount))));
+        _mm256_adds_epu8(as_block(bytes), _mm256_set1_epi8(static_cast<char>(amount))));
 }
 
-// Half a block of text to decode, and what its bytes are.
-struct QuotedHalf {
+// The block that begins so many bytes earlier.
+template <int bytes>
+ByteBlock earlier(ByteBlock before, ByteBlock block) {
+    const auto middle = _mm256_permute2x128_si256(as_block(before), as_block(block), 0x21);
+    return std::bit_cast<ByteBlock>(_mm256_alignr_epi8(as_block(block), middle, 16 - bytes));
+}
+
+// What digits mean, taken from 7F; all else becomes 80 or more.
+ByteBlock classify_digits(ByteBlock bytes) {
+    const ByteBlock decimal = more('9' - bytes, 0x7F - 9);
+    // Joining the small letters moves what stands before them far away, if it is done a byte lower.
+    const ByteBlock letter = more(('f' - 1) - ((bytes - 1) | ('a' ^ 'A')), 0x7F - 15);
+    return decimal < letter ? decimal : letter;
+}
+
+// A first digit of that class as the high half of a byte, with the bits flipped that the class of a
+// second digit flips back.
+struct HighHalves {
+    Byte bytes[16];
+};
+constexpr HighHalves make_high_halves() {
+    HighHalves halves{};
+    for (unsigned value = 0; value < 16; ++value)
+        halves.bytes[0xF - value] = static_cast<Byte>(value << 4 ^ 0x7F);
+    return halves;
+}
+alignas(16) constexpr HighHalves kHighHalves = make_high_halves();
+ByteBlock combine_digits(ByteBlock first, ByteBlock second) {
+    const __m256i halves = _mm256_broadcastsi128_si256(load(kHighHalves.bytes));
+    return std::bit_cast<ByteBlock>(_mm256_shuffle_epi8(halves, as_block(first))) ^ second;
+}
+
+// Half a block of text, and the same where it begins one byte and two bytes earlier.
+struct QuotedText {
+    ByteBlock bytes, one_before, two_before;
+
+    // Of a text that begins no later than two bytes before.
+    explicit QuotedText(const Byte* text)
+        : bytes(load_block(text)), one_before(load_block(text - 1)),
+          two_before(load_block(text - 2)) {}
+    QuotedText(ByteBlock before, ByteBlock text)
+        : bytes(text), one_before(earlier<1>(before, text)), two_before(earlier<2>(before, text)) {}
+};
+
+// What becomes of half a block of text: the second digit of an escape becomes what the escape
+// means. Each "=" and the byte behind it, which is the first digit or a line feed, are to be left
+// out.
+struct DecodedHalf {
     ByteBlock bytes;
-    ByteBlock values;        // of the digits
-    SignedByteBlock is_sign; // "="
-    LongMask signs, digits, line_feeds, printable;
+    ByteBlock digits; // of the text, as classified
+    SignedByteBlock is_sign, is_behind_sign, is_second_digit;
+    ByteBlock bad; // where it is 80 or more
 
-    explicit QuotedHalf(ByteBlock text) : bytes(text), is_sign(text == '=') {
-        // Digits become 80 to 8F, all else stays below.
-        const ByteBlock small_before = (bytes - 1) | ('a' ^ 'A');
-        const ByteBlock decimal = less(bytes + (0xFF - '9'), 0xFF - 0x89);
-        const ByteBlock letter = less(small_before + (0xFF - ('f' - 1)), 0xFF - 0x8F);
-        const ByteBlock found = decimal > letter ? decimal : letter;
-        values = found & 0x0F;
-        signs = high_bits(is_sign);
-        digits = high_bits(found);
-        line_feeds = high_bits(bytes == '\n');
-        printable = high_bits(std::bit_cast<SignedByteBlock>(bytes + 1) > 0x20);
-    }
-
-    // Puts what the two bytes behind each "=" mean in its place.
-    ByteBlock decode(ByteBlock behind) const {
-        const auto high = std::bit_cast<PairBlock>(later<1>(values, behind));
-        const ByteBlock low = later<2>(values, behind);
-        return is_sign ? std::bit_cast<ByteBlock>(high << 4) | low : bytes;
-    }
-
-private:
-    // The block that begins so many bytes later.
-    template <int bytes>
-    static ByteBlock later(ByteBlock block, ByteBlock behind) {
-        const auto middle = _mm256_permute2x128_si256(as_block(block), as_block(behind), 0x21);
-        return std::bit_cast<ByteBlock>(_mm256_alignr_epi8(middle, as_block(block), bytes));
+    DecodedHalf(QuotedText text, ByteBlock digits_before)
+        : digits(classify_digits(text.bytes)), is_sign(text.bytes == '='),
+          is_behind_sign(text.one_before == '=') {
+        const ByteBlock first_digits = earlier<1>(digits_before, digits);
+        const ByteBlock second = as_unsigned(text.two_before == '=') & ~first_digits;
+        is_second_digit = as_signed(second);
+        bytes = is_second_digit < 0 ? combine_digits(first_digits, digits) : text.bytes;
+        const ByteBlock is_line_feed = as_unsigned(text.bytes == '\n');
+        const ByteBlock is_unprintable = more(text.bytes - ' ', 0x7F - ('~' - ' '));
+        bad = (is_behind_sign ? digits & ~is_line_feed : is_unprintable) | (second & digits);
     }
 };
 
-// What becomes of a block of text. Its last two bytes may belong to an escape that begins before
-// them, and come again at the front of the next block.
-constexpr size_t kDecodedBytes = kDecodedBlock - 2;
-struct DecodedBlock {
-    ByteBlock front, back;
-    LongMask kept;
-    LongMask dropped_behind; // of the front of the next block
-    LongMask end;            // marks what cannot be decoded here
+// What becomes of a block of text.
+class DecodedBlock {
+public:
+    DecodedBlock(const DecodedHalf& front, const DecodedHalf& back, LongMask sign_before)
+        : front_(front.bytes), back_(back.bytes), digits_(back.digits),
+          signs_(long_mask(front.is_sign, back.is_sign)),
+          kept_(~((signs_ << 1 | sign_before) | signs_)), bad_(high_bits(front.bad | back.bad)) {}
 
-    DecodedBlock(ByteBlock front_text, ByteBlock back_text, LongMask dropped) {
-        const QuotedHalf first(front_text), second(back_text);
-        const LongMask printable = first.printable | second.printable << kBlockSize;
-        const LongMask digits = first.digits | second.digits << kBlockSize;
-        const LongMask signs = (first.signs | second.signs << kBlockSize) & kCounts;
-        const LongMask line_feeds = first.line_feeds | second.line_feeds << kBlockSize;
-        const LongMask escapes = signs & digits >> 1 & digits >> 2;
-        const LongMask soft_breaks = signs & line_feeds >> 1;
-        const LongMask known = escapes | soft_breaks;
-        const LongMask behind_signs = known << 1 | escapes << 2;
-        kept = ~(soft_breaks | behind_signs | dropped) & kCounts;
-        dropped_behind = behind_signs >> kDecodedBytes;
-        end = (kept & ~printable) | (signs & ~known);
-        front = first.decode(second.values);
-        back = second.decode(second.values); // what stands behind it makes no difference
+    // The block that follows.
+    DecodedBlock next(const Byte* text) const {
+        const DecodedHalf front(QuotedText(text), digits_);
+        const DecodedHalf back(QuotedText(text + kBlockSize), front.digits);
+        return {front, back, signs_ >> (kDecodedBlock - 1)};
     }
-    DecodedBlock(const Byte* text, LongMask dropped)
-        : DecodedBlock(load_block(text), load_block(text + kBlockSize), dropped) {}
 
-    // May write over two bytes of the next block where the output stands where the source does.
+    bool is_bad() const { return bad_ != 0; }
+
+    // How many bytes at the end belong to an escape or a soft line break that may go on behind it.
+    ptrdiff_t unfinished() const {
+        return signs_ >> (kDecodedBlock - 1) != 0 ? 1 : signs_ >> (kDecodedBlock - 2) != 0 ? 2 : 0;
+    }
+
+    // Writes no more bytes than the block has.
     Byte* put(Byte* out) const {
-        return put_half(put_half(out, front, kept & 0xFFFFFFFF), back, kept >> kBlockSize);
+        out = put_half(out, as_block(front_), kept_ & 0xFFFFFFFF);
+        return put_half(out, as_block(back_), kept_ >> kBlockSize);
     }
 
     // Writes what becomes of the first bytes, and nothing else.
     Byte* put_front(Byte* out, size_t length) const {
         Byte bytes[kDecodedBlock];
-        store_block(bytes, front);
-        store_block(bytes + kBlockSize, back);
-        return put_kept(out, bytes, bytes + length, kept & ((LongMask{1} << length) - 1));
+        store_block(bytes, front_);
+        store_block(bytes + kBlockSize, back_);
+        return put_kept(out, bytes, bytes + length, kept_);
     }
 
 private:
-    static constexpr LongMask kCounts = (LongMask{1} << kDecodedBytes) - 1;
-
-    static __m128i load_eight(const Byte* from) {
-        return _mm_loadl_epi64(reinterpret_cast<const __m128i*>(from));
+    static Byte* put_half(Byte* out, __m256i bytes, LongMask kept) {
+        out = put_quarter(out, _mm256_castsi256_si128(bytes), kept & 0xFF, kept >> 8 & 0xFF);
+        return put_quarter(out, _mm256_extracti128_si256(bytes, 1), kept >> 16 & 0xFF, kept >> 24);
     }
-    static __m128i choose_bytes(const Byte* eight, LongMask kept) {
-        return _mm_shuffle_epi8(load_eight(eight), load_eight(kLowerKept.places[kept]));
-    }
-    static __m128i places_of(LongMask lower, LongMask upper) {
-        const __m128d places = _mm_castsi128_pd(load_eight(kLowerKept.places[lower]));
+    // Writes eight bytes at a time, of which those that are kept count.
+    static Byte* put_quarter(Byte* out, __m128i bytes, LongMask lower, LongMask upper) {
+        const __m128d places = _mm_castsi128_pd(
+            _mm_loadl_epi64(reinterpret_cast<const __m128i*>(kLowerKept.places[lower])));
         const auto* const others = reinterpret_cast<const double*>(kUpperKept.places[upper]);
-        return _mm_castpd_si128(_mm_loadh_pd(places, others));
+        const __m128i chosen =
+            _mm_shuffle_epi8(bytes, _mm_castpd_si128(_mm_loadh_pd(places, others)));
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(out), chosen);
+        out += count(lower);
+        _mm_storeh_pi(reinterpret_cast<__m64*>(out), _mm_castsi128_ps(chosen));
+        return out + count(upper);
     }
 
     // By pointers, so that the loop is not unrolled: it runs once a text.
     [[gnu::noinline]] static Byte* put_kept(Byte* out, const Byte* bytes, const Byte* end,
                                             LongMask kept) {
-        for (; end - bytes >= 8; bytes += 8, kept >>= 8) {
-            _mm_storel_epi64(reinterpret_cast<__m128i*>(out), choose_bytes(bytes, kept & 0xFF));
-            out += count(kept & 0xFF);
-        }
-        Byte rest[kBlockSize];
-        store(rest, choose_bytes(bytes, kept));
+        for (; end - bytes >= 16; bytes += 16, kept >>= 16)
+            out = put_quarter(out, load(bytes), kept & 0xFF, kept >> 8 & 0xFF);
+        if (bytes == end)
+            return out;
+        kept &= (LongMask{1} << (end - bytes)) - 1;
+        Byte rest[16];
+        put_quarter(rest, load(bytes), kept & 0xFF, kept >> 8);
         copy_short(out, rest, count(kept));
         return out + count(kept);
     }
 
-    // Writes eight bytes at a time, of which those that are kept count.
-    static Byte* put_half(Byte* out, ByteBlock bytes, LongMask kept) {
-        const LongMask masks[] = {kept & 0xFF, kept >> 8 & 0xFF, kept >> 16 & 0xFF, kept >> 24};
-        const __m256i places =
-            _mm256_set_m128i(places_of(masks[2], masks[3]), places_of(masks[0], masks[1]));
-        const __m256i chosen = _mm256_shuffle_epi8(as_block(bytes), places);
-        const __m128i low = _mm256_castsi256_si128(chosen);
-        const __m128i high = _mm256_extracti128_si256(chosen, 1);
-        out = put_upper(put_lower(out, low, masks[0]), low, masks[1]);
-        out = put_lower(out, high, masks[2]);
-        return put_upper(out, high, masks[3]);
-    }
-    static Byte* put_lower(Byte* out, __m128i chosen, LongMask kept) {
-        _mm_storel_epi64(reinterpret_cast<__m128i*>(out), chosen);
-        return out + count(kept);
-    }
-    static Byte* put_upper(Byte* out, __m128i chosen, LongMask kept) {
-        _mm_storeh_pi(reinterpret_cast<__m64*>(out), _mm_castsi128_ps(chosen));
-        return out + count(kept);
-    }
+    ByteBlock front_, back_;
+    ByteBlock digits_; // of the second half
+    LongMask signs_, kept_;
+    Mask bad_;
 };
+
+// Decodes as much as can be of a block of text where something cannot, or of what is left of a
+// text. What can be decoded may end before this block, in an escape that the block before drops.
+[[gnu::noinline]] Converted decode_front(Source text, Byte* out, ByteBlock before) {
+    const ByteBlock bytes =
+        text.left() >= kBlockSize ? load_block(text.next) : load_last_block(text.end, text.left());
+    const DecodedHalf front({before, bytes}, classify_digits(before));
+    const DecodedHalf back(
+        {bytes, text.left() >= kDecodedBlock
+                    ? load_block(text.next + kBlockSize)
+                    : load_last_block(text.end, left_behind(text.left(), kBlockSize))},
+        front.digits);
+    const DecodedBlock block(front, back, high_bits(before == '=') >> (kBlockSize - 1));
+
+    const int found = __builtin_ctzll(long_mask(front.bad, back.bad));
+    ptrdiff_t bad = found;
+    if ((long_mask(front.is_behind_sign, back.is_behind_sign) >> found & 1) != 0)
+        bad -= 1;
+    else if ((long_mask(front.is_second_digit, back.is_second_digit) >> found & 1) != 0)
+        bad -= 2;
+    return {text.next + bad, bad < 0 ? out : block.put_front(out, static_cast<size_t>(bad))};
+}
 
 } // namespace
 
@@ -281,37 +319,34 @@ Converted wide_encode_quoted(Source source, Byte* out) {
 }
 
 Converted wide_decode_quoted(Source source, Byte* out, const bool& is_last) {
-    LongMask dropped = 0; // of the front of what is left, what belongs to an escape before it
-    for (;;) {
-        bool is_whole = source.left() >= kDecodedBlock;
-        if (!is_whole && !is_last)
-            return {source.next + count(dropped), out};
-        DecodedBlock block(
-            is_whole ? load_block(source.next) : load_last_block(source.end, source.left()),
-            is_whole ? load_block(source.next + kBlockSize)
-                     : load_last_block(source.end, left_behind(source.left(), kBlockSize)),
-            dropped);
-        if (block.end != 0) {
-            const size_t length = static_cast<size_t>(__builtin_ctzll(block.end));
-            return {source.next + length, block.put_front(out, length)};
+    ByteBlock before = {};
+    if (source.left() >= kDecodedBlock) {
+        const ByteBlock bytes = load_block(source.next);
+        const DecodedHalf front({before, bytes}, before);
+        const DecodedHalf back(QuotedText(source.next + kBlockSize), front.digits);
+        DecodedBlock block(front, back, 0);
+        if (!block.is_bad()) {
+            // A block is looked through while the one before is written: neither waits for the
+            // other.
+            for (;;) {
+                source.next += kDecodedBlock;
+                if (source.left() < kDecodedBlock)
+                    break;
+                const DecodedBlock next = block.next(source.next);
+                if (next.is_bad())
+                    break;
+                out = block.put(out);
+                block = next;
+            }
+            before = load_block(source.next - kBlockSize);
+            out = block.put_front(out, kDecodedBlock);
+            if (source.left() < kDecodedBlock && !is_last)
+                return {source.next - block.unfinished(), out};
         }
-        if (!is_whole)
-            return {source.next + kDecodedBytes + count(block.dropped_behind),
-                    block.put_front(out, kDecodedBytes)};
-        // A block is looked through while the one before is written: neither waits for the other.
-        const Byte* const last = source.end - kDecodedBlock;
-        for (;;) {
-            source.next += kDecodedBytes;
-            dropped = block.dropped_behind;
-            is_whole = source.next <= last;
-            const DecodedBlock next(is_whole ? source.next : last, dropped);
-            if (!is_whole || next.end != 0)
-                break;
-            out = block.put(out);
-            block = next;
-        }
-        out = block.put_front(out, kDecodedBytes);
+    } else if (!is_last) {
+        return {source.next, out};
     }
+    return decode_front(source, out, before);
 }
 
 } // namespace zv
