@@ -94,6 +94,8 @@ public:
 
     // Stops at what is not plain, or where less than a block is left.
     Source decode(Source source) {
+        if (source.left() >= kWindowReach + kWindow)
+            decode_windows(source);
         while (source.left() >= kReach &&
                (mode_ == JisMode::two_byte ? decode_pairs(source) : copy_single_bytes(source))) {
         }
@@ -109,6 +111,70 @@ private:
     static constexpr size_t kLineEndLength = sizeof kLineEnd - 1;
     // A block and what may end its run behind it.
     static constexpr size_t kReach = kBlockSize + kLineEndLength;
+
+    // The bytes of a window that end runs of pairs and of single bytes.
+    static constexpr size_t kWindow = 2 * kBlockSize;
+    static constexpr size_t kWindowReach = kWindow + kReach;
+    struct Window {
+        const Byte* start;
+        LongMask not_pairs, escapes;
+
+        explicit Window(const Byte* text) : start(text) {
+            const ByteBlock front = load_block(text);
+            const ByteBlock back = load_block(text + kBlockSize);
+            not_pairs = ~long_mask(Pairs::is_plain(front), Pairs::is_plain(back));
+            escapes = not_pairs != 0 ? long_mask(front == kEscape, back == kEscape) : 0;
+        }
+    };
+
+    // Looks up in windows where runs end, ahead of them, so that no run waits for the one before.
+    // Stops near the end of the source too.
+    void decode_windows(Source& source) {
+        Window window(source.next);
+        bool goes_on;
+        do {
+            const bool pairs = mode_ == JisMode::two_byte;
+            const Byte* const run = source.next;
+            const Byte* from = run;
+            LongMask ends = (pairs ? window.not_pairs : window.escapes) >> (from - window.start);
+            while (ends == 0) {
+                from = window.start + kWindow;
+                take_blocks(source, from, pairs);
+                if (static_cast<size_t>(source.end - from) < kWindowReach)
+                    return;
+                window = Window(from);
+                ends = pairs ? window.not_pairs : window.escapes;
+            }
+            const Byte* const end = from + __builtin_ctzll(ends);
+            take_blocks(source, end, pairs);
+            const auto rest = static_cast<size_t>(end - source.next);
+            if (!pairs) {
+                put_single_bytes(source, rest);
+                goes_on = end_single_bytes(source);
+            } else {
+                if (source.next != run)
+                    end_run(source, rest / 2 * 2);
+                else
+                    put_short_run(source, rest / 2 * 2);
+                goes_on = end_pairs(source);
+            }
+            if (source.next >= window.start + kWindow) {
+                if (static_cast<size_t>(source.end - window.start) < kWindow + kWindowReach)
+                    return;
+                window = Window(window.start + kWindow);
+            }
+        } while (goes_on);
+    }
+
+    // Takes the whole blocks of a run that goes on to an end at least.
+    void take_blocks(Source& source, const Byte* end, bool pairs) {
+        while (static_cast<size_t>(end - source.next) >= kBlockSize) {
+            const ByteBlock block = load_block(source.next);
+            store_block(out_, pairs ? Pairs::convert(block) : block);
+            out_ += kBlockSize;
+            source.next += kBlockSize;
+        }
+    }
 
     // Decodes a run of pairs and steps over the escape sequence that ends it. False when it ends
     // otherwise, or near the end of the source.
@@ -130,6 +196,11 @@ private:
             end_run(source, plain);
         else
             put_short_run(source, plain);
+        return end_pairs(source);
+    }
+
+    // Steps over what ends a run of pairs and begins another run.
+    bool end_pairs(Source& source) {
         if (std::memcmp(source.next, kLineEnd, kLineEndLength) == 0) {
             *out_++ = '\n';
             source.next += kLineEndLength;
@@ -140,6 +211,7 @@ private:
             return false;
         mode_ = JisMode::single_byte;
         source.next += kEscapeSequence;
+        end_single_bytes(source); // an empty run is frequent
         return true;
     }
 
@@ -165,7 +237,6 @@ private:
 
     // Copies a run of single bytes and steps over the escape sequence that ends it.
     bool copy_single_bytes(Source& source) {
-        // The most frequent runs are an empty one and a line end.
         if (source.next[0] != kEscape) {
             if (source.next[1] == kEscape) {
                 *out_++ = *source.next++;
@@ -178,12 +249,18 @@ private:
                     source.next += kBlockSize;
                     return true;
                 }
-                const size_t run = count_before(escapes);
-                copy_short(out_, source.next, run);
-                out_ += run;
-                source.next += run;
+                put_single_bytes(source, count_before(escapes));
             }
         }
+        return end_single_bytes(source);
+    }
+
+    void put_single_bytes(Source& source, size_t length) {
+        copy_short(out_, source.next, length);
+        out_ += length;
+        source.next += length;
+    }
+    bool end_single_bytes(Source& source) {
         if (first_three(source.next) != escape_sequence('$', 'B'))
             return false;
         mode_ = JisMode::two_byte;

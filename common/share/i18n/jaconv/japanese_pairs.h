@@ -122,7 +122,8 @@ struct EucToJisPairs : PairKernel<kSafeWhereNothingShrinks> {
 // Bytes below 21 may be line ends or the escape, those from 80 on, which are negative, are no JIS.
 // 7F is none either, but the arithmetic is the same.
 struct JisToEucPairs : PairKernel<kNeverSafe> {
-    static SignedByteBlock not_plain(ByteBlock bytes) { return as_signed(bytes) < 0x21; }
+    static SignedByteBlock is_plain(ByteBlock bytes) { return as_signed(bytes) > 0x20; }
+    static SignedByteBlock not_plain(ByteBlock bytes) { return ~is_plain(bytes); }
     static ByteBlock convert(ByteBlock bytes) { return bytes | 0x80; }
 };
 

@@ -84,6 +84,14 @@ inline Mask high_bits(Block block) {
 #endif
 }
 
+// One bit for each byte of two blocks.
+using LongMask = std::uint64_t;
+
+template <class Block>
+inline LongMask long_mask(Block front, Block back) {
+    return high_bits(front) | LongMask{high_bits(back)} << kBlockSize;
+}
+
 // How many bytes at the front of a block are none of those that a mask marks; there are some.
 inline size_t count_before(Mask marked) {
     return static_cast<size_t>(std::countr_zero(marked));

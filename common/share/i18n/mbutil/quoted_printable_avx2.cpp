@@ -115,13 +115,6 @@ Byte* encode_block(Byte* out, ByteBlock bytes, size_t length) {
     return out + length + 2 * count(escaped & ((Mask{1} << length) - 1));
 }
 
-using LongMask = std::uint64_t;
-
-template <class Block>
-LongMask long_mask(Block front, Block back) {
-    return high_bits(front) | LongMask{high_bits(back)} << kBlockSize;
-}
-
 // The places of those of eight bytes that are kept, from a first one on.
 struct KeptBytes {
     Byte places[256][8];
