@@ -77,4 +77,16 @@ TEST(Big5Cns, AgreesWithIconv) {
     EXPECT_EQ(to_big5, (Counts{13444, 8, 108}));
 }
 
+TEST(Big5Cns, RadicalsThatIconvLacks) {
+    // By number. Row 7 and what follows have all of them in order, one for both 34 and 35.
+    constexpr int kRadicals[] = {3,  4,  6,  8,  13, 14, 15, 20, 23,  26,  28,  35, 40,
+                                 47, 52, 53, 54, 58, 59, 66, 71, 104, 105, 162, 171};
+    int second = 0xBF;
+    for (const int radical : kRadicals) {
+        const int place = radical - (radical > 34 ? 2 : 1);
+        const std::string code = pair_of(0xA7 + place / 94, 0xA1 + place % 94);
+        EXPECT_EQ(test::convert_guarded(big2euchx, pair_of(0xC6, second++), 3), code);
+    }
+}
+
 } // namespace
