@@ -17,12 +17,16 @@ void check_quoted_printable(const std::string& text) {
     fuzz::require(model.size() < promised, "stated room of convertToQuotedPrintable");
     std::string encoded = fuzz::convert_in_room(encode, text, model.size() + 1, "encode");
     same(encoded, model, "convertToQuotedPrintable");
-    same(fuzz::convert_in_room(decode, text, text.size() + 1, "decode"),
-         test::model_of_decoder(text), "convertFromQuotedPrintable");
+    const auto decoded_in_place = [decode](const std::string& line) {
+        fuzz::Text in_place(line);
+        decode(in_place.data(), in_place.data());
+        return in_place.text();
+    };
+    const std::string decoded = fuzz::convert_in_room(decode, text, text.size() + 1, "decode");
+    same(decoded, test::model_of_decoder(text), "convertFromQuotedPrintable");
+    same(decoded_in_place(text), decoded, "decoding in place");
     for (size_t at; (at = encoded.find("=\n\r")) != encoded.npos;) encoded.erase(at, 3);
-    fuzz::Text in_place(encoded);
-    decode(in_place.data(), in_place.data());
-    same(in_place.text(), text, "encoded text decodes to what it was");
+    same(decoded_in_place(encoded), text, "encoded text decodes to what it was");
 }
 
 std::string base64_decoded(std::string_view digits) {

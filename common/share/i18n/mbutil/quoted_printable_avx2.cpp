@@ -222,9 +222,10 @@ public:
 
     bool is_bad() const { return bad_ != 0; }
 
-    // How many bytes at the end belong to an escape or a soft line break that may go on behind it.
-    ptrdiff_t unfinished() const {
-        return signs_ >> (kDecodedBlock - 1) != 0 ? 1 : signs_ >> (kDecodedBlock - 2) != 0 ? 2 : 0;
+    // The length without an escape or a soft line break that may go on behind the end.
+    size_t finished() const {
+        constexpr LongMask kLast = LongMask{1} << (kDecodedBlock - 1);
+        return kDecodedBlock - ((signs_ & kLast) != 0 ? 1 : (signs_ & kLast >> 1) != 0 ? 2 : 0);
     }
 
     // Writes no more bytes than the block has.
@@ -332,9 +333,10 @@ Converted wide_decode_quoted(Source source, Byte* out, const bool& is_last) {
                 block = next;
             }
             before = load_block(source.next - kBlockSize);
-            out = block.put_front(out, kDecodedBlock);
+            // What may be read again is not written over.
+            out = block.put_front(out, block.finished());
             if (source.left() < kDecodedBlock && !is_last)
-                return {source.next - block.unfinished(), out};
+                return {source.next - kDecodedBlock + block.finished(), out};
         }
     } else if (!is_last) {
         return {source.next, out};
