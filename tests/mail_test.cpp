@@ -4,6 +4,8 @@
 
 #include "faults/faults.h"
 #include "mbutil.h"
+#include "models/mail_model.h"
+#include "support/guarded.h"
 #include "support/texts.h"
 
 namespace {
@@ -16,6 +18,21 @@ TEST(MailLines, NothingIsReadWithoutRoomOrTransfer) {
                  getLine(nullptr, 5, nullptr, ZV_EUC, 0, ZV_EUC));
     EXPECT_STREQ(room, "kept");
     EXPECT_STREQ(getLine(room, 1, test::stream_of("ab").get(), ZV_EUC, 0, ZV_EUC), "");
+}
+
+TEST(QuotedPrintable, ALongLineIsReadInPieces) {
+    InitMbutilExt(ZV_EUC);
+    const auto decode = [](const char* src, char* dst) { convertFromQuotedPrintable(dst, src); };
+    for (const char* const unit : {"=C4=\n=e9 x", "=41=4=zy=\r=\t"}) {
+        std::string mixed;
+        while (mixed.size() < 200) mixed += unit;
+        // The first piece ends at every place in it, the second behind.
+        for (size_t first = 2048 - 100; first <= 2048; ++first) {
+            const std::string text = std::string(first, 'x') + mixed + std::string(5000, 'y');
+            EXPECT_EQ(test::convert_guarded(decode, text, text.size() + 1),
+                      test::model_of_decoder(text));
+        }
+    }
 }
 
 TEST(MailMemory, IsTakenForLongTextsAlone) {
