@@ -72,10 +72,10 @@ alignas(16) constexpr QuadShuffles kQuadShuffles = make_quad_shuffles();
 
 // Writes one of the quads of a block and bytes that mean nothing behind it.
 template <int n>
-Byte* put_quad(Byte* out, __m128i quad, std::uint64_t escaped) {
+Byte* put_quad(Byte* out, __m128i quad, Mask escaped) {
     constexpr size_t kRow = QuadShuffles::kSize;
     static_assert(kRow == 1 << 4); // the masks of quads, too, are four bits
-    const Byte* const row = kQuadShuffles.rows + ((escaped << 4) >> (4 * n) & (0xF * kRow));
+    const Byte* const row = kQuadShuffles.rows + (std::rotr(escaped, 4 * n - 4) & (0xF * kRow));
     store(out, _mm_shuffle_epi8(quad, load(row)));
     return out + row[kRow - 1];
 }
