@@ -211,7 +211,7 @@ private:
             return false;
         mode_ = JisMode::single_byte;
         source.next += kEscapeSequence;
-        end_single_bytes(source); // an empty run is frequent
+        end_single_bytes(source); // empty too
         return true;
     }
 
@@ -237,21 +237,17 @@ private:
 
     // Copies a run of single bytes and steps over the escape sequence that ends it.
     bool copy_single_bytes(Source& source) {
-        if (source.next[0] != kEscape) {
-            if (source.next[1] == kEscape) {
-                *out_++ = *source.next++;
-            } else {
-                const ByteBlock block = load_block(source.next);
-                const Mask escapes = high_bits(block == kEscape);
-                if (escapes == 0) {
-                    store_block(out_, block);
-                    out_ += kBlockSize;
-                    source.next += kBlockSize;
-                    return true;
-                }
-                put_single_bytes(source, count_before(escapes));
-            }
+        if (end_single_bytes(source))
+            return true; // an empty run is frequent
+        const ByteBlock block = load_block(source.next);
+        const Mask escapes = high_bits(block == kEscape);
+        if (escapes == 0) {
+            store_block(out_, block);
+            out_ += kBlockSize;
+            source.next += kBlockSize;
+            return true;
         }
+        put_single_bytes(source, count_before(escapes));
         return end_single_bytes(source);
     }
 
