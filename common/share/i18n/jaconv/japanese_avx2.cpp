@@ -28,33 +28,40 @@ ByteBlock one_earlier(ByteBlock before, ByteBlock bytes) {
                                    59, 60, 61, 62);
 }
 
+// Out of the way, so that a block is not prepared for it in memory.
+[[gnu::noinline]] void store_last(Byte* to, ByteBlock block, size_t length) {
+    store_front(to, block, length);
+}
+
 // Converts ASCII and two-byte characters in any mixture, without a branch for a character: in a run
 // of bytes that could be lead bytes, leads and trails alternate from the run's first byte, or from
 // its second where that is the trail byte of the block before.
 template <class Bytes, size_t SafeLeft>
 Converted convert_mixed(Source source, Byte* out) {
     ByteBlock before = {};
+    SignedByteBlock was_lead = {};
     Mask carried = 0;
     while (source.left() > kBlockSize) {
         const ByteBlock bytes = load_block(source.next);
-        const Mask high = high_bits(bytes);
-        if ((high | carried) == 0) {
+        const Mask could_lead = high_bits(Bytes::could_lead(bytes));
+        if ((could_lead | carried) == 0 && high_bits(bytes) == 0) {
             store_block(out, bytes);
             source.next += kBlockSize;
             out += kBlockSize;
             continue;
         }
-        const Mask leads = every_other(high_bits(Bytes::could_lead(bytes)) & ~carried);
-        const Mask trails = leads << 1 | carried;
-        const Mask bad_trails = trails & ~high_bits(Bytes::could_trail(bytes));
-        const Mask not_plain = (high & ~leads & ~trails) | bad_trails;
+        const Mask leads = every_other(could_lead & ~carried);
+        const SignedByteBlock is_lead = spread(leads);
+        const SignedByteBlock is_trail =
+            as_signed(one_earlier(as_unsigned(was_lead), as_unsigned(is_lead)));
         const ByteBlock lead = Bytes::lead(bytes, load_block(source.next + 1));
         const ByteBlock trail = Bytes::trail(one_earlier(before, bytes), bytes);
-        const ByteBlock converted =
-            choose(spread(leads), lead, choose(spread(trails), trail, bytes));
+        const ByteBlock converted = choose(is_lead, lead, choose(is_trail, trail, bytes));
+        const Mask not_plain = high_bits(choose(is_trail, ~as_unsigned(Bytes::could_trail(bytes)),
+                                                bytes & ~as_unsigned(is_lead)));
         if (not_plain != 0) [[unlikely]] {
             size_t plain = count_before(not_plain);
-            if ((bad_trails >> plain & 1) != 0) {
+            if (((leads << 1 | carried) >> plain & 1) != 0) { // with its lead byte
                 if (plain == 0)
                     break;
                 --plain;
@@ -62,7 +69,7 @@ Converted convert_mixed(Source source, Byte* out) {
             if (source.left() >= SafeLeft)
                 store_block(out, converted);
             else
-                store_front(out, converted, plain);
+                store_last(out, converted, plain);
             return {source.next + plain, out + plain};
         }
         store_block(out, converted);
@@ -70,6 +77,7 @@ Converted convert_mixed(Source source, Byte* out) {
         out += kBlockSize;
         carried = leads >> (kBlockSize - 1);
         before = bytes;
+        was_lead = is_lead;
     }
     // A character that reaches beyond the last block is left to the rule.
     return {source.next - carried, out - carried};
