@@ -14,8 +14,6 @@
 namespace bench {
 namespace {
 
-constexpr size_t kPage = 4096;
-
 bool begins_character(char utf8) {
     return (static_cast<unsigned char>(utf8) & 0xC0) != 0x80;
 }

@@ -53,6 +53,19 @@ private:
 // Ends the run: a library or a peer does not do the job that is measured.
 [[noreturn]] void fail(const std::string& what);
 
+inline constexpr size_t kPage = 4096;
+
+// Moves what is allocated in its life to other pages each time: some addresses collide in the
+// first-level cache, and that shall spoil one repetition rather than all.
+class OtherPages {
+public:
+    OtherPages() : pages_(kPage * (++count_ * 7 % 31)) {}
+
+private:
+    static inline size_t count_ = 0;
+    std::vector<char> pages_;
+};
+
 // One row of the report: an operation on a text, done by the library and by its peers.
 class Row {
 public:
@@ -66,6 +79,7 @@ public:
     const Row& measure(const char* peer, Make make) const {
         const auto run = [*this, make](benchmark::State& state) {
             std::setlocale(LC_ALL, "C");
+            const OtherPages elsewhere;
             auto work = make();
             for ([[maybe_unused]] auto iteration : state) {
                 work();
