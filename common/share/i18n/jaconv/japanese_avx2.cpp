@@ -21,13 +21,6 @@ SignedByteBlock spread(Mask mask) {
     return (eights & kBits) == kBits;
 }
 
-// The block that begins a byte earlier.
-ByteBlock one_earlier(ByteBlock before, ByteBlock bytes) {
-    return __builtin_shufflevector(before, bytes, 31, 32, 33, 34, 35, 36, 37, 38, 39, 40, 41, 42,
-                                   43, 44, 45, 46, 47, 48, 49, 50, 51, 52, 53, 54, 55, 56, 57, 58,
-                                   59, 60, 61, 62);
-}
-
 // Out of the way, so that a block is not prepared for it in memory.
 [[gnu::noinline]] void store_last(Byte* to, ByteBlock block, size_t length) {
     store_front(to, block, length);
@@ -53,9 +46,9 @@ Converted convert_mixed(Source source, Byte* out) {
         const Mask leads = every_other(could_lead & ~carried);
         const SignedByteBlock is_lead = spread(leads);
         const SignedByteBlock is_trail =
-            as_signed(one_earlier(as_unsigned(was_lead), as_unsigned(is_lead)));
+            as_signed(earlier<1>(as_unsigned(was_lead), as_unsigned(is_lead)));
         const ByteBlock lead = Bytes::lead(bytes, load_block(source.next + 1));
-        const ByteBlock trail = Bytes::trail(one_earlier(before, bytes), bytes);
+        const ByteBlock trail = Bytes::trail(earlier<1>(before, bytes), bytes);
         const ByteBlock converted = choose(is_lead, lead, choose(is_trail, trail, bytes));
         const Mask not_plain = high_bits(choose(is_trail, ~as_unsigned(Bytes::could_trail(bytes)),
                                                 bytes & ~as_unsigned(is_lead)));
@@ -114,6 +107,7 @@ public:
     JisMode mode() const { return mode_; }
 
 private:
+    static constexpr size_t kEscapeSequence = 3;
     // What stands between the pairs of two lines.
     static constexpr char kLineEnd[] = "\x1B(B\n\x1B$B";
     static constexpr size_t kLineEndLength = sizeof kLineEnd - 1;
@@ -122,6 +116,7 @@ private:
 
     // The bytes of a window that end runs of pairs and of single bytes.
     static constexpr size_t kWindow = 2 * kBlockSize;
+    // A window, and what may be read behind a run that ends in it.
     static constexpr size_t kWindowReach = kWindow + kReach;
     struct Window {
         const Byte* start;
@@ -131,6 +126,7 @@ private:
             const ByteBlock front = load_block(text);
             const ByteBlock back = load_block(text + kBlockSize);
             not_pairs = ~long_mask(Pairs::is_plain(front), Pairs::is_plain(back));
+            // No byte of a pair is an escape.
             escapes = not_pairs != 0 ? long_mask(front == kEscape, back == kEscape) : 0;
         }
     };
@@ -219,7 +215,7 @@ private:
             return false;
         mode_ = JisMode::single_byte;
         source.next += kEscapeSequence;
-        end_single_bytes(source); // empty too
+        end_single_bytes(source); // the next run is often empty
         return true;
     }
 
@@ -246,7 +242,7 @@ private:
     // Copies a run of single bytes and steps over the escape sequence that ends it.
     bool copy_single_bytes(Source& source) {
         if (end_single_bytes(source))
-            return true; // an empty run is frequent
+            return true; // at the start of a text
         const ByteBlock block = load_block(source.next);
         const Mask escapes = high_bits(block == kEscape);
         if (escapes == 0) {
@@ -271,8 +267,6 @@ private:
         source.next += kEscapeSequence;
         return true;
     }
-
-    static constexpr size_t kEscapeSequence = 3;
 
     Byte* out_;
     JisMode mode_;

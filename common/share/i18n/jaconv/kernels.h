@@ -3,6 +3,7 @@
 
 #include <bit>
 #include <cstdint>
+#include <utility>
 
 #include "bytes.h"
 
@@ -62,6 +63,15 @@ inline void store_front(Byte* to, Block block, size_t length) {
     Byte bytes[kBlockSize];
     store_block(bytes, block);
     copy_short(to, bytes, length);
+}
+
+// The block that begins so many bytes earlier.
+template <size_t bytes>
+inline ByteBlock earlier(ByteBlock before, ByteBlock block) {
+    return [=]<size_t... places>(std::index_sequence<places...>) {
+        return __builtin_shufflevector(before, block, (kBlockSize - bytes + places)...);
+    }
+    (std::make_index_sequence<kBlockSize>());
 }
 
 // One bit for each byte of a block, the lowest for the first.

@@ -139,13 +139,6 @@ ByteBlock more(ByteBlock bytes, int amount) {
         _mm256_adds_epu8(as_block(bytes), _mm256_set1_epi8(static_cast<char>(amount))));
 }
 
-// The block that begins so many bytes earlier.
-template <int bytes>
-ByteBlock earlier(ByteBlock before, ByteBlock block) {
-    const auto middle = _mm256_permute2x128_si256(as_block(before), as_block(block), 0x21);
-    return std::bit_cast<ByteBlock>(_mm256_alignr_epi8(as_block(block), middle, 16 - bytes));
-}
-
 // What digits mean, taken from 7F; all else becomes 80 or more.
 ByteBlock classify_digits(ByteBlock bytes) {
     const ByteBlock decimal = more('9' - bytes, 0x7F - 9);
