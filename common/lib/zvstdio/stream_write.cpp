@@ -2,16 +2,10 @@
 
 #include <unistd.h>
 
-#include <cstdarg>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
 
 namespace zv {
 namespace {
-
-// Longer texts of ZVfprintf() need memory.
-constexpr size_t kFormatSize = 16384;
 
 // Moves the descriptor to where a write of that many bytes belongs, and the position with it.
 bool go_to_write(ZVFILE& stream, size_t total) {
@@ -61,31 +55,6 @@ size_t ZVfwrite(const void* src, size_t size, size_t count, ZVFILE* stream) {
         stream->position += static_cast<int32_t>(written);
     }
     return count;
-}
-
-int ZVfprintf(ZVFILE* stream, const char* format, ...) {
-    if (!zv::is_open(stream))
-        return 0;
-    char room[zv::kFormatSize];
-    va_list arguments;
-    va_start(arguments, format);
-    const int length = std::vsnprintf(room, sizeof room, format, arguments);
-    va_end(arguments);
-    if (length <= 0)
-        return length;
-
-    const auto size = static_cast<size_t>(length);
-    if (size < sizeof room)
-        return static_cast<int>(ZVfwrite(room, 1, size, stream));
-    auto* text = static_cast<char*>(std::malloc(size + 1));
-    if (text == nullptr)
-        return 0;
-    va_start(arguments, format);
-    std::vsnprintf(text, size + 1, format, arguments);
-    va_end(arguments);
-    const size_t written = ZVfwrite(text, 1, size, stream);
-    std::free(text);
-    return static_cast<int>(written);
 }
 
 int ZVfputc(int c, ZVFILE* stream) {
