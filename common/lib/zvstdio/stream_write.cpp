@@ -10,22 +10,22 @@ namespace {
 // Moves the descriptor to where a write of that many bytes belongs, and the position with it.
 bool go_to_write(ZVFILE& stream, size_t total) {
     off_t place = stream.append ? lseek(stream.descriptor, 0, SEEK_END)
-                                : lseek(stream.descriptor, stream.position, SEEK_SET);
+                                : lseek(stream.descriptor, stream.position(), SEEK_SET);
     if (place < 0) {
         if (errno != ESPIPE) {
             keep_error(stream, errno);
             return false;
         }
-        place = stream.position;
+        place = stream.position();
     }
     // The read-ahead goes even if the write then fails: the next read starts at the position.
-    stream.unread = 0;
+    stream.stand_at(stream.position());
     if (place > kLastPosition || total > static_cast<size_t>(kLastPosition - place)) {
-        lseek(stream.descriptor, stream.position, SEEK_SET);
+        lseek(stream.descriptor, stream.end_position, SEEK_SET);
         keep_error(stream, EOVERFLOW);
         return false;
     }
-    stream.position = static_cast<int32_t>(place);
+    stream.end_position = static_cast<int32_t>(place);
     return true;
 }
 
@@ -52,7 +52,7 @@ size_t ZVfwrite(const void* src, size_t size, size_t count, ZVFILE* stream) {
         }
         next += written;
         left -= static_cast<size_t>(written);
-        stream->position += static_cast<int32_t>(written);
+        stream->end_position += static_cast<int32_t>(written);
     }
     return count;
 }
