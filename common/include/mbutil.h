@@ -792,8 +792,8 @@ char* convertToQuotedPrintable(char* dst, const char* src);
  * The line ends at its terminator, CR or LF, which is not copied; a text of several lines is
  * decoded line by line. "=" and CR or LF are dropped and the line goes on behind them, so that "=",
  * CR, LF ends it. Bytes that have no place in such text are dropped; "=" and a byte that is no
- * digit stay, of "=" and a single digit the digit and what follows it, a line end too: then the line
- * goes on behind it. "=00" becomes a zero byte, where the result ends for who reads it as a string.
+ * digit stay, of "=" and a single digit the digit and what follows it, a line end too: then the
+ * line goes on behind it. "=00" becomes a zero byte, where a reader of strings sees the end.
  * @param dst receives the decoded bytes; room for the length of @p src plus 1 bytes. May be @p src.
  * @param src the line.
  * @return @p dst.
