@@ -41,6 +41,11 @@ FAMILIES = {
         "List",
         "GPtrArray's walk by position is a macro; the cursor of a list is a call for each item.",
     ),
+    "services": (
+        "Services",
+        "libc converts the file with stdio and iconv, and reads the list with strtok_r, which cuts "
+        "characters of Shift-JIS.",
+    ),
 }
 
 
