@@ -151,9 +151,9 @@ void SetCodePage(const char* locale, char* name);
 /**
  * Rewrites a locale name so that its code set part names the matching Windows code page.
  *
- * "de_DE.ISO8859-15@euro" becomes "de_DE.cp1252@euro"; parts that are not ISO 8859 stay. A name
- * without a code set part gets the code page of the process locale, or itself again where that has
- * none: "ja" becomes "ja.ja".
+ * "de_DE.ISO8859-15@euro" becomes "de_DE.cp1252@euro"; code sets other than ISO 8859 stay, as do
+ * its parts 3, 6 and 8, and parts 10 to 16 but 13 count as 1. A name without a code set part gets
+ * the code page of the process locale, or itself again where that has none: "ja" becomes "ja.ja".
  * @param locale a locale name, ASCII; of 100 bytes or more it is copied unchanged.
  * @param out    receives the name; room for the length of @p locale twice, plus 8 bytes. May be
  *               @p locale.
@@ -242,16 +242,16 @@ int ismbcprint(int byte);
 
 /**
  * Tells how far a walk through text steps.
- * @param s        first byte of a character.
+ * @param s        first byte of a character; may be NULL.
  * @param code_set code set of the text.
- * @return the length of the character; 1 at the terminator and for malformed bytes.
+ * @return the length of the character; 1 at the terminator, for malformed bytes and for NULL.
  */
 int mbbytesinchartype(const char* s, int code_set);
 
 /**
  * Tells how far a walk through text of the current code set steps.
- * @param s first byte of a character.
- * @return the length of the character; 1 at the terminator and for malformed bytes.
+ * @param s first byte of a character; may be NULL.
+ * @return the length of the character; 1 at the terminator, for malformed bytes and for NULL.
  */
 int mbbytesinchar(const char* s);
 /** @} */
@@ -775,10 +775,10 @@ void SetCharset(char* charset, int code_set);
 /**
  * Encodes text as quoted-printable.
  *
- * Line ends are encoded too; a soft line break stands behind every 50 or more characters, and no
- * other line ends. It is written as "=", LF, CR, in this order, which decoders do not read as one:
+ * Line ends are encoded too; the result has soft line breaks alone, one behind every 50 or more
+ * characters. They are written as "=", LF, CR, in this order, which decoders do not read as one:
  * convertFromQuotedPrintable() stops there, others keep the CR. Before the text is sent, make each
- * LF, CR of it CR, LF; before getLine() is to read it, LF alone.
+ * LF, CR in it CR, LF; before getLine() is to read it, LF alone.
  * @param dst receives ASCII text. Room: with E = three times the length of @p src, E plus 3 bytes
  *            for every 50 of E, plus 1.
  * @param src text.

@@ -506,7 +506,7 @@ ZVFILE* OSTmpZVFile(void);
  * Opens a temporary file as OSTmpZVFile() does, as a standard stream.
  * @return the stream, to be closed with fclose(); NULL with errno.
  * @par Errors
- * - any error of tmpfile().
+ * - any error of open() or mkstemp(); ENOMEM.
  */
 FILE* OSTmpFile(void);
 
