@@ -11,7 +11,7 @@
  *
  * Output areas belong to the caller; where no size is passed, they have the room that is stated.
  * They do not overlap a source unless that is said. Pointers are not NULL unless something is said
- * of NULL. Results of type unsigned count modulo 4294967296.
+ * of NULL.
  */
 #ifndef ZVUTIL_MBUTIL_H
 #define ZVUTIL_MBUTIL_H
@@ -486,9 +486,10 @@ int mbvalidatestring(const char* s, unsigned* badpos, int code_set);
 
 /** Checks of mbvalidatestringtype(); one-byte characters must pass them. */
 enum {
-    ZV_CHECK_PRINTABLE = 104, /**< Printable or white space. */
-    ZV_CHECK_NO_LOWER = 105,  /**< No lower-case letter. */
-    ZV_CHECK_NO_UPPER = 106   /**< No upper-case letter. */
+    /** White space or printable, in a multibyte code set as ismbcprint() has it. */
+    ZV_CHECK_PRINTABLE = 104,
+    ZV_CHECK_NO_LOWER = 105, /**< No lower-case letter. */
+    ZV_CHECK_NO_UPPER = 106  /**< No upper-case letter. */
 };
 
 /**
@@ -603,6 +604,8 @@ extern const struct MbToSbNumber Mb2SbNumberTableInEUC_H[];
 
 /**
  * Replaces full-width digits and a few marks by their ASCII counterparts.
+ *
+ * Text of a code set that has none of the tables above is copied.
  * @param src text in the current code set.
  * @param dst receives the text; room for the length of @p src plus 1 bytes.
  * @return 0.
@@ -653,7 +656,7 @@ int mbfputs(const char* s, FILE* stream, int code_set);
  * Reads a block of text that does not end inside a character of the current code set.
  *
  * The bytes of a cut character are given back to the stream, for the next call, by positioning or
- * by push-back; a stream that takes neither gives them away with the block.
+ * by push-back; where the stream takes neither, the block ends inside the character.
  * @param buf    receives the text and, in a multibyte code set, a terminator; room for size + 1
  *               bytes.
  * @param size   bytes to read, at least 1; at least 4 so that every character fits. 2147483647 are

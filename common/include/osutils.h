@@ -125,9 +125,9 @@ const char* OSGetZVMonitorConfigFile(const void* unused);
 /**
  * Reads a value from the server configuration file.
  *
- * A line that begins with the key gives the rest of the line, without the blanks around it; the
- * last such line counts. A line longer than 283 bytes is looked at in pieces, each as a line of its
- * own. The file is read afresh by every call.
+ * A line that begins with the key, letter case included, gives the rest of the line, without the
+ * blanks around it; the last such line counts. A line longer than 283 bytes is looked at in pieces,
+ * each as a line of its own. The file is read afresh by every call.
  * @param key   not empty, its colon included.
  * @param value receives the value, cut after 255 bytes, or an empty string when there is none or
  *              the file cannot be read to its end or is no regular file; room for 256 bytes.
@@ -209,7 +209,11 @@ int OSGetRemoteHostnameWithDomain(const char* name, char* out);
  */
 int OSGetServerNameWithDomain(char* out);
 
-/** Caches the machine's node name, exactly as the system reports it. */
+/**
+ * Caches the machine's node name, exactly as the system reports it.
+ * @par Thread safety
+ * Before other threads start, as InitializeSrvUtil() calls it, or while none asks for names.
+ */
 void InitHostnameNoDomain(void);
 
 /** Gives the node name, asking for it on first use. @param out receives it, or an empty string. */

@@ -24,7 +24,8 @@ extern "C" {
  *
  * Initialise a critical section once, enter and leave it from any threads, delete it when none
  * uses it any more. It excludes threads, not processes, and it is not recursive: a thread that
- * enters it twice waits for ever. Failures are not reported.
+ * enters it twice waits for ever. Failures are not reported, such as that of a key when the system
+ * has none left; a host that must know calls the system itself.
  * @par Thread safety
  * Any number of threads at once; initialising and deleting an object only while no other thread
  * uses it.
