@@ -509,9 +509,9 @@ int mbvalidatestringtype(const char* s, unsigned* badpos, int check);
  * @brief One call for every pair of code sets, and lines and files read and written through it.
  *
  * The streams are stdio streams. Line ends are neither added, removed nor translated; a zero byte
- * hides the rest of its line. The converters behind these functions, and what becomes of bytes that
- * they cannot convert, are those of @ref zvutil_japanese, @ref zvutil_big5 and
- * @ref zvutil_codepages.
+ * hides the rest of its line. The converters behind these functions are those of
+ * @ref zvutil_japanese, @ref zvutil_big5 and @ref zvutil_codepages, whose pages say what becomes of
+ * bytes that they cannot convert.
  * @par Thread safety
  * Any number of threads at once, once the current code set has been set; a stream by one thread at
  * a time.
@@ -851,7 +851,9 @@ enum {
  *
  * Longer lines are read in pieces of size - 1 bytes, wherever these end, as by mbfgets(); a
  * quoted-printable piece whose last byte but one is "=" is continued by the next. Lines end in LF:
- * a soft line break before CR, LF is dropped, but the next line is one of its own.
+ * a soft line break before CR, LF is dropped, but the next line is one of its own. The line end is
+ * converted too: into #ZV_CP1250 and #ZV_CP1251 it becomes another character, see
+ * @ref zvutil_codepages.
  * @param dst    receives the line, terminated; what does not fit is dropped, in whole characters of
  *               the current code set. May be NULL.
  * @param size   room of @p dst in bytes, at least 2: 1 reads nothing and never meets the end.
