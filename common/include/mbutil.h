@@ -615,7 +615,8 @@ int mbfputs(const char* s, FILE* stream, int code_set);
  * The bytes of a cut character are given back to the stream, for the next call.
  * @param buf    receives the text and, in a multibyte code set, a terminator; room for size + 1
  *               bytes.
- * @param size   bytes to read, at least 1; at least 4 so that every character fits.
+ * @param size   bytes to read, at least 1; at least 4 so that every character fits. Above
+ *               2147483647 it counts as that.
  * @param stream the file.
  * @return bytes kept in @p buf; 0 at the end of the file and on an error.
  */
