@@ -229,14 +229,14 @@ int SkipESCSeq(const unsigned char** text, int c, int* two_byte);
 /**
  * Counts the bytes of the EUC form of a Shift-JIS string.
  * @param s Shift-JIS text.
- * @return bytes, without the terminator.
+ * @return bytes, without the terminator; INT_MAX where there are more.
  */
 int eucLength(const char* s);
 
 /**
  * Counts the bytes of the Shift-JIS form of an EUC string.
  * @param s Japanese EUC text.
- * @return bytes, without the terminator.
+ * @return bytes, without the terminator; INT_MAX where there are more.
  */
 int shiftLength(const char* s);
 
@@ -397,7 +397,8 @@ int CnsCode(int ordinal, unsigned char* cns);
 /**
  * Counts the bytes of the EUC-TW form of a Big5 string.
  * @param s Big5 text.
- * @return bytes, without the terminator. No memory is taken, so this cannot fail.
+ * @return bytes, without the terminator; INT_MAX where there are more. No memory is taken, so this
+ *         cannot fail.
  */
 int euchLength(const char* s);
 
@@ -405,7 +406,8 @@ int euchLength(const char* s);
  * Counts the bytes of the Big5 form of an EUC-TW string.
  * @param s EUC-TW text.
  * @return bytes, without the terminator: 2 for each two- or four-byte character, else 1 a byte;
- *         also 1 a byte for a character that the terminator cuts short.
+ *         also 1 a byte for a character that the terminator cuts short. INT_MAX where there are
+ *         more.
  */
 int big5Length(const char* s);
 /** @} */
