@@ -39,9 +39,9 @@ extern "C" {
  * would lead to a longer path counts as absent; it is never cut. The file itself is described in
  * @ref zv_conf.
  * @par Thread safety
- * Any number of threads at once after InitializeSrvUtil(); of SetZVInstallPath() and the first call
- * of OSGetAuditConfigPath() and OSGetZVMonitorConfigFile() one at a time, while no other thread
- * asks for that path.
+ * Any number of threads at once for what InitializeSrvUtil() has filled, giving 1; of
+ * SetZVInstallPath() and the first call of a getter that finds its path itself one at a time, while
+ * no other thread asks for paths.
  * @par Example
  * @snippet services.c paths
  * @{
@@ -53,8 +53,9 @@ extern "C" {
  * Resolves the machine's names and fills the caches of all paths but those of the audit and monitor
  * configuration files. Names are text in the current code set: set it before, or the environment's
  * locale may be adopted, as by InitMbutil().
- * @return 1, or 0 when the machine's full name cannot be resolved; the caches are filled all the
- *         same, that of the full name with the node name.
+ * @return 1, or 0 when the machine's full name cannot be resolved. The node name stands for it
+ *         then and nothing else is filled: ask once, before other threads start, for each of the
+ *         other names and paths that the host is going to use.
  * @par Thread safety
  * Before other threads start.
  */
@@ -178,7 +179,8 @@ typedef struct NameList {
  * @return 1, or 0 when the node name cannot be looked up. It stands in for the full name then, and
  *         only the call that made the look-up reports the failure.
  * @par Thread safety
- * Before other threads start, as InitializeSrvUtil() calls it, or while none asks for names.
+ * Before other threads start, as InitializeSrvUtil() calls it, or while none asks for names. A call
+ * that finds the same name again disturbs no reader.
  */
 int InitHostnameWithDomain(void);
 
