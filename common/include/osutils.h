@@ -98,8 +98,8 @@ const char* OSGetDBConfigPath(void);
  * Gives the audit configuration file.
  * @return "zvaudit.conf" in the configuration directory.
  * @par Thread safety
- * The first call fills a cache that InitializeSrvUtil() does not; make it while no other thread
- * does.
+ * The first call, also after SetZVInstallPath(), fills a cache that InitializeSrvUtil() does not;
+ * make it while no other thread does.
  */
 const char* OSGetAuditConfigPath(void);
 
@@ -151,7 +151,8 @@ void OSGetEol(char* out);
  * of ASCII, whatever the process locale. A look-up may ask the network and wait for it. Why it
  * failed is not reported.
  * @par Thread safety
- * Any number of threads at once after InitializeSrvUtil().
+ * Any number of threads at once after InitializeSrvUtil() gave 1; after it gave 0, once
+ * OSGetHostnameNoDomain() has been called.
  * @par Example
  * @snippet services.c names
  * @{
@@ -227,9 +228,9 @@ void OSGetServerNameNoDomain(char* out);
 /**
  * Tells whether a name stands for an expected host.
  * @param name     a host name or alias.
- * @param expected the expected official name; NULL or empty accepts any name that resolves. When a
- *                 server name is configured, it does not matter which host is expected: @p name is
- *                 compared with the configured name, case included, and nothing is looked up.
+ * @param expected the expected official name; NULL or empty accepts any name that resolves. Any
+ *                 other, when a server name is configured, has @p name compared with that name, case
+ *                 included, and nothing looked up.
  * @return 1 or 0; 0 for a name that does not resolve.
  */
 int OSCheckHostnameUsingAlias(const char* name, const char* expected);
@@ -483,11 +484,11 @@ const char* OSTmpPath(void);
 /**
  * Makes up the name of a file that does not exist.
  *
- * The directory is that of the environment variable "TMPDIR", where there is one, or else the
- * system's. Another process may make that file first: open it with O_EXCL, or take a file without a
- * name from OSTmpZVFile(), OSTmpFile() or OSTmpFileFd().
+ * The directory is that of the environment variable "TMPDIR", if it exists, or else the system's.
+ * Another process may make that file first: open it with O_EXCL, or take a file without a name from
+ * OSTmpZVFile(), OSTmpFile() or OSTmpFileFd().
  * @param prefix the first bytes of the name, of which the system takes five; may be NULL. A "/" in
- *               it leads into a directory below, which nobody looks for.
+ *               it leads into a directory below, which need not exist.
  * @return the path, to be released with free(); NULL with errno.
  * @par Errors
  * - ENOMEM: no memory for the path.
