@@ -228,9 +228,9 @@ void OSGetServerNameNoDomain(char* out);
 /**
  * Tells whether a name stands for an expected host.
  * @param name     a host name or alias.
- * @param expected the expected official name; NULL or empty accepts any name that resolves. Any
- *                 other, when a server name is configured, has @p name compared with that name, case
- *                 included, and nothing looked up.
+ * @param expected the expected official name; NULL or empty accepts any name that resolves. Where
+ *                 one is expected and a server name is configured, @p name is compared with the
+ *                 configured name instead, case included, and nothing is looked up.
  * @return 1 or 0; 0 for a name that does not resolve.
  */
 int OSCheckHostnameUsingAlias(const char* name, const char* expected);
