@@ -3,13 +3,17 @@
 #include <dirent.h>
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <malloc.h>
 #include <sys/stat.h>
+#include <sys/utsname.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cstdarg>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
+#include <cstring>
 
 // The allocator beneath: the C library's, or where there is one, a sanitizer's in its place.
 #define ALLOCATOR_BENEATH(result, name, ...)                                                       \
@@ -30,6 +34,8 @@ constinit thread_local long live = 0;
 constinit thread_local Fault injected = kNoMemory;
 constinit thread_local int until_fault = 0;
 constinit thread_local bool has_failed = false;
+constinit thread_local long inherited = 0;
+constinit thread_local uint32_t released = 0;
 
 enum class Fate { goes_on, comes_short, fails };
 
@@ -39,17 +45,52 @@ Fate fate_of(Calls call) {
     const bool first = !std::exchange(has_failed, true);
     if (--injected.times == 0) until_fault = 0;
     if (injected.error == 0 || (first && injected.begins_short)) return Fate::comes_short;
+    if (injected.meanwhile != nullptr) {
+        const int left = std::exchange(until_fault, 0);
+        injected.meanwhile();
+        until_fault = left;
+    }
     errno = injected.error;
     return Fate::fails;
 }
 
-template <class... Arguments>
-void* allocate(void* (*beneath)(Arguments...), Arguments... arguments) {
-    if (fate_of(kMemory) == Fate::fails) return nullptr;
-    void* block = beneath(arguments...);
+// Behind a block stands a fence, at least half of it bytes that nobody may write. Its last words
+// tell its place; a block without them, as of aligned memory, has no fence.
+constexpr size_t kFence = 48;
+constexpr unsigned char kFenceByte = 0xFE;
+struct FenceEnd {
+    size_t size;
+    uintptr_t mark;
+    bool is_of(const void* block) const {
+        return mark == (reinterpret_cast<uintptr_t>(block) ^ ~size);
+    }
+};
+
+bool has_fences() { return __interceptor_malloc == nullptr; } // a sanitizer has its own
+
+FenceEnd* end_of_fence(void* block) {
+    return reinterpret_cast<FenceEnd*>(
+        static_cast<char*>(block) + (malloc_usable_size(block) & ~size_t{15}) - sizeof(FenceEnd));
+}
+void* fence_in(void* block, size_t size) {
     live += block != nullptr;
+    if (block == nullptr || !has_fences()) return block;
+    FenceEnd* const end = end_of_fence(block);
+    memset(static_cast<char*>(block) + size, kFenceByte,
+           static_cast<size_t>(reinterpret_cast<char*>(end) - static_cast<char*>(block)) - size);
+    *end = {size, reinterpret_cast<uintptr_t>(block) ^ ~size};
     return block;
 }
+void check_fence(void* block) {
+    if (block == nullptr || !has_fences()) return;
+    FenceEnd* const end = end_of_fence(block);
+    if (!end->is_of(block)) return;
+    const auto* byte = static_cast<const unsigned char*>(block) + end->size;
+    while (byte != reinterpret_cast<const unsigned char*>(end) && *byte == kFenceByte) ++byte;
+    if (byte != reinterpret_cast<const unsigned char*>(end)) abort();
+    end->mark = 0;
+}
+size_t fenced(size_t size) { return has_fences() && size < PTRDIFF_MAX ? size + kFence : size; }
 
 template <class Function>
 Function* next_in_line(Function*, const char* name) {
@@ -100,6 +141,7 @@ FAULTY(int, fstat, kStatus, -1, (int fd, struct stat* to) noexcept, (fd, to))
 FAULTY(int, stat, kStatus, -1, (const char* path, struct stat* to) noexcept, (path, to))
 FAULTY(int, ftruncate, kTruncate, -1, (int fd, off_t size) noexcept, (fd, size))
 FAULTY(int, fsync, kSync, -1, (int fd), (fd))
+FAULTY(int, uname, kMachine, -1, (utsname * to) noexcept, (to))
 
 extern "C" ssize_t read(int fd, void* to, size_t size) {
     NEXT(read);
@@ -121,6 +163,7 @@ extern "C" int open(const char* path, int flags, ...) {
     const bool creates = (flags & (O_CREAT | O_TMPFILE)) != 0;
     const mode_t mode = creates ? va_arg(rest, mode_t) : 0;
     va_end(rest);
+    inherited += (flags & O_CLOEXEC) == 0;
     return fate_of(kOpen) == Fate::fails ? -1 : beneath(path, flags, mode);
 }
 extern "C" int fcntl(int fd, int command, ...) {
@@ -150,22 +193,35 @@ extern "C" FILE* fdopen(int fd, const char* mode) noexcept {
     return until_fault == 0 ? beneath(fd, mode) : stream_over(fd, mode);
 }
 
-extern "C" void* malloc(size_t size) { return allocate(BENEATH(malloc), size); }
+extern "C" void* malloc(size_t size) {
+    if (fate_of(kMemory) == Fate::fails) return nullptr;
+    return fence_in(BENEATH(malloc)(fenced(size)), size);
+}
 extern "C" void* calloc(size_t count, size_t size) {
-    return allocate(BENEATH(calloc), count, size);
+    size_t total;
+    if (__builtin_mul_overflow(count, size, &total)) total = SIZE_MAX;
+    if (fate_of(kMemory) == Fate::fails) return nullptr;
+    return fence_in(BENEATH(calloc)(1, fenced(total)), total);
 }
 extern "C" void* realloc(void* block, size_t size) {
-    void* moved = allocate(BENEATH(realloc), block, size);
-    // The old block is gone where it has moved, or was released by the size 0.
-    live -= block != nullptr && (moved != nullptr || size == 0);
-    return moved;
+    if (fate_of(kMemory) == Fate::fails) return nullptr;
+    if (block != nullptr && size == 0) return free(block), nullptr;
+    check_fence(block);
+    void* moved = BENEATH(realloc)(block, fenced(size));
+    live -= block != nullptr && moved != nullptr; // the old block is gone where it has moved
+    return fence_in(moved, size);
 }
 extern "C" void free(void* block) {
     live -= block != nullptr;
+    check_fence(block);
+    if (block != nullptr && malloc_usable_size(block) >= sizeof released)
+        memcpy(&released, block, sizeof released);
     BENEATH(free)(block);
 }
 
 long test::live_blocks() { return live; }
+long test::inherited_descriptors() { return inherited; }
+unsigned test::last_released() { return released; }
 
 bool test::inject(int nth, const Fault& fault) {
     until_fault = nth;
