@@ -1,14 +1,32 @@
+#include <dlfcn.h>
 #include <gtest/gtest.h>
+#include <netdb.h>
 
 #include <clocale>
 #include <cstdlib>
 #include <cstring>
+#include <functional>
 #include <vector>
 
 #include "mbutil.h"
 #include "osutils.h"
 #include "support/guarded.h"
 #include "support/private_host.h"
+#include "zvosutil.h"
+
+// A resolver in place of the system's, when there is one.
+static std::function<int(hostent*, hostent**, int*)> answering;
+extern "C" int gethostbyname_r(const char* name, hostent* entry, char* buffer, size_t length,
+                               hostent** found, int* error) {
+    if (answering) return answering(entry, found, error);
+    static const auto beneath =
+        reinterpret_cast<decltype(&gethostbyname_r)>(dlsym(RTLD_NEXT, "gethostbyname_r"));
+    return beneath(name, entry, buffer, length, found, error);
+}
+extern "C" int gethostbyaddr_r(const void*, socklen_t, int, hostent* entry, char*, size_t,
+                               hostent** found, int* error) {
+    return answering(entry, found, error);
+}
 
 namespace {
 
@@ -72,9 +90,11 @@ TEST_F(HostNames, OnlyAFailedLookUpIsReported) {
 }
 
 TEST_F(HostNames, ServersTakeTheMachinesDomain) {
-    EXPECT_EQ(full_name() + short_name(), "alpha.beta.gammaalpha");
-    sethostname("delta", 5);
-    EXPECT_EQ(full_name() + short_name(), "alpha.beta.gammaalpha") << "both are kept";
+    for (const char* node : {"alpha", "delta"}) {
+        sethostname(node, 5);
+        EXPECT_EQ(full_name(), "alpha.beta.gamma") << "it is kept";
+        EXPECT_EQ(short_name(), "alpha") << "it is kept";
+    }
     InitHostnameNoDomain();
     EXPECT_EQ(name_by([](char* out) { return OSGetHostnameNoDomain(out), 1; }), "delta");
     EXPECT_EQ(name_by(OSGetHostnameWithDomain), "alpha.beta.gamma");
@@ -112,10 +132,12 @@ TEST_F(HostNames, SomeDesignateThisServer) {
             EXPECT_EQ(IsCurrentServerName("listed", listed), listed == &list);
         }
     }
-    configure("SRV-I");
+    configure("SRV-I\xDC"); // with a capital U umlaut
+    EXPECT_EQ(IsCurrentServerName("SRV-I\xFC", nullptr), 0) << "no letter without a locale";
     setenv("LOCPATH", ZVUTIL_TEST_LOCALES, 1);
     ASSERT_NE(setlocale(LC_ALL, "tr_TR.ISO8859-9"), nullptr);
-    EXPECT_EQ(IsCurrentServerName("srv-i", nullptr), 1) << "also where i is not I's small letter";
+    EXPECT_EQ(IsCurrentServerName("srv-i\xFC", nullptr), 1) << "though there i is not I's";
+    EXPECT_EQ(IsCurrentServerName("srv-i\xFB", nullptr), 0);
     InitMbutilExt(ZV_SJIS);
     EXPECT_EQ(IsCurrentServerName("\x83\x41", &list), 1);
     EXPECT_EQ(IsCurrentServerName("\x83\x61", &list), 0) << "a trail byte has no case";
@@ -132,6 +154,36 @@ TEST_F(HostNames, AliasesAreThoseOfTheExpectedHost) {
     for (const auto& [configured, name, expected, result] : cases) {
         configure(configured);
         EXPECT_EQ(OSCheckHostnameUsingAlias(name, expected), result) << name;
+    }
+}
+
+TEST(LookUps, GiveWhatTheResolverFoundOrWhyNot) {
+    constexpr int kUntouched = 77;
+    const struct {
+        int status;
+        bool finds;
+        int code, error;
+    } cases[] = {{0, true, 0, kUntouched},
+                 {0, true, TRY_AGAIN, TRY_AGAIN},
+                 {0, false, HOST_NOT_FOUND, HOST_NOT_FOUND},
+                 {ERANGE, false, 0, NETDB_INTERNAL},
+                 {ERANGE, true, TRY_AGAIN, NETDB_INTERNAL},
+                 {EAGAIN, true, TRY_AGAIN, TRY_AGAIN}};
+    hostent entry;
+    char buffer[8];
+    for (const auto& c : cases) {
+        answering = [&](hostent* out, hostent** found, int* error) {
+            *found = c.finds ? out : nullptr;
+            if (c.code != 0) *error = c.code;
+            return c.status;
+        };
+        hostent* const expected = c.finds && c.status == 0 ? &entry : nullptr;
+        int error = kUntouched;
+        EXPECT_EQ(OSGetHostByName("x", &entry, buffer, 8, &error), expected) << c.status;
+        EXPECT_EQ(error, c.error) << c.status;
+        error = kUntouched;
+        EXPECT_EQ(OSGetHostByAddr("1234", 4, AF_INET, &entry, buffer, 8, &error), expected);
+        EXPECT_EQ(error, c.error) << c.status;
     }
 }
 
