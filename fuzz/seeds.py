@@ -66,7 +66,7 @@ seeds = {
                      b"1\\A\\2147483648\\")
     ] + [bytes([0, position, 4]) + b"1\\USD\\2\\" for position in range(248, 256)]
       + [b"\0\3\4%d\\" % count + b"\\7\\" * 290 for count in (256, 257, 290, 291)],
-    "list": [bytes([capacity]) + sequence(400) for capacity in range(13)],
+    "list": [bytes([capacity]) + sequence(400) for capacity in (*range(8), *range(250, 256))],
     "streams": [bytes([mode, limit]) + sequence(300) for mode in range(12) for limit in (0, 1)],
     "names": [
         bytes([table]) + locale + b"\0" + b"".join(
