@@ -126,18 +126,20 @@ TEST_F(Files, FailuresSayWhy) {
     };
     test::write_file(path, "");
     const OpenFile reader(path, "r");
-    for (const long result :
-         {with(EBADF, OSLockZVFile(reader.zv, ZV_LOCK_WRITE, 1)),
-          with(EBADF, OSLockFile(nullptr, ZV_LOCK_READ, 1)), with(EBADF, OSUnLockFile(nullptr)),
-          with(EBADF, OSLockZVFile(nullptr, ZV_LOCK_READ, 1)), with(EBADF, OSUnLockZVFile(nullptr)),
-          with(EBADF, OSFileModifiedTime(nullptr)), with(EBADF, OSFileTruncate(nullptr, 0))})
-        EXPECT_EQ(result, 0);
-    for (const long result : {with(ENOENT, OSFindLineInFile("/no/such", "x")),
-                              with(EISDIR, OSFindLineInFile("/tmp", "x")),
-                              with(ENOENT, OSAppendLineToFile("/no/such", "x")),
-                              with(EISDIR, OSAppendLineToFile("/tmp", "x")),
-                              with(ENOSPC, OSAppendLineToFile("/dev/full", "x"))})
-        EXPECT_EQ(result, -1);
+    const std::pair<const char*, long> refused[] = {
+        {"write lock of a reader", with(EBADF, OSLockZVFile(reader.zv, ZV_LOCK_WRITE, 1))},
+        {"OSLockFile", with(EBADF, OSLockFile(nullptr, ZV_LOCK_READ, 1))},
+        {"OSLockZVFile", with(EBADF, OSLockZVFile(nullptr, ZV_LOCK_READ, 1))},
+        {"OSUnLockFile", with(EBADF, OSUnLockFile(nullptr))},
+        {"OSUnLockZVFile", with(EBADF, OSUnLockZVFile(nullptr))},
+        {"OSFileModifiedTime", with(EBADF, OSFileModifiedTime(nullptr))},
+        {"OSFileTruncate", with(EBADF, OSFileTruncate(nullptr, 0))}};
+    for (const auto& [call, result] : refused) EXPECT_EQ(result, 0) << call;
+    EXPECT_EQ(with(ENOENT, OSFindLineInFile("/no/such", "x")), -1);
+    EXPECT_EQ(with(EISDIR, OSFindLineInFile("/tmp", "x")), -1);
+    EXPECT_EQ(with(ENOENT, OSAppendLineToFile("/no/such", "x")), -1);
+    EXPECT_EQ(with(EISDIR, OSAppendLineToFile("/tmp", "x")), -1);
+    EXPECT_EQ(with(ENOSPC, OSAppendLineToFile("/dev/full", "x")), -1);
 }
 
 // What an append that fails does to the file, which holds a line before it.

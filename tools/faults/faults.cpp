@@ -54,43 +54,50 @@ Fate fate_of(Calls call) {
     return Fate::fails;
 }
 
-// Behind a block stands a fence, at least half of it bytes that nobody may write. Its last words
-// tell its place; a block without them, as of aligned memory, has no fence.
-constexpr size_t kFence = 48;
-constexpr unsigned char kFenceByte = 0xFE;
-struct FenceEnd {
-    size_t size;
-    uintptr_t mark;
-    bool is_of(const void* block) const {
-        return mark == (reinterpret_cast<uintptr_t>(block) ^ ~size);
+// Behind a block stands a fence, most of it bytes that nobody may write, and at its end where it
+// begins. A block without that, as of aligned memory, has none; a sanitizer has its own.
+class Fence {
+public:
+    static bool stands() { return __interceptor_malloc == nullptr; }
+    static size_t with_block(size_t size) {
+        return stands() && size < SIZE_MAX / 2 ? size + 48 : size;
     }
+
+    explicit Fence(void* block)
+        : block_(static_cast<unsigned char*>(block)),
+          end_(reinterpret_cast<End*>(block_ + (malloc_usable_size(block) & ~size_t{15})) - 1) {}
+    void put(size_t size) {
+        std::fill(block_ + size, reinterpret_cast<unsigned char*>(end_), kByte);
+        *end_ = {size, mark(size)};
+    }
+    void take_away() {
+        const auto intact = [](unsigned char byte) { return byte == kByte; };
+        if (end_->mark != mark(end_->size)) return;
+        if (!std::all_of(block_ + end_->size, reinterpret_cast<unsigned char*>(end_), intact))
+            abort();
+        end_->mark = 0;
+    }
+
+private:
+    static constexpr unsigned char kByte = 0xFE;
+    struct End {
+        size_t size;
+        uintptr_t mark;
+    };
+    uintptr_t mark(size_t size) const { return reinterpret_cast<uintptr_t>(block_) ^ ~size; }
+
+    unsigned char* block_;
+    End* end_;
 };
 
-bool has_fences() { return __interceptor_malloc == nullptr; } // a sanitizer has its own
-
-FenceEnd* end_of_fence(void* block) {
-    return reinterpret_cast<FenceEnd*>(
-        static_cast<char*>(block) + (malloc_usable_size(block) & ~size_t{15}) - sizeof(FenceEnd));
-}
-void* fence_in(void* block, size_t size) {
+void* allocated(void* block, size_t size) {
     live += block != nullptr;
-    if (block == nullptr || !has_fences()) return block;
-    FenceEnd* const end = end_of_fence(block);
-    memset(static_cast<char*>(block) + size, kFenceByte,
-           static_cast<size_t>(reinterpret_cast<char*>(end) - static_cast<char*>(block)) - size);
-    *end = {size, reinterpret_cast<uintptr_t>(block) ^ ~size};
+    if (block != nullptr && Fence::stands()) Fence(block).put(size);
     return block;
 }
-void check_fence(void* block) {
-    if (block == nullptr || !has_fences()) return;
-    FenceEnd* const end = end_of_fence(block);
-    if (!end->is_of(block)) return;
-    const auto* byte = static_cast<const unsigned char*>(block) + end->size;
-    while (byte != reinterpret_cast<const unsigned char*>(end) && *byte == kFenceByte) ++byte;
-    if (byte != reinterpret_cast<const unsigned char*>(end)) abort();
-    end->mark = 0;
+void release(void* block) {
+    if (block != nullptr && Fence::stands()) Fence(block).take_away();
 }
-size_t fenced(size_t size) { return has_fences() && size < PTRDIFF_MAX ? size + kFence : size; }
 
 template <class Function>
 Function* next_in_line(Function*, const char* name) {
@@ -195,27 +202,26 @@ extern "C" FILE* fdopen(int fd, const char* mode) noexcept {
 
 extern "C" void* malloc(size_t size) {
     if (fate_of(kMemory) == Fate::fails) return nullptr;
-    return fence_in(BENEATH(malloc)(fenced(size)), size);
+    return allocated(BENEATH(malloc)(Fence::with_block(size)), size);
 }
 extern "C" void* calloc(size_t count, size_t size) {
     size_t total;
     if (__builtin_mul_overflow(count, size, &total)) total = SIZE_MAX;
     if (fate_of(kMemory) == Fate::fails) return nullptr;
-    return fence_in(BENEATH(calloc)(1, fenced(total)), total);
+    return allocated(BENEATH(calloc)(1, Fence::with_block(total)), total);
 }
 extern "C" void* realloc(void* block, size_t size) {
     if (fate_of(kMemory) == Fate::fails) return nullptr;
     if (block != nullptr && size == 0) return free(block), nullptr;
-    check_fence(block);
-    void* moved = BENEATH(realloc)(block, fenced(size));
+    release(block);
+    void* moved = BENEATH(realloc)(block, Fence::with_block(size));
     live -= block != nullptr && moved != nullptr; // the old block is gone where it has moved
-    return fence_in(moved, size);
+    return allocated(moved, size);
 }
 extern "C" void free(void* block) {
     live -= block != nullptr;
-    check_fence(block);
-    if (block != nullptr && malloc_usable_size(block) >= sizeof released)
-        memcpy(&released, block, sizeof released);
+    release(block);
+    if (block != nullptr) memcpy(&released, block, sizeof released); // no block is smaller
     BENEATH(free)(block);
 }
 
