@@ -1,6 +1,9 @@
 #include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <climits>
 #include <filesystem>
 
 #include "mbutil.h"
@@ -86,14 +89,35 @@ TEST(Numbers, AreThoseThatIconvKnows) {
 }
 
 TEST(TextStreams, TellWhatCannotBeReadOrWritten) {
-    InitMbutilExt(ZV_SJIS);
-    EXPECT_EQ(mbfgets(nullptr, 20, stdin, 0), nullptr);
-    EXPECT_EQ(mbfputs(nullptr, stdout, 0), 0);
+    for (const int code_set : {ZV_8859_2, ZV_SJIS}) {
+        InitMbutilExt(code_set);
+        EXPECT_EQ(mbfgets(nullptr, 20, stdin, 0), nullptr) << code_set;
+        EXPECT_EQ(mbfputs(nullptr, stdout, ZV_EUC), 0) << code_set;
+    }
     const Stream read_only(fopen("/dev/null", "r"), fclose);
     EXPECT_EQ(mbfputs("a", read_only.get(), ZV_EUC), EOF);
     InitMbutilExt(ZV_8859_2);
     GuardedRoom room(2);
     EXPECT_EQ(mbfreadstring(room.data(), 2, stream_of("abc").get()), 2) << "no terminator";
+}
+
+TEST(TextStreams, ReadNoMoreThanAnIntCounts) {
+    constexpr size_t kMost = 2147483647, kPart = 16 << 20;
+    // Room for so much and a terminator, made of the same memory over and over.
+    const int memory = memfd_create("part", 0);
+    ASSERT_EQ(ftruncate(memory, kPart), 0);
+    void* const room =
+        mmap(nullptr, kMost + 1, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    ASSERT_NE(room, MAP_FAILED);
+    for (size_t at = 0; at < kMost; at += kPart)
+        ASSERT_NE(mmap(static_cast<char*>(room) + at, kPart, PROT_READ | PROT_WRITE,
+                       MAP_SHARED | MAP_FIXED, memory, 0),
+                  MAP_FAILED);
+    const Stream endless(fopen("/dev/zero", "r"), fclose);
+    InitMbutilExt(ZV_8859_2);
+    EXPECT_EQ(mbfreadstring(static_cast<char*>(room), UINT_MAX, endless.get()), kMost);
+    munmap(room, kMost + 1);
+    close(memory);
 }
 
 TEST(FileConversion, AppendsRefusesAndKeepsWhatItMay) {
