@@ -161,11 +161,12 @@ TEST(ZvconvText, FaultsAreLocatedAndReplaced) {
     for (int i = 0; i < 40000; ++i) text += "\xB0\xA1 x\n";
     tool.convert("-f EUC -t UTF-8", text + "\xFF\n");
     EXPECT_TRUE(tool.says("text:40001: offset 200000: malformed EUC: FF")) << tool.read("stderr");
-    tool.convert("-f UTF-16LE -t EUC", std::string("\x0A\x00\x00\x0A\x0A\x00\xAC\x20", 8));
+    tool.convert("-f UTF-16LE -t EUC", std::string("\x0A\x00\x0A\x30\x0A\x00\xAC\x20", 8));
     EXPECT_TRUE(tool.says("text:3: offset 6: no counterpart in EUC: AC 20")) << tool.read("stderr");
-    for (int i = 0; i < 40; ++i) text += "\xA4\xA2\xA4\xA4";
+    text.clear();
+    for (int i = 0; i < 100; ++i) text += "\xA4\xA2\xA4\xA4";
     tool.convert("-f auto -t UTF-8", text + "\xFF\n");
-    EXPECT_TRUE(tool.says("text:40001: offset 200160: malformed EUC: FF")) << "still Japanese";
+    EXPECT_TRUE(tool.says("text:1: offset 400: malformed EUC: FF")) << "still Japanese";
     // Each is told with --verbose, up to a limit; none of those accepted with -q.
     const std::string bad(100, '\xFF');
     tool.convert("-v -f EUC -t SJIS", bad);

@@ -15,9 +15,9 @@ enum {
 
 /* How Japanese a text looks in a code set. */
 struct score {
-    unsigned long pairs, kana, adjacent; /* characters of two bytes, and those behind another one */
-    unsigned long half, half_adjacent;   /* half-width katakana */
-    unsigned long malformed;
+    unsigned long pairs, kana, rare; /* characters of two bytes, of them those seldom written */
+    unsigned long joined; /* pairs that cannot be a letter with an accent and one without */
+    unsigned long half, malformed; /* half: half-width katakana */
 };
 
 struct line_end_counts {
@@ -84,61 +84,56 @@ static bool is_utf8(const struct buffer* sample, bool goes_on) {
     return true;
 }
 
-/* Whether two bytes are a character in a row that Japanese text uses. */
-static bool is_pair(const unsigned char* c, int code_set, bool* kana) {
-    if (code_set == ZV_EUC) {
-        *kana = (c[0] == 0xA4 && between(c[1], 0xA1, 0xF3)) ||
-                (c[0] == 0xA5 && between(c[1], 0xA1, 0xF6));
-        return between(c[1], 0xA1, 0xFE) &&
-               (between(c[0], 0xA1, 0xA8) || c[0] == 0xAD || between(c[0], 0xB0, 0xF4));
+/* The row of JIS X 0208 that a character of two bytes stands in, 0 for one that is none. */
+static int row_of(const unsigned char* c, int code_set) {
+    int first = c[0], second = c[1];
+    if (code_set == ZV_SJIS)
+        sjis2jis(&first, &second);
+    first &= 0x7F;
+    return second != 0x7F && between((unsigned char)first, 0x21, 0x7E) ? first - 0x20 : 0;
+}
+
+static void count_pair(struct score* s, const unsigned char* c, int code_set, bool behind_pair) {
+    const int row = row_of(c, code_set);
+    const bool used = (row >= 1 && row <= 8) || row == 13 || (row >= 16 && row <= 84);
+    if (!used) {
+        ++s->malformed;
+        return;
     }
-    *kana =
-        (c[0] == 0x82 && between(c[1], 0x9F, 0xF1)) || (c[0] == 0x83 && between(c[1], 0x40, 0x96));
-    return between(c[1], 0x40, 0xFC) && c[1] != 0x7F &&
-           (between(c[0], 0x81, 0x84) || between(c[0], 0x87, 0x9F) || between(c[0], 0xE0, 0xEE));
+    ++s->pairs;
+    s->kana += row == 4 || row == 5;
+    s->rare += row >= 48; /* kanji of the second level */
+    s->joined += behind_pair || c[1] >= 0x80;
 }
 
 static struct score score_of(const struct buffer* sample, int code_set) {
     const unsigned char* text = (const unsigned char*)sample->bytes;
     const unsigned char* const end = text + sample->length;
     struct score s = {0};
-    enum { OTHER, PAIR, HALF } last = OTHER;
+    bool behind_pair = false;
     while (text < end) {
-        const int scanned = mblenExt((const char*)text, (unsigned)(end - text), code_set);
-        bool kana = false;
-        if (*text < 0x80) {
-            last = OTHER;
-            ++text;
-            continue;
-        }
-        if (scanned > end - text)
+        const int length = mblenExt((const char*)text, (unsigned)(end - text), code_set);
+        if (length > end - text)
             break;
-        const bool half = code_set == ZV_EUC ? *text == 0x8E : scanned == 1;
-        if (half && scanned > 0) {
-            ++s.half;
-            s.half_adjacent += last == HALF;
-            last = HALF;
-        } else if (scanned == 3 || (scanned == 2 && is_pair(text, code_set, &kana))) {
-            ++s.pairs;
-            s.kana += kana;
-            s.adjacent += last == PAIR;
-            last = PAIR;
-        } else {
+        const bool half = code_set == ZV_EUC ? *text == 0x8E : length == 1;
+        const bool pair = length == 2 && !half;
+        if (pair)
+            count_pair(&s, text, code_set, behind_pair);
+        else if (*text >= 0x80 && length > 0)
+            s.half += half;
+        else if (*text >= 0x80)
             ++s.malformed;
-            last = OTHER;
-        }
-        text += scanned > 0 ? scanned : 1;
+        behind_pair = pair;
+        text += length > 0 ? length : 1;
     }
     return s;
 }
 
-/* Characters that stand alone between ASCII are rather letters with accents. */
+/* Few bytes that are no characters, few rare characters, and none that stand alone between ASCII
+ * as letters with accents do. */
 static bool is_likely(const struct score* s) {
-    if (s->malformed * 20 > s->pairs + s->half)
-        return false;
-    if (s->kana * 8 > s->pairs || s->adjacent * 2 > s->pairs)
-        return s->pairs > 0;
-    return s->pairs == 0 && s->half_adjacent * 2 > s->half;
+    return s->pairs > 0 && s->malformed * 100 <= s->pairs && s->rare * 4 <= s->pairs &&
+           s->half <= 2 * s->pairs && (s->joined * 2 > s->pairs || s->kana * 4 > s->pairs);
 }
 
 static int library_guess(const struct buffer* sample) {

@@ -95,19 +95,29 @@ static size_t character_length(const struct words* w, const char* text, size_t l
     return length < left ? length : left;
 }
 
-/* How much text fits into a word of so many columns: at least a character. */
+static bool is_padded(const char* word, size_t length) {
+    return word[length - 3] == '=';
+}
+
+/* How much text fits into a word of so many columns: at least a character. Where the text goes on,
+ * base64 ends without padding if it can. */
 static size_t fitting(const struct words* w, const char* text, size_t length, size_t columns) {
     char word[2 * ENCODED_ROOM];
-    size_t fits = 0;
+    size_t fits = 0, unpadded = 0;
     while (fits < length) {
         const size_t next = fits + character_length(w, text + fits, length - fits);
-        if (next > MOST_BYTES || (make_word(w, text, next, word) > columns && fits > 0))
+        if (next > MOST_BYTES)
+            break;
+        const size_t made = make_word(w, text, next, word);
+        if (made > columns && fits > 0)
             break;
         fits = next;
-        if (make_word(w, text, fits, word) > columns)
+        if (!is_padded(word, made))
+            unpadded = fits;
+        if (made > columns)
             break;
     }
-    return fits;
+    return fits < length && w->base64 && unpadded > 0 ? unpadded : fits;
 }
 
 /* Goes on in a new line, behind the space that stands in the text there or one that is none. */
@@ -118,9 +128,11 @@ static bool begin_line(struct words* w) {
     return buffer_add(w->out, "\n ", 2);
 }
 
-/* Writes text as words. Between two of them a line end and a space stand for nothing. */
+/* Writes text as words. Between two of them a line end and a space stand for nothing. Some readers
+ * join base64 words before they decode them and stop at padding, so Q follows a padded one. */
 static bool add_words(struct words* w, const char* text, size_t length) {
     char word[2 * ENCODED_ROOM];
+    const bool base64 = w->base64;
     while (length > 0) {
         const size_t columns = w->column < LONGEST_LINE ? LONGEST_LINE - w->column : 0;
         size_t part = columns < 24 ? 0
@@ -137,6 +149,7 @@ static bool add_words(struct words* w, const char* text, size_t length) {
         w->column += made;
         text += part;
         length -= part;
+        w->base64 = base64 && !(w->base64 && is_padded(word, made));
         if (length > 0 && !begin_line(w))
             return false;
     }
