@@ -85,6 +85,7 @@ int main(int argc, char** argv) {
     bench::add_mail();
     bench::add_streams();
     bench::add_list();
+    bench::add_services();
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv))
         return 1;

@@ -104,6 +104,7 @@ void add_growth();
 void add_mail();
 void add_streams();
 void add_list();
+void add_services();
 
 } // namespace bench
 

@@ -5,7 +5,16 @@ include(CMakePackageConfigHelpers)
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/zvutil)
 set(example_dir ${CMAKE_INSTALL_DOCDIR}/examples)
 
-install(TARGETS zvutil EXPORT zvutil
+set(libraries zvutil)
+if(BUILD_SHARED_LIBS)
+  # The same objects for hosts that want no shared library.
+  add_library(zvutil_static STATIC $<TARGET_OBJECTS:zvutil>)
+  set_target_properties(zvutil_static PROPERTIES OUTPUT_NAME zvutil LINKER_LANGUAGE C)
+  target_include_directories(zvutil_static
+      INTERFACE $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/zvutil>)
+  list(APPEND libraries zvutil_static)
+endif()
+install(TARGETS ${libraries} EXPORT zvutil
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
                 COMPONENT runtime NAMELINK_COMPONENT development
         ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development)
@@ -26,7 +35,8 @@ configure_file(cmake/zvutil.pc.in zvutil.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/zvutil.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
         COMPONENT development)
 
-install(FILES README.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)
+install(FILES README.md CHANGELOG.md CONTRIBUTING.md LICENSE SECURITY.md
+        DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)
 install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation
         FILES_MATCHING PATTERN "*.md" PATTERN "*.svg" PATTERN manual EXCLUDE)
 install(DIRECTORY examples/ DESTINATION ${example_dir} COMPONENT documentation

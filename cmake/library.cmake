@@ -23,6 +23,8 @@ if(BUILD_SHARED_LIBS)
       -Wl,--version-script=${version_script}
       # A name in the script that nothing defines is an error.
       -Wl,--no-undefined-version
+      # A host may have functions of the same names: the library calls its own.
+      -Wl,-Bsymbolic-functions
       -Wl,-z,relro,-z,now
       -Wl,-z,noexecstack)
   if(NOT ZVUTIL_SANITIZE)

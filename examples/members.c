@@ -1,14 +1,19 @@
 /*
  * members: keeps a file of names, one a line, each only once; several processes may add at a time.
  *
- *   members FILE [NAME]...     adds the names that FILE lacks and prints all of them in order
+ *   members [-c CODE_SET] FILE [NAME]...
+ *
+ * adds the names that FILE lacks and prints all of them in order. All text is in the code set, such
+ * as SJIS; without the option in that of the locale's language.
  *
  * Shows the start-up of a server program, a list, a stream, and locks.
  */
 #define _POSIX_C_SOURCE 200809L
+#include <signal.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <unistd.h>
 
 #include "list.h"
 #include "mbutil.h"
@@ -79,28 +84,49 @@ static int read_names(LIST* names, const char* path) {
     return status;
 }
 
-int main(int argc, char** argv) {
-    /* Start-up, on the main thread: environment, code set, names and paths. */
+/* Start-up, on the main thread. Gives 0 when no code set has the name. */
+static int start(const char* code_set_name) {
     OSInitLanguage();
-    InitMbutil();
+    if (code_set_name == NULL) {
+        InitMbutil();
+    } else {
+        const int code_set = mbGetCodeSet(code_set_name);
+        if (code_set == ZV_WESTERN && strcmp(code_set_name, "WESTERN") != 0)
+            return 0;
+        InitMbutilExt(code_set);
+    }
     InitializeSrvUtil();
-    if (argc < 2) {
-        fputs("usage: members FILE [NAME]...\n", stderr);
+    signal(SIGXFSZ, SIG_IGN); /* a file that may not grow is an error, rather than the end */
+    return 1;
+}
+
+int main(int argc, char** argv) {
+    const char* code_set_name = NULL;
+    int option;
+    while ((option = getopt(argc, argv, "c:")) == 'c')
+        code_set_name = optarg;
+    if (option != -1 || optind == argc) {
+        fputs("usage: members [-c CODE_SET] FILE [NAME]...\n", stderr);
+        return EXIT_FAILURE;
+    }
+    if (!start(code_set_name)) {
+        fprintf(stderr, "members: no code set is called '%s'\n", code_set_name);
         return EXIT_FAILURE;
     }
 
+    const char* path = argv[optind];
     LIST* names = list_create(0);
-    if (names == NULL || read_names(names, argv[1]) != 0) {
-        perror(argv[1]);
+    if (names == NULL || read_names(names, path) != 0) {
+        perror(path);
         return EXIT_FAILURE;
     }
     int status = EXIT_SUCCESS;
-    for (int i = 2; i < argc; ++i) {
+    for (int i = optind + 1; i < argc; ++i) {
         if (!is_name(argv[i])) {
             fprintf(stderr, "members: '%s' cannot be a name\n", argv[i]);
             status = EXIT_FAILURE;
-        } else if (add(names, argv[i]) == 0 && OSAppendLineToFile(argv[1], argv[i]) != 0) {
-            perror(argv[1]);
+        } else if (add(names, argv[i]) == 0 && OSAppendLineToFile(path, argv[i]) != 0) {
+            perror(path);
             status = EXIT_FAILURE;
         }
     }

@@ -37,7 +37,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const unsigned offset = input.byte(), start = offset < 248 ? offset : offset - 256;
     const unsigned missing = input.byte() % 8;
     const std::string text = input.text();
-    const Loaded list(text);
+    Loaded list(text);
     const test::LoadedCurrencies read = list.records();
     same(list.details != nullptr, list.count != 0, "an empty list is no memory");
     fuzz::require(read == test::currency_model(text), "LoadCurrencyDetailList");
@@ -61,5 +61,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     same(std::string(buffer.data(), room), std::string(room, '\0'), "no list");
     // A code cut out of malformed text may swallow its separator when it stands by itself.
     if (fits) fuzz::require(Loaded(plain).records() == test::currency_model(plain), "read again");
+    if (list.count == 0) return 0;
+    memcpy(list.details[list.count - 1].code, "CODE", 4);
+    position = start;
+    same(ZVCurrencyDetailListToText(&list, &position, room, buffer.data()), ZV_CURRENCY_NO_ROOM,
+         "a code without its terminator");
+    same(std::string(buffer.data(), room), std::string(room, '\0'), "nothing written");
+    same(position, start, "position");
     return 0;
 }

@@ -64,7 +64,8 @@ seeds = {
         for text in (b"2\\USD\\2\\JPY\\0\\", b"1\\\x83\\\\\\-2147483648\\more", b"3\\A\\1\\", b"0\\",
                      b"4294967297\\A\\1\\", b"99999999999999999999\\A\\1\\",
                      b"1\\A\\2147483648\\")
-    ] + [bytes([0, position, 4]) + b"1\\USD\\2\\" for position in range(248, 256)],
+    ] + [bytes([0, position, 4]) + b"1\\USD\\2\\" for position in range(248, 256)]
+      + [b"\0\3\4%d\\" % count + b"\\7\\" * 290 for count in (256, 257, 290, 291)],
     "list": [bytes([capacity]) + sequence(400) for capacity in range(13)],
     "streams": [bytes([mode, limit]) + sequence(300) for mode in range(12) for limit in (0, 1)],
     "names": [

@@ -78,8 +78,14 @@ TEST(CodeSetNames, LocalesNameTheirCodeSets) {
         EXPECT_EQ(test::convert_guarded(SetCodePage, locale, 8), name) << locale;
 }
 
+// The same whether it is written beside the name or over it.
 std::string corrected(const std::string& locale) {
-    return test::convert_guarded(mbGetCorrectedLocaleForUnix, locale, 2 * locale.size() + 8);
+    const size_t room = 2 * locale.size() + 8;
+    std::string name = locale;
+    name.resize(room);
+    mbGetCorrectedLocaleForUnix(name.data(), name.data());
+    EXPECT_EQ(test::convert_guarded(mbGetCorrectedLocaleForUnix, locale, room), name.c_str());
+    return name.c_str();
 }
 
 TEST(CodeSetNames, CorrectedLocaleNamesTheWindowsCodePage) {

@@ -187,7 +187,8 @@ bool makes_private_files() {
         char byte = 0;
         all_private = all_private && fstat(fd, &status) == 0 && S_ISREG(status.st_mode) &&
                       status.st_nlink == 0 && (status.st_mode & 07777) == 0600 &&
-                      status.st_size == 0 && write(fd, "x", 1) == 1 && pread(fd, &byte, 1, 0) == 1;
+                      (fcntl(fd, F_GETFD) & FD_CLOEXEC) != 0 && status.st_size == 0 &&
+                      write(fd, "x", 1) == 1 && pread(fd, &byte, 1, 0) == 1;
         if (fd != ZVfileno(zv) && fd != fileno(standard)) close(fd);
     }
     ZVfclose(zv), fclose(standard);

@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <unistd.h>
 
+#include <climits>
 #include <map>
 
 #include "jaconv.h"
@@ -63,6 +66,61 @@ TEST(JapaneseCharacters, AnnouncedLengthsAndEscapeSequences) {
         EXPECT_EQ(SkipESCSeq(&at, c, &mode), after != before) << i;
         EXPECT_EQ(mode, after) << i;
         EXPECT_EQ(at - rest.bytes(), i < 8 && i % 4 < 2) << i;
+    }
+}
+
+// A text of a few physical pages: letters and an end.
+class VeryLongText {
+public:
+    VeryLongText(size_t longest, std::string_view end) : size_(kPiece * (longest / kPiece + 2)) {
+        const int letters = memfd_create("letters", 0);
+        if (ftruncate(letters, kPiece) != 0 ||
+            pwrite(letters, std::string(kPiece, 'x').data(), kPiece, 0) < 0)
+            abort();
+        void* const memory =
+            mmap(nullptr, size_, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+        if (memory == MAP_FAILED) abort();
+        start_ = static_cast<char*>(memory);
+        for (size_t at = 0; at < size_; at += kPiece)
+            mmap(start_ + at, kPiece, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_FIXED, letters, 0);
+        close(letters);
+        end_ = start_ + size_ - kPiece;
+        memcpy(end_ - end.size(), end.data(), end.size());
+        *end_ = '\0';
+    }
+    ~VeryLongText() { munmap(start_, size_); }
+    VeryLongText(const VeryLongText&) = delete;
+    VeryLongText& operator=(const VeryLongText&) = delete;
+
+    // The last bytes of the text.
+    const char* last(size_t length) const { return end_ - length; }
+
+private:
+    static constexpr size_t kPiece = 2 << 20;
+    size_t size_;
+    char *start_, *end_;
+};
+
+TEST(Estimators, SaturateBeyondTheLargestNumber) {
+#ifdef __SANITIZE_THREAD__
+    GTEST_SKIP() << "the sanitizer keeps a record of every byte";
+#endif
+    constexpr size_t kMost = INT_MAX;
+    // One byte longer in EUC, two in EUC-TW; two shorter in Shift-JIS and in Big5.
+    const VeryLongText text(2 * kMost + 12, "\xC9@\x8E\xB1\x8E\xB1");
+    struct Form {
+        const char* name;
+        int (*length)(const char*);
+        int growth;
+    };
+    for (const auto& [name, length, growth] : {Form{"eucLength", eucLength, 1},
+                                               {"euchLength", euchLength, 2},
+                                               {"shiftLength", shiftLength, -2},
+                                               {"big5Length", big5Length, -2}}) {
+        const auto fits = static_cast<size_t>(long{INT_MAX} - growth);
+        EXPECT_EQ(length(text.last(fits - 1)), INT_MAX - 1) << name;
+        EXPECT_EQ(length(text.last(fits + 1)), INT_MAX) << name;
+        EXPECT_EQ(length(text.last(2 * kMost + 12)), INT_MAX) << name;
     }
 }
 

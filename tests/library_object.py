@@ -22,9 +22,12 @@ def output(*command):
 
 
 wanted = set(re.findall(r"^\s+(\w+);$", pathlib.Path(version_script).read_text(), re.M))
+state = {"MBUTIL_Initialized", "MBUTIL_I_Am_MultiByte", "MBUTIL_I_Am_Japanese",
+         "serverNameFromConfig", "pellorAlarmIsSet"}
 symbols = re.findall(r" (\w) (\w+)(?:@\S+)?$", output("nm", "--dynamic", library), re.M)
 imported = {name for kind, name in symbols if kind in "Uw"}
 exported = {name for kind, name in symbols if kind not in "UwA"}
+functions = {name for kind, name in symbols if kind in "TW"}
 check(exported == wanted, f"exported and listed names differ: {exported ^ wanted}")
 
 dynamic = output("readelf", "--dynamic", library)
@@ -39,6 +42,9 @@ check("GNU_RELRO" in segments and re.search(r"FLAGS.* NOW|BIND_NOW", dynamic),
 check("__stack_chk_fail" in imported, "no return address is checked")
 check(build_type == "Debug" or any(name.endswith("_chk") for name in imported),
       "no call of the C library is checked")
+# Formats come from hosts and their catalogues, where the checked forms would end the process.
+formatting = {name for name in imported if "printf" in name or "syslog" in name}
+check(formatting == {"vsnprintf", "syslog"}, f"formats are handed to {formatting}")
 
 # The one entry is the compiler's own frame registration.
 initialisers = int(re.search(r"^\.init_array +(\d+)", output("size", "-A", library), re.M)[1])
@@ -47,11 +53,13 @@ check(initialisers <= 8, f"{initialisers // 8 - 1} static initialisers")
 if "X86-64" in output("readelf", "--file-header", library):
     code = output("objdump", "--disassemble", "--no-show-raw-insn", library)
     marked = set(re.findall(r"<(\w+)(?:@@\w+)?>:\n\s+\w+:\s+endbr64", code))
-    functions = {name for kind, name in symbols if kind in "TW"}
     check(functions <= marked, f"no jump may end at {sorted(functions - marked)[:5]}")
+    check("SHSTK" in output("readelf", "--notes", library), "no shadow stack is asked for")
+# Its own functions are not to be replaced by a host's.
+bound_later = set(re.findall(r" (\w+)(?:@\S+)? \+ 0$",
+                             output("readelf", "--wide", "--relocs", library), re.M))
+check(not bound_later & functions, f"a host may replace {sorted(bound_later & functions)[:5]}")
 
-state = {"MBUTIL_Initialized", "MBUTIL_I_Am_MultiByte", "MBUTIL_I_Am_Japanese",
-         "serverNameFromConfig", "pellorAlarmIsSet"}
 writable = {name for kind, name in symbols if kind in "BDV"}
 check(writable == state, f"what can be written differs: {writable ^ state}")
 
@@ -59,7 +67,7 @@ if build_type == "Release" and compiler == "GNU":  # as it is shipped
     with tempfile.NamedTemporaryFile() as stripped:
         output("strip", "-o", stripped.name, library)
         size = pathlib.Path(stripped.name).stat().st_size
-        check(size <= 250 * 1024, f"{size} bytes stripped")
+        check(size <= 288 * 1024, f"{size} bytes stripped")
 
 tested = "".join(path.read_text() for folder in ("tests", "fuzz")
                  for path in (pathlib.Path(sources) / folder).rglob("*.[ch]*"))

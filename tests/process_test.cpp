@@ -9,11 +9,15 @@
 #include <ctime>
 
 #include "faults/faults.h"
+#include "list.h"
 #include "osutils.h"
 #include "support/child.h"
 #include "support/guarded.h"
 #include "support/oracle.h"
 #include "support/private_host.h"
+
+// A host may have a function of a name that the library has too.
+LIST* list_create(int) { return nullptr; }
 
 namespace {
 
@@ -37,6 +41,12 @@ TEST(Process, LogsEachValueInOrder) {
     OSLogStringWithType("%d%%", 99);
     errno = ENOSPC;
     OSLogError("%m", 0, 0, 0, 0, 0);
+    int counted = 0;
+    // In writable memory, as translations are: one counts, one leaves its first argument out.
+    char counting[] = "%ld%n;", second[] = "%2$s";
+    OSLogError(counting, 123, reinterpret_cast<intptr_t>(&counted), 0, 0, 0);
+    OSLogError3WithType(second, 1, text, 0, 99, 0);
+    EXPECT_EQ(counted, 3);
     std::string messages;
     char message[1024];
     for (ssize_t n; (n = recv(log, message, sizeof message, 0)) > 0;)
@@ -44,7 +54,13 @@ TEST(Process, LogsEachValueInOrder) {
     EXPECT_EQ(messages, "<27>]: 1 text 7fffffffffffffff -4 5\n<27>]: 1 2 3 4 5\n"
                         "<27>]: 1 2 3 text\n<27>]: 1 2 3 4 text\n<27>]: 1 2 3 4 5\n"
                         "<27>]: 1 2 3 4\n<27>]: 100%s %n %m\n<27>]: %d%%\n"
-                        "<27>]: No space left on device\n");
+                        "<27>]: No space left on device\n<27>]: 123;\n<27>]: text\n");
+}
+
+TEST(Process, LibraryKeepsToItsOwnFunctions) {
+    LIST* const list = new_list(3);
+    ASSERT_NE(list, nullptr) << "a host's list_create() took over";
+    EXPECT_EQ(list_free(list, nullptr, nullptr), 0);
 }
 
 TEST(Process, AlarmsGoOffAndEndASleep) {

@@ -86,6 +86,18 @@ TEST(Stream, FailuresGiveTheirValuesAndErrno) {
     EXPECT_EQ(with(EBADF, ZVfgetc(stream)), -1) << "not readable, wherever it stands";
 }
 
+TEST(Stream, FormatsWhatACatalogueHolds) {
+    const test::Folder folder;
+    const Stream stream = open_stream(folder / "file", "w");
+    int before = 0;
+    // In writable memory, as translations are: one counts, one leaves its first argument out.
+    char counting[] = "%d%n;", second[] = "%2$s;";
+    EXPECT_EQ(ZVfprintf(stream, counting, 123, &before), 4);
+    EXPECT_EQ(before, 3);
+    EXPECT_EQ(ZVfprintf(stream, second, 1, "two"), 4);
+    EXPECT_EQ(test::content(folder / "file"), "123;two;");
+}
+
 TEST(Stream, PipesHaveNoPositions) {
     int ends[2];
     ASSERT_EQ(pipe(ends), 0);

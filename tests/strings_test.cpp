@@ -75,4 +75,45 @@ TEST(Strings, NullIsNoText) {
     EXPECT_EQ(mbstrtok(nullptr, ","), nullptr);
 }
 
+TEST(Strings, AnyFirstCallSetsTheCodeSet) {
+    setenv("LOCPATH", ZVUTIL_TEST_LOCALES, 1);
+    setenv("LC_ALL", "ja_JP.eucJP", 1);
+    static char text[2], *save;
+    static unsigned bad;
+    // NULL wherever it may be given.
+    const std::pair<const char*, void (*)()> calls[] = {
+        {"mbidx", [] { mbidx(text, 0); }},
+        {"mbnextidx", [] { mbnextidx(text, 0); }},
+        {"mbnextchar", [] { mbnextchar(text, 0); }},
+        {"mbstrncpy", [] { mbstrncpy(nullptr, nullptr, 0); }},
+        {"mbstrncpyi", [] { mbstrncpyi(nullptr, nullptr, 0); }},
+        {"mbstricmp", [] { mbstricmp(nullptr, nullptr); }},
+        {"mbstrnicmp", [] { mbstrnicmp(nullptr, nullptr, 0); }},
+        {"mbcharcmp", [] { mbcharcmp(nullptr, nullptr, 0); }},
+        {"mbtoupper", [] { mbtoupper(text); }},
+        {"mbtolower", [] { mbtolower(text); }},
+        {"mbstrtoupper", [] { mbstrtoupper(nullptr); }},
+        {"mbstrtolower", [] { mbstrtolower(nullptr); }},
+        {"mbstrchr", [] { mbstrchr(nullptr, 0); }},
+        {"mbstrchrEncr", [] { mbstrchrEncr(nullptr, 0); }},
+        {"mbstrrchr", [] { mbstrrchr(nullptr, 0); }},
+        {"mbstrstr", [] { mbstrstr(nullptr, nullptr); }},
+        {"mbstrrstr", [] { mbstrrstr(nullptr, nullptr); }},
+        {"mbstrpbrk", [] { mbstrpbrk(nullptr, nullptr); }},
+        {"mbstrcspn", [] { mbstrcspn(text, nullptr); }},
+        {"mbstrtok", [] { mbstrtok(nullptr, nullptr); }},
+        {"mbstrtok_r", [] { mbstrtok_r(nullptr, nullptr, &save); }},
+        {"mbvalidatestring", [] { mbvalidatestring(nullptr, &bad, ZV_SJIS); }},
+        {"mbvalidatestringtype", [] { mbvalidatestringtype(nullptr, &bad, 0); }}};
+    for (const auto& [name, call] : calls) {
+        MBUTIL_Initialized = 0;
+        call();
+        EXPECT_TRUE(MBUTIL_Initialized) << name;
+    }
+    EXPECT_TRUE(mbIsJapanese()) << "no locale";
+    MBUTIL_Initialized = 0;
+    mbidxtype(text, 0, ZV_SJIS);
+    EXPECT_FALSE(MBUTIL_Initialized) << "asked before the code set is known";
+}
+
 } // namespace

@@ -7,6 +7,7 @@ import os
 import pathlib
 import re
 import sys
+import tempfile
 
 docs, header, library, locales = map(pathlib.Path, sys.argv[1:])
 zvutil = ctypes.CDLL(str(library))
@@ -54,18 +55,28 @@ for row in code_sets:
 if {row[0] for row in code_sets} != set(number):
     wrong.append("the identifiers of the table and the header differ")
 
-prefixes = [(prefix, row) for row in rows("choosing-a-code-set.md", "(?:`[a-z]|anything)")
+prefixes = [(prefix, row) for row in rows("choosing-a-code-set.md", "(?:`[a-zU]|anything)")
             for prefix in row[0].split(", ")]
 for prefix, row in prefixes:
     check(row, 3, written(zvutil.SetCodePage, prefix.encode(), None))
-os.environ["LOCPATH"] = str(locales)
-for locale in sorted(os.listdir(locales)):
-    row = next((r for prefix, r in prefixes if locale.lower().startswith(prefix.lower())),
-               prefixes[-1][1])
-    os.environ["LC_ALL"] = locale
-    zvutil.InitMbutil()
-    check(row, 1, identifier(zvutil.InitMbutilExt(0)))
-    check(row, 2, identifier(zvutil.mbGetLocaleCodeSet()))
+with tempfile.TemporaryDirectory() as folder:
+    # By their names some are other locales than they are.
+    for name in (*os.listdir(locales), "jpn", "UTF-8", "ja_JP.UTF-8"):
+        real = locales / name
+        (pathlib.Path(folder) / name).symlink_to(real if real.exists() else locales / "ja_JP.eucJP")
+    os.environ["LOCPATH"] = folder
+    for locale in (*sorted(os.listdir(folder)), "C.UTF-8"):
+        row = next((r for prefix, r in prefixes if locale.lower().startswith(prefix.lower())),
+                   prefixes[-1][1])
+        os.environ["LC_ALL"] = locale
+        zvutil.InitMbutil()
+        check(row, 1, identifier(zvutil.InitMbutilExt(0)))
+        check(row, 2, identifier(zvutil.mbGetLocaleCodeSet()))
+
+for row in rows("choosing-a-code-set.md", '"'):
+    name = row[0].strip('"').encode()
+    check(row, 2, identifier(zvutil.mbGetCodeSet(name)))
+    check(row, 3, identifier(zvutil.mbGetMIMECodeSet(name)))
 
 # Texts that grow most: characters of every kind, alone and alternating with ASCII.
 worst = [bytes(text) * 40 for lead in (0x41, 0x82, 0x8E, 0x8F, 0xA4, 0xB1, 0xC9, 0xE0)

@@ -7,6 +7,7 @@
 #include <thread>
 #include <vector>
 
+#include "osutils.h"
 #include "support/guarded.h"
 #include "support/private_host.h"
 #include "zvosutil.h"
@@ -72,6 +73,35 @@ TEST(Threads, LookUpHostsIntoTheirOwnMemory) {
             EXPECT_EQ(error, HOST_NOT_FOUND);
         }
     });
+}
+
+TEST(Threads, ReadNamesThatAreResolvedAgain) {
+    if (!test::enter_private_host("alpha", "10.1.2.3 alpha.beta.gamma alpha\n"))
+        GTEST_SKIP() << "a private host is refused";
+    ASSERT_EQ(InitHostnameWithDomain(), 1);
+    in_threads([](int thread) {
+        for (int i = 0; i < 500; ++i) {
+            char name[65];
+            if (thread == 0) InitHostnameWithDomain();
+            ASSERT_EQ(OSGetHostnameWithDomain(name), 1);
+            ASSERT_STREQ(name, "alpha.beta.gamma");
+        }
+    });
+}
+
+// What the guides tell a host to do before its threads start: a start-up that gives 0, for want of
+// a name, has filled no path.
+TEST(Threads, ReadThePathsThatOneHasFilled) {
+    const auto paths = [] {
+        std::string all;
+        for (const char* path : {OSGetZVInstallPath(), OSGetZVConfigPath(), OSGetServerConfigPath(),
+                                 OSGetDBConfigPath(), OSGetServerDbPath(), OSGetZVQDirectory(),
+                                 OSGetAuditConfigPath(), OSGetZVMonitorConfigFile(nullptr)})
+            all += path + std::string("\n");
+        return all;
+    };
+    const std::string filled = paths();
+    in_threads([&](int) { EXPECT_EQ(paths(), filled); });
 }
 
 TEST(Threads, ConvertTimesAtOnce) {

@@ -24,7 +24,7 @@ extern "C" {
  * Each scanner looks at the n bytes at s (fewer if the character is shorter) and never behind a
  * zero byte. When n is smaller than the length that the first byte announces, only those n bytes
  * are examined and the full length is returned: a result above n means a valid beginning of a
- * longer character.
+ * longer character. Characters of one byte are 01-7F where nothing else is said.
  * @par Thread safety
  * Any number of threads at once.
  * @{
@@ -33,7 +33,7 @@ extern "C" {
 /**
  * Scans one character of Japanese EUC.
  *
- * A character has 1 byte, 2 bytes (two of A1-FE; 8E and A1-DF) or 3 (8F).
+ * A character has 1 byte, 2 bytes (two of A1-FE; 8E and A1-DF) or 3 (8F and two of A1-FE).
  * @param s first byte of a character; may be NULL.
  * @param n number of bytes that may be looked at.
  * @return the length of the character, also when it is above @p n; 0 when @p s is NULL, @p n is 0
@@ -55,7 +55,8 @@ int mblenInEUC_C(const unsigned char* s, unsigned n);
 /**
  * Scans one character of EUC-TW.
  *
- * A character has 1 byte, 2 bytes or 4 (8E, plane byte A2-B0, two of A1-FE).
+ * A character has 1 byte, 2 bytes (A1-FE, then A1-FE or, as in Big5, 40-7E) or 4 (8E, plane byte
+ * A2-B0, two of A1-FE).
  * @param s first byte of a character; may be NULL.
  * @param n number of bytes that may be looked at.
  * @return the length of the character, also when it is above @p n; 0 when @p s is NULL, @p n is 0
@@ -77,7 +78,7 @@ int mblenInEUC_K(const unsigned char* s, unsigned n);
 /**
  * Scans one character of Shift-JIS.
  *
- * A character has 1 byte (half-width katakana too) or 2.
+ * A character has 1 byte (01-7F; A1-DF, half-width katakana) or 2: 81-9F or E0-EF, then 40-FC.
  * @param s first byte of a character; may be NULL.
  * @param n number of bytes that may be looked at.
  * @return the length of the character, also when it is above @p n; 0 when @p s is NULL, @p n is 0
@@ -110,7 +111,7 @@ int mblenInBIG5(const unsigned char* s, unsigned n);
 /**
  * Scans one character of the KS C 5601-1992 form.
  *
- * A character has 1 byte or 2.
+ * A character has 1 byte or 2: 84-D3, D8-DE or E0-F9, then 41-7E or 81-FE.
  * @param s first byte of a character; may be NULL.
  * @param n number of bytes that may be looked at.
  * @return the length of the character, also when it is above @p n; 0 when @p s is NULL, @p n is 0
@@ -121,7 +122,7 @@ int mblenInKSC92(const unsigned char* s, unsigned n);
 /**
  * Scans one character of the KS C 5601-1987 form.
  *
- * A character has 1 byte or 2.
+ * A character has 1 byte or 2: 81-FE, then 41-5A, 61-7A or 81-FE.
  * @param s first byte of a character; may be NULL.
  * @param n number of bytes that may be looked at.
  * @return the length of the character, also when it is above @p n; 0 when @p s is NULL, @p n is 0
@@ -182,7 +183,8 @@ char* euc2shiftx(const char* src, char* dst);
  * Converts Shift-JIS to 7-bit JIS.
  *
  * Two-byte text stands between ESC $ B and ESC ( J and is closed before every line end and at the
- * end; half-width katakana become full-width, each by itself.
+ * end; half-width katakana become full-width, each by itself. ESC ( J names JIS X 0201: readers may
+ * show every backslash and tilde behind it as yen sign and overline.
  * @param src Shift-JIS text.
  * @param dst receives the JIS text; room for five times the length of @p src plus 4 bytes.
  * @return @p dst.
@@ -191,6 +193,9 @@ char* shift2jisx(const char* src, char* dst);
 
 /**
  * Converts Japanese EUC to 7-bit JIS, in the form that shift2jisx() writes.
+ *
+ * That has no three-byte characters: 8F passes through, so the text is not 7-bit then, and the two
+ * bytes behind it are converted as a pair.
  * @param src EUC text.
  * @param dst receives the JIS text; room for three times the length of @p src plus 4 bytes.
  * @return @p dst.
@@ -201,7 +206,9 @@ char* euc2jisx(const char* src, char* dst);
  * Converts 7-bit JIS to Shift-JIS.
  *
  * Two-byte mode begins behind ESC $ x or ESC K and ends with any other escape sequence or a line
- * end. An escape sequence cut by the terminator ends the text.
+ * end; all other bytes in it are taken for codes, two by two. Those from 80 have no place there:
+ * the sums wrap, and a zero byte may come out, where a reader of strings sees the end. An escape
+ * sequence cut by the terminator ends the text.
  * @param src JIS text.
  * @param dst receives the Shift-JIS text; room for the length of @p src plus 1 bytes.
  * @return @p dst.
@@ -209,7 +216,7 @@ char* euc2jisx(const char* src, char* dst);
 char* jis2shiftx(const char* src, char* dst);
 
 /**
- * Converts 7-bit JIS to Japanese EUC; escape sequences as in jis2shiftx().
+ * Converts 7-bit JIS to Japanese EUC; escape sequences and bytes from 80 as in jis2shiftx().
  * @param src JIS text.
  * @param dst receives the EUC text; room for the length of @p src plus 1 bytes.
  * @return @p dst.
@@ -229,14 +236,14 @@ int SkipESCSeq(const unsigned char** text, int c, int* two_byte);
 /**
  * Counts the bytes of the EUC form of a Shift-JIS string.
  * @param s Shift-JIS text.
- * @return bytes, without the terminator.
+ * @return bytes, without the terminator; 2147483647 also for all that is longer.
  */
 int eucLength(const char* s);
 
 /**
  * Counts the bytes of the Shift-JIS form of an EUC string.
  * @param s Japanese EUC text.
- * @return bytes, without the terminator.
+ * @return bytes, without the terminator; 2147483647 also for all that is longer.
  */
 int shiftLength(const char* s);
 
@@ -272,7 +279,8 @@ int bytesInShiftChar(const char* s);
  *                 sound mark that was merged (1 byte in Shift-JIS, 2 in EUC), else left.
  * @param first    in: the half-width byte A1-DF (others stay); out: lead byte of the full-width
  *                 code.
- * @param second   out: trail byte of the full-width code.
+ * @param second   out: trail byte of the full-width code; where @p first is no katakana, the byte
+ *                 that was looked at behind it, if any.
  * @param code_set #ZV_SJIS or #ZV_EUC to merge a sound mark that follows in that code set; any
  *                 other value looks at nothing behind the byte.
  */
@@ -280,6 +288,10 @@ void han2zen(const unsigned char** text, int* first, int* second, int code_set);
 
 /**
  * Reads a stream and tells in which encoding its Japanese text is.
+ *
+ * Much EUC text fits both EUC and Shift-JIS; Shift-JIS text does as a rule only where it holds
+ * nothing but half-width katakana. So take #ZV_EUC_OR_SJIS for EUC. UTF-8 is not recognised:
+ * Japanese text in it passes for Shift-JIS.
  * @param stream read from its current position until the answer is certain; neither rewound nor
  *               closed. A read error counts as the end of the file.
  * @return #ZV_JIS, #ZV_EUC, #ZV_SJIS; #ZV_EUC_OR_SJIS when all bytes fit both; 0 when nothing
@@ -292,8 +304,9 @@ int DetectJPCodeType(FILE* stream);
  * @defgroup zvutil_big5 Big5 and EUC-TW
  * @brief Traditional Chinese: Big5 and the EUC form of CNS 11643.
  *
- * Characters that cannot be converted become two question marks. A character that the terminator
- * cuts short is written unchanged. Source and destination must not overlap.
+ * Characters that cannot be converted become two question marks; so does a lead byte together with
+ * what follows it instead of a trail byte, a line end too. A character that the terminator cuts
+ * short is written unchanged. Source and destination must not overlap.
  * @par Thread safety
  * Any number of threads at once.
  * @par Example
@@ -397,7 +410,8 @@ int CnsCode(int ordinal, unsigned char* cns);
 /**
  * Counts the bytes of the EUC-TW form of a Big5 string.
  * @param s Big5 text.
- * @return bytes, without the terminator. No memory is taken, so this cannot fail.
+ * @return bytes, without the terminator; 2147483647 also for all that is longer. No memory is
+ *         taken, so this cannot fail.
  */
 int euchLength(const char* s);
 
@@ -405,7 +419,8 @@ int euchLength(const char* s);
  * Counts the bytes of the Big5 form of an EUC-TW string.
  * @param s EUC-TW text.
  * @return bytes, without the terminator: 2 for each two- or four-byte character, else 1 a byte;
- *         also 1 a byte for a character that the terminator cuts short.
+ *         also 1 a byte for a character that the terminator cuts short. 2147483647 also for all
+ *         that is longer.
  */
 int big5Length(const char* s);
 /** @} */

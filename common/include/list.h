@@ -3,9 +3,11 @@
  * @brief A growable list of item references with a cursor.
  *
  * The list owns its array of references, never the items: it looks at them only through functions
- * of the caller, each of which gets the caller's datum as its last argument. Positions count from
- * 0. The cursor is the position of the current item; -1 stands before the first. NULL is a legal
- * item. A list holds at most 32767 items.
+ * of the caller, each of which gets the caller's datum as its last argument and leaves the list as
+ * it is. Positions count from 0. NULL is a legal item. A list holds at most 32767 items.
+ *
+ * The cursor is the position of the current item; -1 stands before the first. list_removeAll() may
+ * leave it behind the last, where there is no current item either.
  *
  * Functions that give an item give a status in the same result, see #ZV_LIST_ITEM: a caller who
  * stores small integers cannot tell the items -1, -2 and -5 from it. A call that fails changes
@@ -89,7 +91,8 @@ int list_free(LIST* list, ListRelease release, void* datum);
 /**
  * Releases the items as list_free() does and empties the list.
  *
- * The capacity and the cursor of the list stay.
+ * The capacity and the cursor of the list stay, so that the cursor may stand behind the last item
+ * until an item is added; list_getPrev() steps it down then.
  * @param list    the list; may be NULL.
  * @param release called with each item that is not NULL; NULL to leave the items alone.
  * @param datum   handed to @p release.
@@ -294,7 +297,8 @@ void* list_getNext(LIST* list);
 /**
  * Goes to the item before and gives it.
  * @param list the list; may be NULL.
- * @return the item; #ZV_LIST_NO_ITEM before the first; #ZV_LIST_NO_LIST.
+ * @return the item; NULL where list_removeAll() left the cursor, which moves too; #ZV_LIST_NO_ITEM
+ *         before the first; #ZV_LIST_NO_LIST.
  */
 void* list_getPrev(LIST* list);
 
@@ -330,7 +334,8 @@ void* list_next(LIST* list);
 /**
  * Goes to the item before; the same as list_getPrev().
  * @param list the list; may be NULL.
- * @return the item; #ZV_LIST_NO_ITEM before the first; #ZV_LIST_NO_LIST.
+ * @return the item; NULL where list_removeAll() left the cursor, which moves too; #ZV_LIST_NO_ITEM
+ *         before the first; #ZV_LIST_NO_LIST.
  */
 void* list_prev(LIST* list);
 
@@ -353,7 +358,7 @@ void* list_getAt(LIST* list, int position);
  * Replaces the item at the cursor.
  * @param list the list; may be NULL.
  * @param item the new item.
- * @return 0; #ZV_LIST_NO_ITEM; #ZV_LIST_NO_LIST.
+ * @return 0; #ZV_LIST_NO_ITEM when there is none; #ZV_LIST_NO_LIST.
  */
 int list_set(LIST* list, void* item);
 
@@ -385,7 +390,8 @@ int list_setNext(LIST* list, void* item);
  * Goes to the item before and replaces it.
  * @param list the list; may be NULL.
  * @param item the new item.
- * @return 0; #ZV_LIST_NO_ITEM before the first; #ZV_LIST_NO_LIST.
+ * @return 0; #ZV_LIST_NO_ITEM before the first and where list_removeAll() left the cursor;
+ *         #ZV_LIST_NO_LIST.
  */
 int list_setPrev(LIST* list, void* item);
 

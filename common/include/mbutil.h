@@ -10,7 +10,8 @@
  * number of threads at once, except mbstrtok() and a switch of the code set.
  *
  * Output areas belong to the caller; where no size is passed, they have the room that is stated.
- * Pointers are not NULL unless something is said of NULL.
+ * They do not overlap a source unless that is said. Pointers are not NULL unless something is said
+ * of NULL.
  */
 #ifndef ZVUTIL_MBUTIL_H
 #define ZVUTIL_MBUTIL_H
@@ -86,8 +87,13 @@ extern unsigned char MBUTIL_I_Am_Japanese;
 /**
  * Adopts the environment's locale for the whole process and makes its code set the current one.
  *
- * Japanese locales give #ZV_EUC, Korean #ZV_EUC_K, "zh_TW" #ZV_EUC_H, other Chinese #ZV_EUC_C, all
- * others #ZV_WESTERN. Calls setlocale(LC_ALL, "").
+ * The beginning of the locale's name decides, letter case aside: "ja" and "jpn" give #ZV_EUC, "ko"
+ * #ZV_EUC_K, "zh_TW" #ZV_EUC_H, other "zh" #ZV_EUC_C, all others #ZV_WESTERN. What follows, such as
+ * ".UTF-8", is not looked at: in ja_JP.UTF-8 text is taken for Japanese EUC. A host that holds its
+ * text in any other encoding names its code set with InitMbutilExt().
+ *
+ * Calls setlocale(LC_ALL, ""). A locale that the system cannot load leaves the earlier one, as a
+ * rule "C", and that one decides. Where the categories differ, LC_CTYPE does.
  * @return the current code set before the call.
  * @par Thread safety
  * Only while no other thread uses the library or the locale.
@@ -95,7 +101,7 @@ extern unsigned char MBUTIL_I_Am_Japanese;
 int InitMbutil(void);
 
 /**
- * Makes a code set the current one.
+ * Makes a code set the current one; text that the host holds is not converted.
  * @param code_set any integer; one that is not known counts as single-byte text.
  * @return the current code set before the call.
  * @par Thread safety
@@ -112,33 +118,45 @@ unsigned char mbIsJapanese(void);
 /**
  * Finds the code set that a name stands for.
  *
- * Names are recognised anywhere in @p name, in upper case: "SJIS" before "JIS", any other "EUC" is
- * Japanese, any "GB" is #ZV_GB.
+ * It knows the names beside the identifiers, in upper case, anywhere in @p name: "SJIS" before
+ * "JIS", any other "EUC" is Japanese, any "GB" is #ZV_GB. The names of other systems may mislead:
+ * "SHIFT_JIS" gives #ZV_JIS, "EUC-TW" and "EUC-KR" give #ZV_EUC, "Big5", "ISO-8859-2" and
+ * "ISO-2022-JP" #ZV_WESTERN.
  * @param name ASCII text; may be NULL.
- * @return the code set; #ZV_WESTERN for everything unknown.
+ * @return the code set; #ZV_WESTERN for everything unknown, which cannot be told from a Western
+ *         name.
  */
 int mbGetCodeSet(const char* name);
 
 /**
  * Finds the code set of the process locale, which it does not change.
- * @return the code set; #ZV_WESTERN for everything unknown. "zh_TW.BIG5" gives #ZV_BIG5 here.
+ *
+ * The locale is "C" until InitMbutil() or the host adopts another. Its name decides as for
+ * InitMbutil(), with these differences: "zh_TW.BIG5" gives #ZV_BIG5, "zh.GBK" #ZV_EUC_C, other
+ * "zh" but "zh_TW" #ZV_GB, and some European languages #ZV_8859_2, #ZV_8859_4, #ZV_8859_5,
+ * #ZV_8859_7 and #ZV_8859_9; "jpn" is not known.
+ * @return the code set; #ZV_WESTERN for everything unknown.
  */
 int mbGetLocaleCodeSet(void);
 
 /**
  * Writes the name of the code set of a locale.
  * @param locale a locale name, ASCII.
- * @param name   receives a name for mbGetCodeSet(); room for 8 bytes.
+ * @param name   receives the name for mbGetCodeSet() of the code set that mbGetLocaleCodeSet()
+ *               gives in that locale; room for 8 bytes. The locale "UTF-8" alone gives "UTF8",
+ *               which mbGetCodeSet() does not know.
  */
 void SetCodePage(const char* locale, char* name);
 
 /**
  * Rewrites a locale name so that its code set part names the matching Windows code page.
  *
- * "de_DE.ISO8859-15@euro" becomes "de_DE.cp1252@euro". A name without a code set part gets the code
- * page of the process locale.
+ * "de_DE.ISO8859-15@euro" becomes "de_DE.cp1252@euro"; code sets other than ISO 8859 stay, as do
+ * its parts 3, 6 and 8, and parts 10 to 16 but 13 count as 1. A name without a code set part gets
+ * the code page of the process locale, or itself again where that has none: "ja" becomes "ja.ja".
  * @param locale a locale name, ASCII; of 100 bytes or more it is copied unchanged.
- * @param out    receives the name; room for the length of @p locale twice, plus 8 bytes.
+ * @param out    receives the name; room for the length of @p locale twice, plus 8 bytes. May be
+ *               @p locale.
  */
 void mbGetCorrectedLocaleForUnix(const char* locale, char* out);
 
@@ -224,16 +242,16 @@ int ismbcprint(int byte);
 
 /**
  * Tells how far a walk through text steps.
- * @param s        first byte of a character.
+ * @param s        first byte of a character; may be NULL.
  * @param code_set code set of the text.
- * @return the length of the character; 1 at the terminator and for malformed bytes.
+ * @return the length of the character; 1 at the terminator, for malformed bytes and for NULL.
  */
 int mbbytesinchartype(const char* s, int code_set);
 
 /**
  * Tells how far a walk through text of the current code set steps.
- * @param s first byte of a character.
- * @return the length of the character; 1 at the terminator and for malformed bytes.
+ * @param s first byte of a character; may be NULL.
+ * @return the length of the character; 1 at the terminator, for malformed bytes and for NULL.
  */
 int mbbytesinchar(const char* s);
 /** @} */
@@ -242,9 +260,9 @@ int mbbytesinchar(const char* s);
  * @defgroup zvutil_strings Multibyte strings
  * @brief The standard string functions, never splitting a character.
  *
- * In a single-byte code set most of these are the C library's own functions, and their pointers
- * must not be NULL then. A malformed byte counts as a character of one byte. Letter case follows
- * the process locale.
+ * In a single-byte code set most of these are the C library's own functions. A pointer that may be
+ * NULL in a multibyte code set crashes them there. A malformed byte counts as a character of one
+ * byte. Letter case follows the process locale.
  * @par Thread safety
  * Any number of threads at once, once the current code set has been set; of mbstrtok() one caller
  * in the whole process.
@@ -259,7 +277,7 @@ int mbbytesinchar(const char* s);
  * @param n        a position in bytes.
  * @param code_set code set of @p s.
  * @return the boundary: at most @p n and the length of @p s. @p n itself when the current code set
- *         is single-byte. Does not initialise the current code set.
+ *         is single-byte, whatever @p code_set is. Does not initialise the current code set.
  */
 unsigned mbidxtype(const char* s, unsigned n, int code_set);
 
@@ -291,17 +309,17 @@ char* mbnextchar(const char* s, unsigned idx);
 /**
  * Copies a string into a bounded area, leaving out a character that would be cut.
  * @param dst receives exactly @p n bytes, zero-filled; terminated only when @p src is shorter or a
- *            character was left out.
- * @param src text.
+ *            character was left out. May be NULL in a multibyte code set: nothing is copied then.
+ * @param src text; may be NULL in a multibyte code set: nothing is copied then.
  * @param n   bytes to write.
- * @return @p dst. In a multibyte code set nothing is copied when a pointer is NULL.
+ * @return @p dst.
  */
 char* mbstrncpy(char* dst, const char* src, unsigned n);
 
 /**
  * Copies a string into a bounded area as mbstrncpy() does, and counts.
- * @param dst receives exactly @p n bytes, as from mbstrncpy().
- * @param src text.
+ * @param dst receives exactly @p n bytes, as from mbstrncpy(); may be NULL.
+ * @param src text; may be NULL.
  * @param n   bytes to write.
  * @return the bytes of @p src copied; 0 when a pointer is NULL.
  */
@@ -311,27 +329,30 @@ unsigned mbstrncpyi(char* dst, const char* src, unsigned n);
  * Compares two strings without regard to the case of one-byte characters.
  *
  * A longer character orders after a shorter one; bytes compare as signed values.
- * @param a text.
- * @param b text.
+ * @param a text; may be NULL in a multibyte code set.
+ * @param b text; may be NULL in a multibyte code set.
  * @return -1, 0 or 1 (0 when a pointer is NULL); strcasecmp()'s result in a single-byte code set.
  */
 int mbstricmp(const char* a, const char* b);
 
 /**
  * Compares the first bytes of two strings without regard to the case of one-byte characters.
- * @param a text.
- * @param b text.
+ * @param a text; may be NULL in a multibyte code set.
+ * @param b text; may be NULL in a multibyte code set.
  * @param n bytes to compare; a multibyte character that begins before @p n is compared whole.
- * @return negative, 0 or positive.
+ * @return negative, 0 or positive; 0 when a pointer is NULL.
  */
 int mbstrnicmp(const char* a, const char* b, unsigned n);
 
 /**
  * Compares the first characters of two strings, case kept.
- * @param a text.
- * @param b text.
- * @param n bytes to cover; in a single-byte code set only the first bytes are compared.
- * @return negative, 0 or positive; 0 when @p a or @p n ends, whatever @p b still holds.
+ *
+ * In a single-byte code set only the first bytes are compared, as signed values.
+ * @param a text; may be NULL in a multibyte code set.
+ * @param b text; may be NULL in a multibyte code set.
+ * @param n bytes to cover.
+ * @return negative, 0 or positive; 0 when @p a or @p n ends, whatever @p b still holds, and when a
+ *         pointer is NULL.
  */
 int mbcharcmp(const char* a, const char* b, unsigned n);
 
@@ -352,29 +373,32 @@ int mbtolower(char* p);
 /**
  * Turns all one-byte characters to upper case, in place.
  * @param s text; may be NULL.
- * @return the length of @p s; 0 for NULL.
+ * @return the length of @p s, modulo 4294967296; 0 for NULL.
  */
 unsigned mbstrtoupper(char* s);
 
 /**
  * Turns all one-byte characters to lower case, in place.
  * @param s text; may be NULL.
- * @return the length of @p s; 0 for NULL.
+ * @return the length of @p s, modulo 4294967296; 0 for NULL.
  */
 unsigned mbstrtolower(char* s);
 
 /**
  * Finds the first character that begins with a byte.
- * @param s text.
- * @param c a char value: a byte from 80 is given as its negative value. 0 finds nothing in a
- *          multibyte code set.
+ *
+ * The byte is passed as a signed value, a byte from 80 as a negative one. Cast it to `signed char`,
+ * since plain char is unsigned on some processors.
+ * @param s text; may be NULL in a multibyte code set.
+ * @param c -128 to 127. In a multibyte code set any other value, and 0, finds nothing; in a
+ *          single-byte one its low 8 bits count and 0 finds the terminator, as with strchr().
  * @return the character in @p s, or NULL.
  */
 char* mbstrchr(const char* s, int c);
 
 /**
  * Finds the first character that begins with a byte; the same as mbstrchr().
- * @param s text.
+ * @param s text; may be NULL in a multibyte code set.
  * @param c as for mbstrchr().
  * @return the character in @p s, or NULL.
  */
@@ -382,7 +406,7 @@ char* mbstrchrEncr(const char* s, int c);
 
 /**
  * Finds the last character that begins with a byte.
- * @param s text.
+ * @param s text; may be NULL in a multibyte code set.
  * @param c as for mbstrchr().
  * @return the character in @p s, or NULL.
  */
@@ -408,8 +432,8 @@ char* mbstrrstr(const char* hay, const char* needle);
 
 /**
  * Finds the first character of a string that belongs to a set.
- * @param s   text.
- * @param set the characters looked for, as a string.
+ * @param s   text; may be NULL in a multibyte code set.
+ * @param set the characters looked for, as a string; may be NULL in a multibyte code set.
  * @return the character in @p s, or NULL.
  */
 char* mbstrpbrk(const char* s, const char* set);
@@ -417,8 +441,8 @@ char* mbstrpbrk(const char* s, const char* set);
 /**
  * Counts the bytes before the first character that belongs to a set.
  * @param s   text.
- * @param set the characters looked for, as a string.
- * @return bytes; all of @p s when no character belongs to the set.
+ * @param set the characters looked for, as a string; may be NULL in a multibyte code set.
+ * @return bytes, modulo 4294967296; all of @p s when no character belongs to the set.
  */
 unsigned mbstrcspn(const char* s, const char* set);
 
@@ -428,8 +452,9 @@ unsigned mbstrcspn(const char* s, const char* set);
  * Unlike strtok(), a multibyte code set skips one leading delimiter only, and only on the first
  * call; two delimiters in a row give an empty token, and so does one at the end.
  * @param s          the string, which is changed (the first byte of each delimiter becomes zero);
- *                   NULL to go on.
- * @param delimiters the characters that separate tokens, as a string.
+ *                   NULL to go on, before a first string only in a multibyte code set.
+ * @param delimiters the characters that separate tokens, as a string; may be NULL in a multibyte
+ *                   code set: the rest of the string is the token then.
  * @return the next token, inside the string; NULL when there is none and for an empty string.
  * @par Thread safety
  * One tokenisation at a time in the whole process; mbstrtok_r() has no such limit.
@@ -439,8 +464,9 @@ char* mbstrtok(char* s, const char* delimiters);
 /**
  * Cuts a string into tokens as mbstrtok() does, its position kept by the caller.
  * @param s          the string, which is changed; NULL to go on.
- * @param delimiters the characters that separate tokens, as a string.
- * @param save       set by the call with @p s, used by the calls with NULL.
+ * @param delimiters as for mbstrtok().
+ * @param save       set by the call with @p s, used by the calls with NULL. Where it is NULL before
+ *                   a call with NULL, that gives NULL in a multibyte code set only.
  * @return the next token, inside the string; NULL when there is none and for an empty string.
  * @par Thread safety
  * Any number of threads at once, each with a @p save of its own.
@@ -450,23 +476,27 @@ char* mbstrtok_r(char* s, const char* delimiters, char** save);
 /**
  * Checks that a string is well formed in a code set.
  * @param s        text in @p code_set; may be NULL.
- * @param badpos   receives the position of the first malformed byte; untouched otherwise.
+ * @param badpos   receives the position of the first malformed character, modulo 4294967296;
+ *                 untouched otherwise.
  * @param code_set code set of @p s.
- * @return 1 if it is, or if the current code set is single-byte; 0 if not or a pointer is NULL.
+ * @return 1 if it is, or whatever the pointers are if the current code set is single-byte; 0 if not
+ *         or a pointer is NULL.
  */
 int mbvalidatestring(const char* s, unsigned* badpos, int code_set);
 
 /** Checks of mbvalidatestringtype(); one-byte characters must pass them. */
 enum {
-    ZV_CHECK_PRINTABLE = 104, /**< Printable or white space. */
-    ZV_CHECK_NO_LOWER = 105,  /**< No lower-case letter. */
-    ZV_CHECK_NO_UPPER = 106   /**< No upper-case letter. */
+    /** White space or printable, in a multibyte code set as ismbcprint() has it. */
+    ZV_CHECK_PRINTABLE = 104,
+    ZV_CHECK_NO_LOWER = 105, /**< No lower-case letter. */
+    ZV_CHECK_NO_UPPER = 106  /**< No upper-case letter. */
 };
 
 /**
  * Checks that a string is well formed in the current code set and passes a check.
  * @param s      text; may be NULL.
- * @param badpos receives the position of the first bad character, in a multibyte code set only.
+ * @param badpos receives the position of the first bad character, modulo 4294967296, in a multibyte
+ *               code set only.
  * @param check  #ZV_CHECK_PRINTABLE, #ZV_CHECK_NO_LOWER, #ZV_CHECK_NO_UPPER; any other value asks
  *               for nothing more.
  * @return 1 or 0; 0 when a pointer is NULL.
@@ -478,9 +508,10 @@ int mbvalidatestringtype(const char* s, unsigned* badpos, int check);
  * @defgroup zvutil_conversion Conversion and text streams
  * @brief One call for every pair of code sets, and lines and files read and written through it.
  *
- * The streams are stdio streams. Line ends are neither added, removed nor translated. The
- * converters behind these functions are those of @ref zvutil_japanese, @ref zvutil_big5 and
- * @ref zvutil_codepages.
+ * The streams are stdio streams. Line ends are neither added, removed nor translated; a zero byte
+ * hides the rest of its line. The converters behind these functions are those of
+ * @ref zvutil_japanese, @ref zvutil_big5 and @ref zvutil_codepages, whose pages say what becomes of
+ * bytes that they cannot convert.
  * @par Thread safety
  * Any number of threads at once, once the current code set has been set; a stream by one thread at
  * a time.
@@ -513,10 +544,10 @@ int IsConversionSupport(int from, int to);
 
 /**
  * Converts a string from the current code set into another; copies in a single-byte code set.
- * @param dst receives the text; room as for convertStrExt().
+ * @param dst receives the text; room as for convertStrExt(). May be NULL.
  * @param src text; may be NULL.
  * @param to  code set of the result.
- * @return 1; 0 when a pointer is NULL.
+ * @return 1, also where no converter serves the pair; 0 when a pointer is NULL.
  */
 int mbconvertnativestring(char* dst, const char* src, int to);
 
@@ -526,7 +557,7 @@ int mbconvertnativestring(char* dst, const char* src, int to);
  * Converts Japanese EUC to Shift-JIS when the current code set is one of the two, and copies
  * otherwise. Does not initialise the current code set.
  * @param src text; may be NULL.
- * @param dst receives the text; room for the length of @p src plus 1 bytes.
+ * @param dst receives the text; room for the length of @p src plus 1 bytes. May be NULL.
  * @return @p dst; NULL when a pointer is NULL.
  */
 char* UnixCodingToWindowsCodingExt(const char* src, char* dst);
@@ -537,7 +568,7 @@ char* UnixCodingToWindowsCodingExt(const char* src, char* dst);
  * Converts Shift-JIS to Japanese EUC when the current code set is one of the two, and copies
  * otherwise. Does not initialise the current code set.
  * @param src text; may be NULL.
- * @param dst receives the text; room for twice the length of @p src plus 1 bytes.
+ * @param dst receives the text; room for twice the length of @p src plus 1 bytes. May be NULL.
  * @return @p dst; NULL when a pointer is NULL.
  */
 char* WindowsCodingToUnixCodingExt(const char* src, char* dst);
@@ -545,9 +576,10 @@ char* WindowsCodingToUnixCodingExt(const char* src, char* dst);
 /**
  * Tells the length of the longer of the two forms, UNIX and Windows, of a string.
  *
- * Does not initialise the current code set; cannot fail.
+ * The forms are Shift-JIS and Japanese EUC, or Big5 and EUC-TW; text of any other current code set
+ * has one form. Does not initialise the current code set; cannot fail.
  * @param s text.
- * @return bytes, without the terminator.
+ * @return bytes, without the terminator; 2147483647 also for all that is longer.
  */
 int MaxStringLengthOnWinAndUnix(const char* s);
 
@@ -572,6 +604,8 @@ extern const struct MbToSbNumber Mb2SbNumberTableInEUC_H[];
 
 /**
  * Replaces full-width digits and a few marks by their ASCII counterparts.
+ *
+ * Text of a code set that has none of the tables above is copied.
  * @param src text in the current code set.
  * @param dst receives the text; room for the length of @p src plus 1 bytes.
  * @return 0.
@@ -581,57 +615,70 @@ int ConvertMBNumberToSBNumber(const char* src, char* dst);
 /**
  * Adds up the bytes of a string.
  *
- * Text of a multibyte code set is taken in the code set of the locale and summed in its Japanese
- * EUC form.
+ * In a multibyte current code set the text is taken in the code set of mbGetLocaleCodeSet() and
+ * summed in its Japanese EUC form.
  * @param s text; may be NULL.
- * @return the sum; 0 for NULL and the empty string; -1 when there is no memory.
+ * @return the sum of the unsigned bytes, its low 32 bits (from 8 MiB on it may pass them); 0 for
+ *         NULL and the empty string; -1 when there is no memory.
  */
 int AccumulateAsciiForStr(const char* s);
 
 /**
  * Reads a line, as fgets() does, and converts it into the current code set.
- * @param buf      receives the line, terminated, never cut inside a character; what does not fit is
- *                 dropped.
- * @param size     room of @p buf in bytes, at least 1; at most size - 1 bytes of the file are read.
+ *
+ * A longer line is read in pieces of size - 1 bytes, wherever these end, and each piece is
+ * converted by itself: a character that is cut so comes out wrong, and a piece of #ZV_JIS begins in
+ * single-byte mode. So choose a size above that of the longest line. Nothing is converted when the
+ * current code set is single-byte; getLine() converts then too.
+ * @param buf      receives the line, terminated; what does not fit after the conversion is dropped,
+ *                 in whole characters. May be NULL.
+ * @param size     room of @p buf in bytes, at least 2: 1 reads nothing and never meets the end.
  * @param stream   the file.
  * @param code_set code set of the file; 0 for no conversion.
- * @return @p buf; NULL at the end of the file, on a read error, without memory, or when @p buf is
- *         NULL.
+ * @return @p buf; NULL at the end of the file, on a read error and when @p buf is NULL; NULL also
+ *         without memory, with the line as it was read in @p buf.
  */
 char* mbfgets(char* buf, int size, FILE* stream, int code_set);
 
 /**
  * Converts a string from the current code set and writes it, as fputs() does.
- * @param s        text; may be NULL.
+ *
+ * Nothing is converted when the current code set is single-byte.
+ * @param s        text; may be NULL: nothing is written then.
  * @param stream   the file.
  * @param code_set code set of the file; 0 for no conversion.
- * @return the result of fputs(); 0 for a NULL @p s; -1 when there is no memory.
+ * @return the result of fputs(), negative with errno on a write error; 0 for a NULL @p s; -1 when
+ *         there is no memory.
  */
 int mbfputs(const char* s, FILE* stream, int code_set);
 
 /**
  * Reads a block of text that does not end inside a character of the current code set.
  *
- * The bytes of a cut character are given back to the stream, for the next call.
+ * The bytes of a cut character are given back to the stream, for the next call, by positioning or
+ * by push-back; where the stream takes neither, the block ends inside the character.
  * @param buf    receives the text and, in a multibyte code set, a terminator; room for size + 1
  *               bytes.
- * @param size   bytes to read, at least 1; at least 4 so that every character fits.
+ * @param size   bytes to read, at least 1; at least 4 so that every character fits. 2147483647 are
+ *               read at most.
  * @param stream the file.
- * @return bytes kept in @p buf; 0 at the end of the file and on an error.
+ * @return bytes kept in @p buf; 0 at the end of the file and on an error before any byte.
  */
 int mbfreadstring(char* buf, unsigned size, FILE* stream);
 
 /**
  * Converts a file into the current code set.
  *
- * The result is that of one conversion of the whole text. A zero byte ends the text of the block
- * of 21000 bytes that it stands in.
+ * The result is that of one conversion of the whole text, however long it is. A zero byte ends the
+ * text of the block of 21000 bytes that it stands in.
  * @param source      path of the file to read.
- * @param destination path of the file to write.
+ * @param destination path of the file to write; never the source itself, also by a link.
  * @param append      nonzero to write behind what @p destination holds, 0 to replace it.
  * @param code_set    code set of the source.
- * @return 1; 0 when IsConversionSupport() refuses the pair (nothing is opened), a file cannot be
- *         opened (errno tells) or there is no memory. Read and write errors are not told.
+ * @return 1; 0 with nothing touched when IsConversionSupport() refuses the pair, when both paths
+ *         lead to one file, or when the source cannot be opened (errno tells); 0 when the
+ *         destination cannot be opened (errno tells) or there is no memory (it may be empty then).
+ *         Read and write errors are not told.
  */
 int mbconvertfile2native_ex(const char* source, const char* destination, char append, int code_set);
 /** @} */
@@ -649,15 +696,26 @@ int mbconvertfile2native_ex(const char* source, const char* destination, char ap
 
 /**
  * Finds the code set of a charset name of a mail header, without regard to case.
+ *
+ * It knows the names that mbGetMIMECharset() gives, and "iso-2022-cn-gb", "iso-2022-cn-ext" and
+ * "iso-2022-cn-bg5". Many names of mail from elsewhere are not among them ("shift_jis", "euc-jp",
+ * "big5", "gb2312", "euc-kr", "windows-1251", "utf-8"): who reads such mail needs a table of its
+ * own in front of this one.
  * @param name ASCII text; may be NULL.
- * @return the code set; #ZV_WESTERN for everything unknown.
+ * @return the code set; #ZV_WESTERN for everything unknown, which cannot be told from a Western
+ *         name.
  */
 int mbGetMIMECodeSet(const char* name);
 
 /**
  * Names the charset of a code set for mail headers.
- * @param code_set a code set.
- * @return a constant of the library, never NULL; "iso-8859-1" for all that have no name.
+ *
+ * Not every reader knows these names, or takes the bytes that go with them for what they are:
+ * "iso-2022-cn" for #ZV_GB and #ZV_BIG5, "iso-2022-kr" for #ZV_KSC_5601_87 and #ZV_KSC_5601_92,
+ * "cp-1253" and the like for code pages. SetCharset() gives the names of documents.
+ * @param code_set a code set, as a rule one of mbGetCodeSetForMail().
+ * @return a constant of the library, never NULL; "iso-8859-1" for all that have no name,
+ *         #ZV_EUC_C, #ZV_EUC_H and #ZV_EUC_K among them.
  */
 const char* mbGetMIMECharset(int code_set);
 
@@ -707,7 +765,8 @@ void SetCharset(char* charset, int code_set);
  * @defgroup zvutil_mail Quoted-printable and subjects
  * @brief Mail bodies and subject lines.
  *
- * In every function here the output area comes first.
+ * In every function here the output area comes first. Soft line breaks are those of
+ * quoted-printable: a "=" at the end of a line joins the next to it.
  * @par Thread safety
  * Any number of threads at once, once the current code set has been set; a stream by one thread at
  * a time.
@@ -719,8 +778,10 @@ void SetCharset(char* charset, int code_set);
 /**
  * Encodes text as quoted-printable.
  *
- * Line ends are encoded too; a soft line break ("=", LF, CR) stands behind every 50 or more
- * characters.
+ * Line ends are encoded too; the result has soft line breaks alone, one behind every 50 or more
+ * characters. They are written as "=", LF, CR, in this order, which decoders do not read as one:
+ * convertFromQuotedPrintable() stops there, others keep the CR. Before the text is sent, make each
+ * LF, CR in it CR, LF; before getLine() is to read it, LF alone.
  * @param dst receives ASCII text. Room: with E = three times the length of @p src, E plus 3 bytes
  *            for every 50 of E, plus 1.
  * @param src text.
@@ -731,9 +792,11 @@ char* convertToQuotedPrintable(char* dst, const char* src);
 /**
  * Decodes one line of quoted-printable text.
  *
- * The line ends at its terminator, CR or LF, which is not copied. Soft line breaks and bytes that
- * have no place in such text are dropped; "=" and a byte that is no digit stay, of "=" and a single
- * digit the digit and what follows it.
+ * The line ends at its terminator, CR or LF, which is not copied; a text of several lines is
+ * decoded line by line. "=" and CR or LF are dropped and the line goes on behind them, so that "=",
+ * CR, LF ends it. Bytes that have no place in such text are dropped; "=" and a byte that is no
+ * digit stay, of "=" and a single digit the digit and what follows it, a line end too: then the
+ * line goes on behind it. "=00" becomes a zero byte, where a reader of strings sees the end.
  * @param dst receives the decoded bytes; room for the length of @p src plus 1 bytes. May be @p src.
  * @param src the line.
  * @return @p dst.
@@ -762,14 +825,17 @@ char* convertSubjectToBase64(char* dst, const char* src, const char* charset);
  * by LF, space, TAB.
  *
  * A Japanese subject is cut into pieces of at most 20 bytes, each on lines of its own; what is
- * ASCII in it stays readable, and half-width katakana become full-width. The one piece long enough
- * for its word to end inside a character is 20 half-width katakana of Shift-JIS. In
- * quoted-printable words "?" and "_" stand as they are, and a reader may misread them.
+ * ASCII at the front of a piece stays as it is, and half-width katakana become full-width. So
+ * remove line ends first, since one that stays would end the header and begin another; ASCII that
+ * looks like an encoded word is decoded by readers. The one piece long enough for its word to end
+ * inside a character is 20 half-width katakana of Shift-JIS. In quoted-printable words "?" and "_"
+ * stand as they are, and a reader may misread them.
  * @param dst           receives ASCII text. A safe room is 64 times the length of @p subject plus
  *                      64 bytes.
- * @param subject       text in the code set @p code_set, which is the current one.
+ * @param subject       text in the code set @p code_set, without line ends.
  * @param mail_code_set as mbGetCodeSetForMail() gives it.
- * @param code_set      code set of @p subject.
+ * @param code_set      the current code set, but not #ZV_JIS, whose text would be cut anywhere:
+ *                      convert that to #ZV_EUC first.
  * @return @p dst; an empty string for an empty subject and without memory.
  */
 char* convertSubjectForMail(char* dst, const char* subject, int mail_code_set, int code_set);
@@ -782,17 +848,22 @@ enum {
 
 /**
  * Reads a logical line of mail, undoes its transfer encoding and converts it.
+ *
+ * Longer lines are read in pieces of size - 1 bytes, wherever these end, as by mbfgets(); a
+ * quoted-printable piece whose last byte but one is "=" is continued by the next. Lines end in LF:
+ * a soft line break before CR, LF is dropped, but the next line is one of its own. The line end is
+ * converted too: into #ZV_CP1250 and #ZV_CP1251 it becomes another character, see
+ * @ref zvutil_codepages.
  * @param dst    receives the line, terminated; what does not fit is dropped, in whole characters of
- *               the current code set.
- * @param size   room of @p dst in bytes, at least 1. Longer lines are read in pieces of size - 1
- *               bytes, wherever these end; a quoted-printable piece whose last byte but one is "="
- *               is continued by the next.
+ *               the current code set. May be NULL.
+ * @param size   room of @p dst in bytes, at least 2: 1 reads nothing and never meets the end.
  * @param stream the mail.
  * @param from   code set of the stream's text.
  * @param kind   transfer kind. A quoted-printable line always ends in LF, also at the end of file.
  * @param wanted code set of the result.
  * @return @p dst; NULL at the end of the file (also where a continued line misses its
- *         continuation), on a read error, without memory, or when @p dst is NULL.
+ *         continuation), on a read error, without memory, when @p size is below 1, or when @p dst
+ *         is NULL.
  */
 char* getLine(char* dst, int size, FILE* stream, int from, int kind, int wanted);
 /** @} */

@@ -8,8 +8,9 @@
  * may run in any number of threads at once, unless something else is said.
  *
  * Strings are zero-terminated byte strings that are handed to the system as they are, whatever the
- * current code set; lengths and rooms are bytes. Booleans are 1 and 0. Where a function reports a
- * failure, errno gives the reason. Pointers are not NULL unless something is said of NULL.
+ * current code set; lengths and rooms are bytes. Booleans are 1 and 0. Why a function failed is in
+ * errno where its comment says so, and nowhere else. Pointers are not NULL unless something is said
+ * of NULL.
  */
 #ifndef ZVUTIL_OSUTILS_H
 #define ZVUTIL_OSUTILS_H
@@ -38,9 +39,9 @@ extern "C" {
  * would lead to a longer path counts as absent; it is never cut. The file itself is described in
  * @ref zv_conf.
  * @par Thread safety
- * Any number of threads at once after InitializeSrvUtil(); of SetZVInstallPath() and the first call
- * of OSGetAuditConfigPath() and OSGetZVMonitorConfigFile() one at a time, while no other thread
- * asks for that path.
+ * Any number of threads at once for what InitializeSrvUtil() has filled, giving 1; of
+ * SetZVInstallPath() and the first call of a getter that finds its path itself one at a time, while
+ * no other thread asks for paths.
  * @par Example
  * @snippet services.c paths
  * @{
@@ -49,9 +50,12 @@ extern "C" {
 /**
  * Starts the operating system services of the library.
  *
- * Resolves the machine's names, then fills the caches of all paths but those of the audit and
- * monitor configuration files.
- * @return 1, or 0 when the machine's full name cannot be resolved; no path has been resolved then.
+ * Resolves the machine's names and fills the caches of all paths but those of the audit and monitor
+ * configuration files. Names are text in the current code set: set it before, or the environment's
+ * locale may be adopted, as by InitMbutil().
+ * @return 1, or 0 when the machine's full name cannot be resolved. The node name stands for it
+ *         then and nothing else is filled: ask once, before other threads start, for each of the
+ *         other names and paths that the host is going to use.
  * @par Thread safety
  * Before other threads start.
  */
@@ -61,7 +65,8 @@ int InitializeSrvUtil(void);
 void TerminateSrvUtil(void);
 
 /**
- * Sets the installation directory and resolves again what depends on it.
+ * Sets the installation directory and resolves again what depends on it, before or after
+ * InitializeSrvUtil().
  *
  * That is the configuration directory, the server, database and audit configuration files and the
  * server database directory. What OSGetZVQDirectory() and OSGetZVMonitorConfigFile() have given
@@ -93,8 +98,8 @@ const char* OSGetDBConfigPath(void);
  * Gives the audit configuration file.
  * @return "zvaudit.conf" in the configuration directory.
  * @par Thread safety
- * The first call fills a cache that InitializeSrvUtil() does not; make it while no other thread
- * does.
+ * The first call, also after SetZVInstallPath(), fills a cache that InitializeSrvUtil() does not;
+ * make it while no other thread does.
  */
 const char* OSGetAuditConfigPath(void);
 
@@ -121,9 +126,9 @@ const char* OSGetZVMonitorConfigFile(const void* unused);
 /**
  * Reads a value from the server configuration file.
  *
- * A line that begins with the key gives the rest of the line, without the blanks around it; the
- * last such line counts. A line longer than 283 bytes is looked at in pieces, each as a line of its
- * own. The file is read afresh by every call.
+ * A line that begins with the key, letter case included, gives the rest of the line, without the
+ * blanks around it; the last such line counts. A line longer than 283 bytes is looked at in pieces,
+ * each as a line of its own. The file is read afresh by every call.
  * @param key   not empty, its colon included.
  * @param value receives the value, cut after 255 bytes, or an empty string when there is none or
  *              the file cannot be read to its end or is no regular file; room for 256 bytes.
@@ -141,11 +146,13 @@ void OSGetEol(char* out);
  * @defgroup zvutil_hostnames Host and server names
  * @brief What this machine and this server are called.
  *
- * Names have at most 64 bytes, in the current code set; every output has room for 65 bytes. Letter
- * case is told apart only where that is said; that of ASCII, whatever the process locale. Why a
- * look-up failed is not reported.
+ * Names have at most 64 bytes, in the current code set, which is initialised where nothing has set
+ * it; every output has room for 65 bytes. Letter case is told apart only where that is said; that
+ * of ASCII, whatever the process locale. A look-up may ask the network and wait for it. Why it
+ * failed is not reported.
  * @par Thread safety
- * Any number of threads at once after InitializeSrvUtil().
+ * Any number of threads at once after InitializeSrvUtil() gave 1; after it gave 0, once
+ * OSGetHostnameNoDomain() has been called.
  * @par Example
  * @snippet services.c names
  * @{
@@ -168,9 +175,13 @@ typedef struct NameList {
 /**
  * Resolves and caches the machine's full name.
  *
- * The full name is the official name in the host entry of the node name.
+ * The full name is the official name in the host entry of the node name. A call looks it up anew
+ * and stores it last.
  * @return 1, or 0 when the node name cannot be looked up. It stands in for the full name then, and
  *         only the call that made the look-up reports the failure.
+ * @par Thread safety
+ * Before other threads start, as InitializeSrvUtil() calls it, or while none asks for names. A call
+ * that finds the same name again disturbs no reader.
  */
 int InitHostnameWithDomain(void);
 
@@ -201,7 +212,11 @@ int OSGetRemoteHostnameWithDomain(const char* name, char* out);
  */
 int OSGetServerNameWithDomain(char* out);
 
-/** Caches the machine's node name, exactly as the system reports it. */
+/**
+ * Caches the machine's node name, exactly as the system reports it.
+ * @par Thread safety
+ * Before other threads start, as InitializeSrvUtil() calls it, or while none asks for names.
+ */
 void InitHostnameNoDomain(void);
 
 /** Gives the node name, asking for it on first use. @param out receives it, or an empty string. */
@@ -213,9 +228,9 @@ void OSGetServerNameNoDomain(char* out);
 /**
  * Tells whether a name stands for an expected host.
  * @param name     a host name or alias.
- * @param expected the expected official name; NULL or empty accepts any name that resolves. When a
- *                 server name is configured, @p name is compared with that instead, case included,
- *                 and nothing is looked up.
+ * @param expected the expected official name; NULL or empty accepts any name that resolves. Where
+ *                 one is expected and a server name is configured, @p name is compared with the
+ *                 configured name instead, case included, and nothing is looked up.
  * @return 1 or 0; 0 for a name that does not resolve.
  */
 int OSCheckHostnameUsingAlias(const char* name, const char* expected);
@@ -223,11 +238,17 @@ int OSCheckHostnameUsingAlias(const char* name, const char* expected);
 /**
  * Tells whether a name designates this server.
  *
- * "@" always does; "*" and names that begin with "$" never do. A name is looked up only when it is
- * none of the names known here.
+ * "@" always does; "*" and names that begin with "$" never do. The names known here are, in this
+ * order: those of @p list; the configured name; the machine's full name; the configured name with
+ * the machine's domain; the full name up to its first dot. Any other name is looked up, and
+ * designates this server when its official name is the machine's full name.
+ *
+ * A configured name that has more than 64 bytes together with the domain ends the search: none of
+ * the names behind it is tried.
  * @param name may be NULL or empty, which designate nothing.
  * @param list further names of this server; may be NULL.
- * @return 1 or 0.
+ * @return 1 or 0; 0 also for a name that is none of the first two when the machine's full name
+ *         cannot be had.
  */
 int IsCurrentServerName(const char* name, const NameList* list);
 /** @} */
@@ -241,8 +262,9 @@ int IsCurrentServerName(const char* name, const NameList* list);
  * nor reposition it. A stream that is NULL or no open stream fails with EBADF.
  *
  * The locks are the system's record locks, over the whole file however far it grows. They keep out
- * other processes that ask for one, not other threads. Closing any descriptor of a file releases
- * all locks that the process holds on it; so do OSFindLineInFile() and OSAppendLineToFile().
+ * other processes that ask for one, not other threads, and a child process inherits none. Closing
+ * any descriptor of a file releases all locks that the process holds on it; so do
+ * OSFindLineInFile() and OSAppendLineToFile().
  * @par Thread safety
  * Any number of threads at once; a stream by one thread at a time.
  * @par Example
@@ -262,11 +284,12 @@ enum {
  * @param lock_type  #ZV_LOCK_WRITE or #ZV_LOCK_READ.
  * @param wait       1 waits until the lock is granted, signals notwithstanding; any other value
  *                   gives up when another process holds a conflicting lock.
- * @return 1; 0 with errno.
+ * @return 1; 0 with errno, the process's lock on the file as it was.
  * @par Errors
  * - EACCES, EAGAIN: another process holds a conflicting lock.
  * - EDEADLK: both processes would wait for each other.
  * - EBADF: the descriptor is not open for that type.
+ * - ENOLCK: the system has no locks left, or the file system keeps none.
  */
 unsigned char OSLockFileFd(int descriptor, int lock_type, int wait);
 /**
@@ -279,6 +302,7 @@ unsigned char OSLockFileFd(int descriptor, int lock_type, int wait);
  * - EACCES, EAGAIN: another process holds a conflicting lock.
  * - EDEADLK: both processes would wait for each other.
  * - EBADF: the descriptor is not open for that type.
+ * - ENOLCK: the system has no locks left, or the file system keeps none.
  */
 unsigned char OSLockZVFile(ZVFILE* stream, int lock_type, int wait);
 /**
@@ -291,6 +315,7 @@ unsigned char OSLockZVFile(ZVFILE* stream, int lock_type, int wait);
  * - EACCES, EAGAIN: another process holds a conflicting lock.
  * - EDEADLK: both processes would wait for each other.
  * - EBADF: the descriptor is not open for that type.
+ * - ENOLCK: the system has no locks left, or the file system keeps none.
  */
 unsigned char OSLockFile(FILE* stream, int lock_type, int wait);
 
@@ -300,6 +325,7 @@ unsigned char OSLockFile(FILE* stream, int lock_type, int wait);
  * @return 1, also when there was none; 0 with errno.
  * @par Errors
  * - EBADF: the descriptor is not open.
+ * - ENOLCK: the system has no locks left, or the file system keeps none.
  */
 unsigned char OSUnLockFileFd(int descriptor);
 /**
@@ -308,14 +334,16 @@ unsigned char OSUnLockFileFd(int descriptor);
  * @return 1, also when there was none; 0 with errno.
  * @par Errors
  * - EBADF: the stream is not open.
+ * - ENOLCK: the system has no locks left, or the file system keeps none.
  */
 unsigned char OSUnLockZVFile(ZVFILE* stream);
 /**
  * Releases the process's locks on the file of a standard stream.
- * @param stream the file.
+ * @param stream the file. Flush it before: what it holds back would be written without the lock.
  * @return 1, also when there was none; 0 with errno.
  * @par Errors
  * - EBADF: the stream is not open.
+ * - ENOLCK: the system has no locks left, or the file system keeps none.
  */
 unsigned char OSUnLockFile(FILE* stream);
 
@@ -391,10 +419,12 @@ unsigned char OSFileTruncate(FILE* stream, int length);
  * @param path a path.
  * @param text the whole line, its line feed included; compared byte by byte. A line of more than
  *             351 bytes counts as several, each of 351 bytes but the last.
- * @return the number of the first such line, from 1; 0 when there is none (a line that the end of
- *         the file ends, rather than a line feed, is none); -1 with errno when the file cannot be
- *         opened, locked or read.
+ * @return the number of the first such line, from 1; 0 when there is none; -1 with errno when the
+ *         file cannot be opened, locked or read. A line that the end of the file ends, rather than
+ *         a line feed, is none, unless it is a piece of 351 bytes.
  * @par Errors
+ * - ENOMEM: no memory for the stream.
+ * - EOVERFLOW: the line is not among the first 2147483647 bytes, and the file goes on.
  * - any error of open(), read() and the locking, as OSLockFileFd() gives them.
  */
 int OSFindLineInFile(const char* path, const char* text);
@@ -403,13 +433,16 @@ int OSFindLineInFile(const char* path, const char* text);
  * Appends a line to a file, under a write lock that it waits for.
  *
  * Lines from several processes never mix; threads of one process exclude each other themselves.
- * The file is made where there is none.
+ * The file is made where there is none, with the permissions 0777 less the umask.
  * @param path a path.
  * @param text the line, without its line feed.
  * @return 0; -1 with errno when the file cannot be opened or locked, or the line not be written
- *         whole. A part of a line is taken away again. A lock that cannot be released gives -1
- *         too; the line is in the file then.
+ *         whole. A part of a line is taken away again, unless SIGXFSZ ends the process at the limit
+ *         of file sizes: a server ignores that signal. A lock that cannot be released gives -1 too;
+ *         the line is in the file then.
  * @par Errors
+ * - ENOMEM: no memory for the stream, or for a line of 16383 bytes or more.
+ * - EOVERFLOW: the file would have more than 2147483647 bytes.
  * - any error of open(), write() and the locking, as OSLockFileFd() gives them.
  */
 int OSAppendLineToFile(const char* path, const char* text);
@@ -417,7 +450,8 @@ int OSAppendLineToFile(const char* path, const char* text);
 /**
  * Removes the entries of a directory whose names match a pattern.
  *
- * Directories, what may not be removed, and paths of more than 511 bytes stay.
+ * Directories, what may not be removed, and paths of more than 511 bytes stay. Of a symbolic link
+ * the link goes, not what it leads to.
  * @param directory path of the directory, with or without a trailing slash.
  * @param pattern   as in fnmatch(): "*", "?" and "*.[ch]" match leading dots too, a backslash takes
  *                  the next character literally.
@@ -450,21 +484,25 @@ const char* OSTmpPath(void);
 /**
  * Makes up the name of a file that does not exist.
  *
- * The directory is that of the environment variable "TMPDIR" or else the system's. Another process
- * may make that file first: open it with O_EXCL, or take a file without a name from OSTmpZVFile(),
- * OSTmpFile() or OSTmpFileFd().
- * @param prefix the first bytes of the name, of which the system takes five; may be NULL.
+ * The directory is that of the environment variable "TMPDIR", if it exists, or else the system's.
+ * Another process may make that file first: open it with O_EXCL, or take a file without a name from
+ * OSTmpZVFile(), OSTmpFile() or OSTmpFileFd().
+ * @param prefix the first bytes of the name, of which the system takes five; may be NULL. A "/" in
+ *               it leads into a directory below, which need not exist.
  * @return the path, to be released with free(); NULL with errno.
  * @par Errors
  * - ENOMEM: no memory for the path.
  * - EEXIST: no unused name was found.
+ * - EINVAL: the directory's path leaves no room for a name.
  */
 char* OSTmpName(const char* prefix);
 
 /**
  * Opens a temporary file, for reading and writing.
  *
- * It has no name, so that nobody else can open it, and goes when it is closed.
+ * It lies in the system's directory for such files (`P_tmpdir`), whatever "TMPDIR" says. It has no
+ * name, so that nobody else can open it, and goes when it is closed; programs that the process
+ * executes do not inherit it.
  * @return the stream, to be closed with ZVfclose(); NULL with errno.
  * @par Errors
  * - any error of open() or mkstemp(); ENOMEM.
@@ -475,7 +513,7 @@ ZVFILE* OSTmpZVFile(void);
  * Opens a temporary file as OSTmpZVFile() does, as a standard stream.
  * @return the stream, to be closed with fclose(); NULL with errno.
  * @par Errors
- * - any error of tmpfile().
+ * - any error of open() or mkstemp(); ENOMEM.
  */
 FILE* OSTmpFile(void);
 
@@ -494,9 +532,10 @@ int OSTmpFileFd(void);
  *
  * The log functions write one message each, at the priority LOG_ERR and to the facility that the
  * process chose with openlog(); the library neither opens nor closes the log. Their format is the
- * one of syslog(), "%m" included. The values are words, passed on unchanged: integers are formatted
- * with "%ld" and its kin, a pointer is cast to intptr_t and formatted with "%s" or "%p". Values
- * that the format does not name are passed as 0. The type that some of them take is ignored.
+ * one of syslog(), "%m", "%n" and "%2$s" included, so it comes from the program or its message
+ * catalogues, never from outside. The values are words, passed on unchanged: integers are formatted
+ * with "%ld" and its kin, a pointer is cast to intptr_t and formatted with "%s" or "%p". Pass 0 for
+ * values that the format does not name. The type that some of them take is ignored.
  * @par Thread safety
  * Any number of threads at once; the alarm, its action and the environment are the process's.
  * @par Example
@@ -528,7 +567,11 @@ void OSSignalProcess(pid_t process, int signal_number);
 /** Does nothing: the system sets the priorities. @param priority not looked at. */
 void OSSetProcPrio(int priority);
 
-/** Raises the process's limit of open descriptors to its hard limit; a failure is not reported. */
+/**
+ * Raises the process's limit of open descriptors to its hard limit; a failure is not reported.
+ *
+ * Descriptors from 1024 on do not fit select(); a host that raises the limit uses poll().
+ */
 void OSSetProcLimits(void);
 
 /** Does nothing: alarms need no preparation. */
@@ -550,6 +593,8 @@ unsigned OSAlarm(unsigned seconds);
 
 /**
  * Logs a message of five values.
+ *
+ * The values and what a format may hold are described in @ref zvutil_process.
  * @param format as for syslog().
  * @param value1 a value, or 0.
  * @param value2 a value, or 0.

@@ -2,9 +2,8 @@
  * @file zvosutil.h
  * @brief Thread primitives, reentrant look-ups, XML encoding declaration, currency detail lists.
  *
- * Nothing here keeps state of its own: every function may run in any number of threads at once.
- * Strings are zero-terminated; rooms are bytes. Pointers are not NULL unless something is said of
- * NULL.
+ * Nothing here keeps state of its own. Strings are zero-terminated; rooms are bytes. Pointers are
+ * not NULL unless something is said of NULL.
  */
 #ifndef ZVUTIL_ZVOSUTIL_H
 #define ZVUTIL_ZVOSUTIL_H
@@ -25,7 +24,8 @@ extern "C" {
  *
  * Initialise a critical section once, enter and leave it from any threads, delete it when none
  * uses it any more. It excludes threads, not processes, and it is not recursive: a thread that
- * enters it twice waits for ever. Failures are not reported.
+ * enters it twice waits for ever. Failures are not reported, such as that of a key when the system
+ * has none left; a host that must know calls the system itself.
  * @par Thread safety
  * Any number of threads at once; initialising and deleting an object only while no other thread
  * uses it.
@@ -92,26 +92,31 @@ void OSTLSFree(pthread_key_t key);
 
 /**
  * Looks a host up by its name.
- * @param name          host name, alias or dotted address.
- * @param entry         receives the entry; its strings and lists stand in @p buffer.
+ * It may ask the network and wait for it.
+ * @param name          host name, alias or dotted IPv4 address.
+ * @param entry         receives the entry, which has IPv4 addresses; its strings and lists stand in
+ *                      @p buffer.
  * @param buffer        work area; 1024 bytes do for most hosts.
  * @param buffer_length room of @p buffer in bytes.
  * @param error         receives the reason of a failure: HOST_NOT_FOUND, TRY_AGAIN, NO_RECOVERY,
- *                      NO_DATA, or NETDB_INTERNAL when the buffer is too small.
- * @return @p entry, or NULL. What @p error holds after a success means nothing.
+ *                      NO_DATA, or NETDB_INTERNAL when the buffer is too small. What it holds after
+ *                      a success means nothing.
+ * @return @p entry, or NULL.
  */
 struct hostent* OSGetHostByName(const char* name, struct hostent* entry, char* buffer,
                                 int buffer_length, int* error);
 
 /**
  * Looks a host up by its address.
- * @param address        the address's bytes in network order.
+ * It may ask the network and wait for it.
+ * @param address        the address's bytes in network order, a struct in_addr or in6_addr.
  * @param address_length their number: 4 for AF_INET, 16 for AF_INET6.
  * @param address_type   AF_INET or AF_INET6.
  * @param entry          receives the entry; its strings and lists stand in @p buffer.
- * @param buffer         work area.
+ * @param buffer         work area; 1024 bytes do for most hosts.
  * @param buffer_length  room of @p buffer in bytes.
- * @param error          receives the reason of a failure, as for OSGetHostByName().
+ * @param error          receives the reason of a failure, as for OSGetHostByName(); NETDB_INTERNAL
+ *                       also when the length does not go with the type.
  * @return @p entry, or NULL.
  */
 struct hostent* OSGetHostByAddr(const void* address, int address_length, int address_type,
@@ -142,7 +147,7 @@ void OSGetStatsTime(ZVStatsTime* stamp);
  * @brief The declaration of an XML document made to name another code set.
  *
  * @par Thread safety
- * Any number of threads at once.
+ * Any number of threads at once, once the current code set has been set.
  * @par Example
  * @snippet services.c documents
  * @{
@@ -151,13 +156,18 @@ void OSGetStatsTime(ZVStatsTime* stamp);
 /**
  * Names a code set in the declaration of an XML document, in a copy of the document.
  *
- * Only the first 80 bytes are searched, for "?xml version=", "encoding=", a value in double quotes
- * and "?>". The value becomes the name of SetCharset(), or that of the Windows code page for ISO
- * 8859-1, -2, -4, -5 and -7. Spaces directly behind the declaration are left out.
+ * The document itself is not converted. Only its first 80 bytes are searched: for "?xml version=",
+ * and for "encoding=", a value in double quotes and "?>" behind one another. The value becomes the
+ * name of SetCharset(), or that of the Windows code page for ISO 8859-1, -2, -4, -5 and -7. Spaces
+ * directly behind the declaration are left out.
+ *
+ * A value in single quotes is not recognised: all from "encoding=" to the end of the next text in
+ * double quotes is replaced then, or nothing is.
  * @param document text in the current code set; may be NULL.
- * @param code_set the code set to name; for one without a name the value becomes empty.
+ * @param code_set the code set to name. For one to which SetCharset() gives no name the value
+ *                 becomes empty, which parsers refuse.
  * @param result   receives the new document, to be released with free(); NULL when there is no such
- *                 declaration or no memory.
+ *                 declaration or no memory: use the document as it is then.
  */
 void SetEncodingForXMLDoc(const char* document, int code_set, char** result);
 /** @} */
@@ -169,7 +179,8 @@ void SetEncodingForXMLDoc(const char* document, int code_set, char** result);
  * The text is the count, then code and value of each record, every one of them followed by a
  * backslash and nothing escaped: `2\USD\2\JPY\0\`.
  * @par Thread safety
- * Any number of threads at once; a list by one thread at a time.
+ * Any number of threads at once, once the current code set has been set; a list by one thread at a
+ * time.
  * @par Example
  * @snippet services.c currencies
  * @{
@@ -189,7 +200,7 @@ typedef struct CurrencyDetailList {
 
 /** Results of the currency functions other than 0, success. */
 enum {
-    ZV_CURRENCY_NO_ROOM = -3,    /**< The buffer is too small. */
+    ZV_CURRENCY_NO_ROOM = -3,    /**< The buffer is too small, or a code has no terminator. */
     ZV_CURRENCY_NO_MEMORY = 300, /**< No memory for the records. */
     ZV_CURRENCY_MALFORMED = 402  /**< The text is no currency detail list. */
 };
@@ -200,14 +211,15 @@ enum {
  * @param position where to write in @p buffer; moved to the terminator of the text on success.
  * @param size     room of @p buffer in bytes. All of it is cleared first, before @p position too.
  * @param buffer   receives the text.
- * @return 0, or #ZV_CURRENCY_NO_ROOM when fewer than 6 bytes are left or the text does not fit; the
- *         buffer is all zero then.
+ * @return 0, or #ZV_CURRENCY_NO_ROOM when fewer than 6 bytes are left, the text does not fit, or a
+ *         code has no terminator; the buffer is all zero and @p position as it was then.
  */
 int ZVCurrencyDetailListToText(const CurrencyDetailList* list, unsigned* position, unsigned size,
                                char* buffer);
 
 /**
- * Reads a list from its text form. Text behind its last record is ignored.
+ * Reads a list from its text form. Text behind its last record is ignored; a number ends at the
+ * first byte that is no digit, and is 0 where none stands.
  * @param text text in the current code set, where a trail byte 5C is no backslash.
  * @param list receives the list. Its array is released by the caller with free(); there is none
  *             when the list is empty and on failure.

@@ -10,6 +10,10 @@
  * Any other failed read, write or positioning leaves its errno value in the stream as well, see
  * ZVferror(); it does not keep later operations from working.
  *
+ * Reads and writes are those of the system. A read that a signal interrupts fails with EINTR. A
+ * write to a pipe or socket without a reader raises SIGPIPE, one beyond the limit of file sizes
+ * SIGXFSZ: a server ignores both, and gets EPIPE and EFBIG.
+ *
  * Positions are bytes from 0 to 2147483647. An operation that would pass the last one fails with
  * EOVERFLOW and leaves the position as it was. On pipes and sockets the position counts the bytes
  * read and written; what a write or ZVrewind() drops cannot be read again there, so read and write
@@ -43,6 +47,8 @@ typedef struct ZVFILE ZVFILE;
 
 /**
  * Opens a file.
+ * Programs that the process executes inherit the descriptor; where they should not, set FD_CLOEXEC
+ * with fcntl() on ZVfileno().
  * @param path a file name, handed to the system as it is. A new file gets the permissions 0777 less
  *             the umask.
  * @param mode "r" to read, "w" to write a file made empty, "a" to write at the end of a file; then
@@ -70,7 +76,10 @@ ZVFILE* ZVfdopen(int descriptor, const char* mode);
 
 /**
  * Closes a stream and its descriptor.
- * @param stream a stream, released by the call.
+ *
+ * What the system says to the closing is not told. To know that a file has reached its disk, call
+ * fsync() on ZVfileno() before.
+ * @param stream a stream, released by the call: do not use it any more.
  * @return 0; -1 for an invalid handle.
  * @par Errors
  * - EBADF: the handle is NULL or no open stream.
@@ -81,7 +90,8 @@ int ZVfclose(ZVFILE* stream);
  * Reads a byte.
  * @param stream a stream.
  * @return the byte as a signed value, -128 to 127; -1 at the end of the file and on errors. Of the
- *         byte FF, which gives -1 too, ZVfeof() and ZVferror() tell these apart.
+ *         byte FF, which gives -1 too, ZVfeof() and ZVferror() tell these apart, unless what they
+ *         tell is from before: it stays until ZVclearerr().
  * @par Errors
  * - EBADF: the handle is NULL or no open stream.
  * - EOVERFLOW: the position would pass 2147483647.
@@ -92,8 +102,9 @@ int ZVfgetc(ZVFILE* stream);
 /**
  * Pushes a byte back, to be read next.
  *
- * The position goes down by 1 and the end of the file is no longer met. Four bytes always have room
- * in front of those that one read of the file brought.
+ * The position goes down by 1 and the end of the file is no longer met. At position 0 it becomes
+ * -1: until the byte has been read or the position moved, writes fail with EINVAL but in append
+ * mode. Four bytes always have room in front of those that one read of the file brought.
  * @param c      its low 8 bits are pushed back, also of -1.
  * @param stream a stream.
  * @return @p c; -1 when there is no room left and for an invalid handle.
@@ -123,11 +134,12 @@ size_t ZVfread(void* dst, size_t size, size_t count, ZVFILE* stream);
  * Reads a line, its newline included.
  *
  * Only a newline (0A) ends a line. The rest of a line that is too long stays for the next call.
+ * Zero bytes are read like others; how far ZVftell() moved is the length of such a line.
  * @param s      receives the line, always terminated; room for @p n bytes.
- * @param n      bytes; below 2 nothing is read or stored.
+ * @param n      bytes; below 2 nothing is read or stored and the result is NULL.
  * @param stream a stream.
- * @return @p s. When the file ends or fails behind some bytes of a line, these are the line; when
- *         there are none, NULL.
+ * @return @p s. When the file ends or fails behind some bytes of a line, these are the line, and
+ *         ZVfeof() or ZVferror() tells; when there are none, NULL.
  * @par Errors
  * - EBADF: the handle is NULL or no open stream.
  * - EOVERFLOW: the position would pass 2147483647.
@@ -153,6 +165,9 @@ size_t ZVfwrite(const void* src, size_t size, size_t count, ZVFILE* stream);
 
 /**
  * Writes formatted text.
+ *
+ * The C library formats it, the conversions "%n" and "%2$s" included. So a format comes from the
+ * program or its message catalogues, never from outside.
  * @param stream a stream.
  * @param format as for printf().
  * @param ...    the values, as for printf().
@@ -160,7 +175,7 @@ size_t ZVfwrite(const void* src, size_t size, size_t count, ZVFILE* stream);
  *         bytes), and for an empty text; vsnprintf()'s result when it is negative.
  * @par Errors
  * - EBADF: the handle is NULL or no open stream.
- * - EOVERFLOW: the position would pass 2147483647.
+ * - EOVERFLOW: the position, or the length of the text, would pass 2147483647.
  * - ENOMEM: no memory for a long text.
  * - any error of write(), or of lseek() but ESPIPE.
  */
@@ -186,7 +201,7 @@ int ZVfputc(int c, ZVFILE* stream);
  * Writes a string.
  * @param s      the string, written without its terminator.
  * @param stream a stream.
- * @return its length in bytes; -1 on errors and for an empty string.
+ * @return its length in bytes; -1 on errors and, errno untouched, for an empty string.
  * @par Errors
  * - EBADF: the handle is NULL or no open stream.
  * - EOVERFLOW: the position would pass 2147483647.
@@ -240,6 +255,9 @@ void ZVrewind(ZVFILE* stream);
 
 /**
  * Tells whether a read met the end of the file.
+ *
+ * It stays so over reads and writes that succeed, until ZVclearerr(), ZVungetc(), ZVfseek() or
+ * ZVrewind().
  * @param stream a stream.
  * @return 1 or 0; 0 for an invalid handle too.
  * @par Errors
@@ -249,6 +267,8 @@ int ZVfeof(ZVFILE* stream);
 
 /**
  * Tells why the last read, write or positioning that failed did.
+ *
+ * It stays so over operations that succeed, until ZVclearerr() or ZVrewind().
  * @param stream a stream.
  * @return its errno value; 0 when none has failed; -1 for an invalid handle.
  */

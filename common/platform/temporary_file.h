@@ -4,8 +4,8 @@
 namespace zv {
 
 // Opens a new file for reading and writing in the system's directory for temporary files. Nobody
-// else can open it: it has no name, and its mode is 0600. The caller closes the descriptor; -1 with
-// errno when no file can be made.
+// else can open it: it has no name, and its mode is 0600; programs that the process executes do not
+// inherit it. The caller closes the descriptor; -1 with errno when no file can be made.
 int open_temporary_file();
 
 } // namespace zv

@@ -69,6 +69,11 @@ struct ListModel {
         if (holds(position)) items.erase(items.begin() + position), cursor = position - 1;
         return removed;
     }
+    intptr_t go_back() {
+        if (cursor < 1) return -1;
+        // A cursor that list_removeAll() left behind comes down through slots without items.
+        return --cursor < count() ? items[size_t(cursor)] : 0;
+    }
     int previous() const { return cursor < count() ? cursor - 1 : -1; }
     int find(auto matches) const {
         const auto found = std::find_if(items.begin(), items.end(), matches);
@@ -129,7 +134,7 @@ struct ListRun {
         [&] { check((other ? list_first : list_getFirst)(l), m.go(0, 0)); },
         [&] { check((other ? list_last : list_getLast)(l), m.go(m.count() - 1, 0)); },
         [&] { check((other ? list_next : list_getNext)(l), m.go(m.cursor + 1, -1)); },
-        [&] { check((other ? list_prev : list_getPrev)(l), m.go(m.previous(), -1)); },
+        [&] { check((other ? list_prev : list_getPrev)(l), m.go_back()); },
         [&] { check((other ? list_getAt : list_getNth)(l, p), m.go(p, -5)); },
         [&] { check(list_set(l, x), m.replace(m.cursor, v, -1)); },
         [&] {

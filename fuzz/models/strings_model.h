@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <climits>
 #include <cstring>
 #include <iterator>
 #include <string>
@@ -135,7 +136,7 @@ struct StringProperties {
     static void searches(const std::string& s, const std::string& part, auto same) {
         Text hay(s), needle(part);
         const char *h = hay.data(), *p = needle.data();
-        for (const int c : {*p & 0xFF, *p + 0, -1, 300, 0}) {
+        for (const int c : {*p & 0xFF, *p + 0, -1, 300, INT_MAX, INT_MAX - 127, 0}) {
             const int wanted = mbIsMultiByte() ? c : static_cast<signed char>(c);
             const auto holds = [&](size_t i) { return s[i] == wanted; };
             const long end = mbIsMultiByte() ? -1 : offset(h + s.size(), h);

@@ -92,8 +92,7 @@ FILE* stream_over(int descriptor, const char* mode) {
         return fate_of(call) == Fate::fails ? failure : beneath arguments;                         \
     }
 
-FAULTY(int, mkstemp, kOpen, -1, (char* name), (name))
-FAULTY(FILE*, tmpfile, kOpen, nullptr, (), ())
+FAULTY(int, mkostemp, kOpen, -1, (char* name, int flags), (name, flags))
 FAULTY(DIR*, opendir, kOpen, nullptr, (const char* path), (path))
 FAULTY(dirent*, readdir, kRead, nullptr, (DIR * entries), (entries))
 FAULTY(off_t, lseek, kSeek, -1, (int fd, off_t place, int whence) noexcept, (fd, place, whence))

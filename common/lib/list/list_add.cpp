@@ -16,7 +16,7 @@ bool grow(LIST& list, int used, int capacity) {
         return false;
     list.items = static_cast<void**>(moved);
     std::fill(list.items + list.capacity, list.items + capacity, nullptr);
-    list.capacity = static_cast<int16_t>(capacity);
+    list.capacity = capacity;
     return true;
 }
 
@@ -58,7 +58,7 @@ int list_addNth(LIST* list, int position, void* item) {
     if (position >= list->capacity && !zv::grow_for_position(*list, position))
         return ZV_LIST_NO_MEMORY;
     zv::go_to(*list, position) = item;
-    list->count = static_cast<int16_t>(std::max<int>(list->count, position + 1));
+    list->count = std::max(list->count, position + 1);
     return 0;
 }
 

@@ -4,10 +4,8 @@
 
 namespace {
 
-// The first item cannot be left towards the front, nor can the items be entered from behind, where
-// list_removeAll() may have left the cursor.
 bool has_previous(const LIST& list) {
-    return list.cursor >= 1 && list.cursor < list.count;
+    return list.cursor >= 1;
 }
 
 bool has_next(const LIST& list) {
@@ -98,7 +96,9 @@ int list_setNext(LIST* list, void* item) {
 int list_setPrev(LIST* list, void* item) {
     if (list == nullptr)
         return ZV_LIST_NO_LIST;
-    return has_previous(*list) ? set_at(*list, list->cursor - 1, item) : ZV_LIST_NO_ITEM;
+    // list_removeAll() may have left the cursor behind the items, where nothing can be kept.
+    const bool keeps = has_previous(*list) && zv::holds(*list, list->cursor - 1);
+    return keeps ? set_at(*list, list->cursor - 1, item) : ZV_LIST_NO_ITEM;
 }
 
 int list_setNth(LIST* list, int position, void* item) {
@@ -125,7 +125,7 @@ void* list_deleteNth(LIST* list, int position) {
     std::copy(list->items + position + 1, list->items + list->count, list->items + position);
     --list->count;
     list->items[list->count] = nullptr;
-    list->cursor = static_cast<int16_t>(position - 1);
+    list->cursor = position - 1;
     return removed;
 }
 

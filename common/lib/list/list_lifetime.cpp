@@ -37,7 +37,7 @@ LIST* list_create(int capacity) {
         return nullptr;
     }
     list->cursor = -1;
-    list->capacity = static_cast<int16_t>(capacity);
+    list->capacity = capacity;
     return list;
 }
 
@@ -86,15 +86,15 @@ LIST* list_copy(const LIST* list, ListCopy copy, void* datum) {
 }
 
 int list_size(const LIST* list) {
-    return list == nullptr ? ZV_LIST_NO_LIST : int{list->count};
+    return list == nullptr ? ZV_LIST_NO_LIST : list->count;
 }
 
 int list_capacity(const LIST* list) {
-    return list == nullptr ? ZV_LIST_NO_LIST : int{list->capacity};
+    return list == nullptr ? ZV_LIST_NO_LIST : list->capacity;
 }
 
 int list_currentItem(const LIST* list) {
-    return list == nullptr ? ZV_LIST_NO_LIST : int{list->cursor};
+    return list == nullptr ? ZV_LIST_NO_LIST : list->cursor;
 }
 
 int list_perform(const LIST* list, ListApply apply, void* datum) {

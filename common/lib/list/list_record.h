@@ -8,16 +8,16 @@
 
 // The slots from `count` on are always null.
 struct LIST {
-    int16_t cursor;
-    int16_t count;
-    int16_t capacity;
+    int cursor;
+    int count;
+    int capacity;
     void** items;
 };
 
 namespace zv {
 
-// What the 16-bit fields of a list can count.
-constexpr int kMostItems = INT16_MAX;
+// The most items and slots of a list.
+constexpr int kMostItems = 32767;
 
 inline void* status_item(int status) {
     return ZV_LIST_ITEM(status);
@@ -29,7 +29,7 @@ inline bool holds(const LIST& list, int position) {
 
 // Moves the cursor to a slot that there is.
 inline void*& go_to(LIST& list, int position) {
-    list.cursor = static_cast<int16_t>(position);
+    list.cursor = position;
     return list.items[position];
 }
 

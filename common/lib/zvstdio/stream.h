@@ -16,22 +16,29 @@ constexpr int32_t kLastPosition = INT32_MAX;
 
 } // namespace zv
 
-// The bytes read or pushed back and not yet consumed are the `unread` ones from `next` on, wholly
-// inside `room`. The descriptor is ahead of `position` by as many, and position + unread never
-// passes the last position, so that consuming them needs no check.
+// The bytes read or pushed back and not yet consumed stand from `next` to `end`, inside `room`.
+// Where they end is the descriptor's place, never beyond the last position, so consuming them needs
+// no check.
 struct ZVFILE {
     uint32_t magic;
-    int32_t unread;
-    // The pushback room, and the read buffer directly behind it.
-    signed char room[zv::kPushbackSize + zv::kBufferSize];
-    signed char* next;
-    int32_t position;
     int descriptor;
+    signed char* next;
+    signed char* end;
+    int32_t end_position;
+    int error;
     bool append;
     bool at_end;
-    int error;
+    // The pushback room, and the read buffer directly behind it.
+    signed char room[zv::kPushbackSize + zv::kBufferSize];
 
     signed char* buffer() { return room + zv::kPushbackSize; }
+    size_t unread() const { return static_cast<size_t>(end - next); }
+    int32_t position() const { return static_cast<int32_t>(end_position - (end - next)); }
+    // Drops what is unread.
+    void stand_at(int32_t position) {
+        next = end;
+        end_position = position;
+    }
 };
 
 namespace zv {

@@ -33,7 +33,7 @@ ZVFILE* allocate_stream(bool append) {
     if (stream == nullptr)
         return nullptr;
     stream->magic = kOpenMagic;
-    stream->next = stream->buffer();
+    stream->next = stream->end = stream->buffer();
     stream->append = append;
     return stream;
 }

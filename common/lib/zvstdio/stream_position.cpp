@@ -29,39 +29,37 @@ off_t seek_from(int descriptor, int32_t base, long offset) {
 } // namespace zv
 
 long ZVftell(ZVFILE* stream) {
-    return zv::is_open(stream) ? stream->position : -1;
+    return zv::is_open(stream) ? stream->position() : -1;
 }
 
 int ZVfgetpos(ZVFILE* stream, long* pos) {
     if (!zv::is_open(stream))
         return -1;
-    *pos = stream->position;
+    *pos = stream->position();
     return 0;
 }
 
 int ZVfseek(ZVFILE* stream, long offset, int whence) {
     if (!zv::is_open(stream))
         return -1;
-    const off_t place =
-        whence == SEEK_END
-            ? zv::seek_from_end(stream->descriptor, offset)
-            : zv::seek_from(stream->descriptor, whence == SEEK_SET ? 0 : stream->position, offset);
+    const off_t place = whence == SEEK_END
+                            ? zv::seek_from_end(stream->descriptor, offset)
+                            : zv::seek_from(stream->descriptor,
+                                            whence == SEEK_SET ? 0 : stream->position(), offset);
     if (place < 0) {
         zv::keep_error(*stream, errno);
         return -1;
     }
     stream->at_end = false;
-    stream->position = static_cast<int32_t>(place);
-    stream->unread = 0;
+    stream->stand_at(static_cast<int32_t>(place));
     return 0;
 }
 
 void ZVrewind(ZVFILE* stream) {
     if (!zv::is_open(stream))
         return;
-    if (lseek(stream->descriptor, 0, SEEK_SET) == 0)
-        stream->position = 0;
-    stream->unread = 0;
+    const bool moved = lseek(stream->descriptor, 0, SEEK_SET) == 0;
+    stream->stand_at(moved ? 0 : stream->position());
     ZVclearerr(stream);
 }
 

@@ -23,7 +23,7 @@ ssize_t read_at_last_position(int descriptor) {
 // Reads at the position, with nothing unread, and never beyond the last position. Gives the number
 // of bytes, 0 at the end of the file and -1 on errors; a read that a signal interrupts is one.
 ssize_t read_at_position(ZVFILE& stream, void* dst, size_t size) {
-    const auto left = static_cast<size_t>(int64_t{kLastPosition} - stream.position);
+    const auto left = static_cast<size_t>(int64_t{kLastPosition} - stream.end_position);
     const ssize_t got = left == 0 ? read_at_last_position(stream.descriptor)
                                   : read(stream.descriptor, dst, std::min(size, left));
     if (got == 0)
@@ -34,65 +34,59 @@ ssize_t read_at_position(ZVFILE& stream, void* dst, size_t size) {
 }
 
 [[gnu::noinline]] ssize_t fill(ZVFILE& stream) {
-    stream.next = stream.buffer();
+    stream.next = stream.end = stream.buffer();
     const ssize_t got = read_at_position(stream, stream.buffer(), kBufferSize);
-    stream.unread = static_cast<int32_t>(std::max<ssize_t>(got, 0));
+    if (got > 0) {
+        stream.end += got;
+        stream.end_position += static_cast<int32_t>(got);
+    }
     return got;
 }
 
 char* take(ZVFILE& stream, char* dst, size_t size) {
     std::memcpy(dst, stream.next, size);
-    const auto taken = static_cast<int32_t>(size);
-    stream.next += taken;
-    stream.position += taken;
-    stream.unread -= taken;
+    stream.next += size;
     return dst + size;
 }
 
-// Undoes an operation that met the last position, where the file can be positioned.
+// Undoes an operation that met the last position with nothing unread, where the file can be
+// positioned.
 bool taken_back(ZVFILE& stream, int32_t start) {
-    const bool moved = lseek(stream.descriptor, off_t{start} - stream.position, SEEK_CUR) >= 0;
+    const bool moved = lseek(stream.descriptor, off_t{start} - stream.end_position, SEEK_CUR) >= 0;
     if (moved)
-        stream.position = start;
+        stream.end_position = start;
     errno = EOVERFLOW;
     return moved;
-}
-
-int take_byte(ZVFILE& stream) {
-    ++stream.position;
-    --stream.unread;
-    return *stream.next++;
 }
 
 // Whatever is not the common case of ZVfgetc(), which so needs no stack frame.
 [[gnu::noinline]] int fill_and_take_byte(ZVFILE* stream) {
     if (!is_open(stream))
         return -1;
-    return fill(*stream) > 0 ? take_byte(*stream) : -1;
+    return fill(*stream) > 0 ? *stream->next++ : -1;
 }
 
 } // namespace
 } // namespace zv
 
 int ZVfgetc(ZVFILE* stream) {
-    if (stream == nullptr || stream->magic != zv::kOpenMagic || stream->unread == 0) [[unlikely]]
+    if (stream == nullptr || stream->magic != zv::kOpenMagic || stream->next == stream->end)
+        [[unlikely]]
         return zv::fill_and_take_byte(stream);
-    return zv::take_byte(*stream);
+    return *stream->next++;
 }
 
 int ZVungetc(int c, ZVFILE* stream) {
     if (!zv::is_open(stream))
         return -1;
-    if (stream->position == INT32_MIN)
+    if (stream->position() == INT32_MIN)
         return -1;
-    if (stream->unread == 0)
-        stream->next = stream->buffer() + zv::kBufferSize - zv::kPushbackSize;
+    if (stream->unread() == 0)
+        stream->next = stream->end = stream->buffer() + zv::kBufferSize - zv::kPushbackSize;
     else if (stream->next == stream->room)
         return -1;
     *--stream->next = static_cast<signed char>(c);
     stream->at_end = false;
-    --stream->position;
-    ++stream->unread;
     return c;
 }
 
@@ -105,12 +99,12 @@ size_t ZVfread(void* dst, size_t size, size_t count, ZVFILE* stream) {
     if (__builtin_mul_overflow(size, count, &total))
         total = SIZE_MAX;
 
-    const int32_t start = stream->position;
+    const int32_t start = stream->position();
     auto* out = static_cast<char*>(dst);
     size_t left = total;
-    while (left > static_cast<size_t>(stream->unread)) {
-        left -= static_cast<size_t>(stream->unread);
-        out = zv::take(*stream, out, static_cast<size_t>(stream->unread));
+    while (left > stream->unread()) {
+        left -= stream->unread();
+        out = zv::take(*stream, out, stream->unread());
         // Whole blocks need not pass through the buffer; its state is the same afterwards.
         const size_t blocks = left - left % zv::kBufferSize;
         const ssize_t got =
@@ -125,7 +119,7 @@ size_t ZVfread(void* dst, size_t size, size_t count, ZVFILE* stream) {
         if (blocks != 0) {
             out += got;
             left -= static_cast<size_t>(got);
-            stream->position += static_cast<int32_t>(got);
+            stream->end_position += static_cast<int32_t>(got);
         }
     }
     zv::take(*stream, out, left);
@@ -135,12 +129,12 @@ size_t ZVfread(void* dst, size_t size, size_t count, ZVFILE* stream) {
 char* ZVfgets(char* s, int n, ZVFILE* stream) {
     if (!zv::is_open(stream) || n < 2)
         return nullptr;
-    const int32_t start = stream->position;
+    const int32_t start = stream->position();
     char* out = s;
     auto room = static_cast<size_t>(n - 1);
     const void* newline = nullptr;
     while (newline == nullptr && room != 0) {
-        if (stream->unread == 0) {
+        if (stream->unread() == 0) {
             const ssize_t got = zv::fill(*stream);
             if (got < 0 && errno == EOVERFLOW && zv::taken_back(*stream, start))
                 return nullptr;
@@ -149,7 +143,7 @@ char* ZVfgets(char* s, int n, ZVFILE* stream) {
             if (got <= 0)
                 break;
         }
-        size_t run = std::min(room, static_cast<size_t>(stream->unread));
+        size_t run = std::min(room, stream->unread());
         newline = std::memchr(stream->next, '\n', run);
         if (newline != nullptr)
             run = static_cast<size_t>(static_cast<const signed char*>(newline) - stream->next) + 1;

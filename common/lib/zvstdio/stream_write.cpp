@@ -2,36 +2,30 @@
 
 #include <unistd.h>
 
-#include <cstdarg>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
 
 namespace zv {
 namespace {
 
-// Longer texts of ZVfprintf() need memory.
-constexpr size_t kFormatSize = 16384;
-
 // Moves the descriptor to where a write of that many bytes belongs, and the position with it.
 bool go_to_write(ZVFILE& stream, size_t total) {
     off_t place = stream.append ? lseek(stream.descriptor, 0, SEEK_END)
-                                : lseek(stream.descriptor, stream.position, SEEK_SET);
+                                : lseek(stream.descriptor, stream.position(), SEEK_SET);
     if (place < 0) {
         if (errno != ESPIPE) {
             keep_error(stream, errno);
             return false;
         }
-        place = stream.position;
+        place = stream.position();
     }
     // The read-ahead goes even if the write then fails: the next read starts at the position.
-    stream.unread = 0;
+    stream.stand_at(stream.position());
     if (place > kLastPosition || total > static_cast<size_t>(kLastPosition - place)) {
-        lseek(stream.descriptor, stream.position, SEEK_SET);
+        lseek(stream.descriptor, stream.end_position, SEEK_SET);
         keep_error(stream, EOVERFLOW);
         return false;
     }
-    stream.position = static_cast<int32_t>(place);
+    stream.end_position = static_cast<int32_t>(place);
     return true;
 }
 
@@ -58,34 +52,9 @@ size_t ZVfwrite(const void* src, size_t size, size_t count, ZVFILE* stream) {
         }
         next += written;
         left -= static_cast<size_t>(written);
-        stream->position += static_cast<int32_t>(written);
+        stream->end_position += static_cast<int32_t>(written);
     }
     return count;
-}
-
-int ZVfprintf(ZVFILE* stream, const char* format, ...) {
-    if (!zv::is_open(stream))
-        return 0;
-    char room[zv::kFormatSize];
-    va_list arguments;
-    va_start(arguments, format);
-    const int length = std::vsnprintf(room, sizeof room, format, arguments);
-    va_end(arguments);
-    if (length <= 0)
-        return length;
-
-    const auto size = static_cast<size_t>(length);
-    if (size < sizeof room)
-        return static_cast<int>(ZVfwrite(room, 1, size, stream));
-    auto* text = static_cast<char*>(std::malloc(size + 1));
-    if (text == nullptr)
-        return 0;
-    va_start(arguments, format);
-    std::vsnprintf(text, size + 1, format, arguments);
-    va_end(arguments);
-    const size_t written = ZVfwrite(text, 1, size, stream);
-    std::free(text);
-    return static_cast<int>(written);
 }
 
 int ZVfputc(int c, ZVFILE* stream) {

@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <limits>
+#include <span>
 #include <string_view>
 
 #include "mbutil.h"
@@ -13,6 +14,8 @@ namespace {
 
 constexpr char kSeparator = '\\';
 constexpr unsigned kLongestCode = sizeof(CurrencyDetail::code) - 1;
+// Lists up to here are parsed once, into the stack.
+constexpr size_t kRecordsOnStack = 256;
 
 // Writes fields while they fit.
 class FieldWriter {
@@ -45,7 +48,9 @@ bool put_list(FieldWriter& out, const CurrencyDetailList& list) {
     bool fits = out.put_number(list.count);
     for (uint32_t i = 0; fits && i < list.count; ++i) {
         const CurrencyDetail& detail = list.details[i];
-        fits = out.put({detail.code, strnlen(detail.code, sizeof detail.code)}) &&
+        const size_t code_length = strnlen(detail.code, sizeof detail.code);
+        // Without its terminator a code would be refused when it is read back.
+        fits = code_length <= kLongestCode && out.put({detail.code, code_length}) &&
                out.put_number(detail.value);
     }
     return fits;
@@ -72,12 +77,19 @@ const char* read_record(const char* text, CurrencyDetail& record) {
     return value_end + 1;
 }
 
+// Reads records until the span is full. Gives what follows them, null when there are fewer.
+const char* read_records(const char* text, std::span<CurrencyDetail> records) {
+    for (auto record = records.begin(); record != records.end() && text != nullptr; ++record)
+        text = read_record(text, *record);
+    return text;
+}
+
 // Bounded by the text, whatever its count says.
-bool holds_records(const char* text, long long count) {
+bool holds_records(const char* text, size_t count) {
     CurrencyDetail record;
     for (; count > 0 && text != nullptr; --count)
         text = read_record(text, record);
-    return count == 0 && text != nullptr;
+    return text != nullptr;
 }
 
 } // namespace
@@ -104,18 +116,23 @@ int LoadCurrencyDetailList(const char* text, CurrencyDetailList* list) {
     const char* separator = find_separator(text);
     if (separator == nullptr)
         return ZV_CURRENCY_MALFORMED;
-    const long long count = std::strtoll(text, nullptr, 10);
-    const char* records = separator + 1;
-    if (count > UINT32_MAX || !holds_records(records, count))
+    const long long announced = std::strtoll(text, nullptr, 10);
+    if (announced < 0 || announced > UINT32_MAX)
+        return ZV_CURRENCY_MALFORMED;
+    const auto count = static_cast<size_t>(announced);
+    // Nothing is allocated for a list that does not come whole.
+    CurrencyDetail first[kRecordsOnStack];
+    const size_t on_stack = std::min(count, kRecordsOnStack);
+    const char* rest = read_records(separator + 1, {first, on_stack});
+    if (rest == nullptr || !holds_records(rest, count - on_stack))
         return ZV_CURRENCY_MALFORMED;
     if (count == 0)
         return 0;
-    auto* details = static_cast<CurrencyDetail*>(
-        std::calloc(static_cast<size_t>(count), sizeof(CurrencyDetail)));
+    auto* details = static_cast<CurrencyDetail*>(std::calloc(count, sizeof(CurrencyDetail)));
     if (details == nullptr)
         return ZV_CURRENCY_NO_MEMORY;
-    for (long long i = 0; i < count; ++i)
-        records = read_record(records, details[i]);
+    std::copy_n(first, on_stack, details);
+    read_records(rest, {details + on_stack, count - on_stack});
     *list = {static_cast<uint32_t>(count), details};
     return 0;
 }

@@ -193,7 +193,7 @@ int euchLength(const char* s) {
     zv::Source source(s);
     size_t length = source.left();
     // Only what moves to another plane than the first grows, by two bytes.
-    while (source.left() >= zv::kPairSize) {
+    while (source.left() >= zv::kPairSize && length < INT_MAX) {
         zv::skip_run<zv::Big5ToEucTwPairs>(source);
         for (int i = 0; i < zv::kByRule && source.left() >= zv::kPairSize; ++i) {
             if (*source.next < 0x80) {
@@ -209,14 +209,14 @@ int euchLength(const char* s) {
             }
         }
     }
-    return static_cast<int>(length);
+    return zv::saturated(length);
 }
 
 int big5Length(const char* s) {
     zv::Source source(s);
     size_t length = source.left();
     // Only four-byte characters shrink, by two bytes.
-    while (source.left() >= zv::kShiftedSize) {
+    while (source.left() >= zv::kShiftedSize && length / 2 < INT_MAX) {
         if (*source.next < 0x80) {
             zv::skip_ascii(source);
         } else if (*source.next == zv::kSingleShift2) {
@@ -231,5 +231,5 @@ int big5Length(const char* s) {
             ++source.next;
         }
     }
-    return static_cast<int>(length);
+    return zv::saturated(length);
 }

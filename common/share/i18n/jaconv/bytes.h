@@ -1,6 +1,7 @@
 #ifndef ZVUTIL_JACONV_BYTES_H
 #define ZVUTIL_JACONV_BYTES_H
 
+#include <climits>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -12,6 +13,11 @@ using Byte = unsigned char;
 // One subtraction and one comparison.
 constexpr bool in_range(unsigned value, unsigned first, unsigned last) {
     return value - first <= last - first;
+}
+
+// A length as the interface gives it.
+constexpr int saturated(size_t length) {
+    return length > INT_MAX ? INT_MAX : static_cast<int>(length);
 }
 
 inline const Byte* as_bytes(const char* text) {

@@ -114,12 +114,48 @@ inline size_t last_marked(Mask marked) {
 // Every other bit of each run of bits, from its lowest on: in a run of bytes that could be lead
 // bytes, leads and trails alternate from the run's first byte. The sum moves the runs that begin at
 // an even place out of the way.
-inline Mask every_other(Mask runs) {
-    constexpr Mask kEven = 0x55555555;
-    const Mask starts = runs & ~(runs << 1);
-    const Mask from_even = runs & ~(runs + (starts & kEven));
+template <class Bits>
+constexpr Bits every_other(Bits runs) {
+    constexpr auto kEven = static_cast<Bits>(0x5555555555555555);
+    const Bits starts = runs & ~(runs << 1);
+    const Bits from_even = runs & ~(runs + (starts & kEven));
     return (from_even & kEven) | (runs & ~from_even & ~kEven);
 }
+
+// Text is looked through by windows of so many bytes, one for each bit of a long mask.
+inline constexpr size_t kWindow = 64;
+
+// What `mark` finds in a window.
+template <class Mark>
+inline LongMask window_mask(const Byte* text, Mark mark) {
+    LongMask marked = 0;
+#pragma GCC unroll 4
+    for (size_t at = 0; at < kWindow; at += kBlockSize)
+        marked |= LongMask{high_bits(mark(load_block(text + at)))} << at;
+    return marked;
+}
+
+// The lead bytes of window after window, where what stands behind a lead byte is its trail byte
+// whatever it is.
+class LeadWalk {
+public:
+    void enter(LongMask could_lead) {
+        behind_leads_ = carried_;
+        leads_ = every_other(could_lead & ~carried_);
+        behind_leads_ |= leads_ << 1;
+        carried_ = leads_ >> (kWindow - 1);
+    }
+
+    LongMask leads() const { return leads_; }
+    LongMask behind_leads() const { return behind_leads_; }
+    // 1 if the last byte of the window is a lead byte.
+    LongMask carried() const { return carried_; }
+
+private:
+    LongMask leads_ = 0;
+    LongMask behind_leads_ = 0;
+    LongMask carried_ = 0;
+};
 
 // Converts the run of plain characters at the front of the source. The `Kernel` marks what is not
 // plain by high bits, says what becomes of the rest, how long a character is, and from where on a

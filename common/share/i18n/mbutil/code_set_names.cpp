@@ -169,12 +169,14 @@ void SetCodePage(const char* locale, char* name) {
 
 void mbGetCorrectedLocaleForUnix(const char* locale, char* out) {
     constexpr size_t kLongestName = 99;
-    if (std::strlen(locale) > kLongestName) {
-        std::strcpy(out, locale);
+    const size_t size = std::strlen(locale) + 1;
+    std::memmove(out, locale, size);
+    if (size > kLongestName + 1)
         return;
-    }
-    const char* dot = std::strchr(locale, '.');
-    std::string_view code_set = dot != nullptr ? dot + 1 : locale;
+    char name[kLongestName + 1]; // the output may be the locale itself
+    std::memcpy(name, out, size);
+    const char* dot = std::strchr(name, '.');
+    std::string_view code_set = dot != nullptr ? dot + 1 : name;
     const char* at = std::strchr(code_set.data(), '@');
     const std::string_view modifier = at != nullptr ? at : "";
     code_set.remove_suffix(modifier.size());
@@ -182,7 +184,7 @@ void mbGetCorrectedLocaleForUnix(const char* locale, char* out) {
     const std::string_view code_page =
         dot != nullptr ? zv::code_page_of(code_set) : zv::code_page_of_process_locale();
     const std::string_view language =
-        dot != nullptr ? std::string_view(locale, static_cast<size_t>(dot - locale)) : code_set;
+        dot != nullptr ? std::string_view(name, static_cast<size_t>(dot - name)) : code_set;
     out = zv::append(out, language);
     out = zv::append(out, ".");
     out = zv::append(out, code_page.empty() ? code_set : code_page);

@@ -1,5 +1,7 @@
 #include "conversion.h"
 
+#include <algorithm>
+#include <climits>
 #include <cstring>
 
 #include "current_code_set.h"
@@ -103,11 +105,11 @@ char* WindowsCodingToUnixCodingExt(const char* src, char* dst) {
 
 int MaxStringLengthOnWinAndUnix(const char* s) {
     // EUC-TW text never grows on its way to Big5, nor Japanese EUC on its way to Shift-JIS.
-    const int length = static_cast<int>(std::strlen(s));
+    const auto length = static_cast<int>(std::min<size_t>(std::strlen(s), INT_MAX));
     int other_form = 0;
     if (zv::native_code_set == ZV_SJIS)
         other_form = eucLength(s);
     else if (zv::native_code_set == ZV_BIG5)
         other_form = euchLength(s);
-    return other_form > length ? other_form : length;
+    return std::max(other_form, length);
 }

@@ -21,6 +21,7 @@ int change_one(char* p, Change change) {
 }
 
 unsigned change_all(char* s, Change change) {
+    zv::ensure_initialised();
     if (s == nullptr)
         return 0;
     return zv::with_current_scanner([&](auto scanner) {

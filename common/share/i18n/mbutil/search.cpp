@@ -26,7 +26,7 @@ WantedBytes only(Byte byte) {
 
 // No other search character finds anything.
 constexpr bool is_char_value(int c) {
-    return in_range(static_cast<unsigned>(c + 128), 0, 255);
+    return c == static_cast<signed char>(c);
 }
 
 enum class Occurrence { first, last };

@@ -1,3 +1,5 @@
+#include <algorithm>
+#include <climits>
 #include <cstdio>
 #include <cstring>
 
@@ -35,11 +37,10 @@ char* mbfgets(char* buf, int size, FILE* stream, int code_set) {
 }
 
 int mbfputs(const char* s, FILE* stream, int code_set) {
-    if (!zv::current_is_multibyte())
-        return std::fputs(s, stream);
+    const bool converts = zv::current_is_multibyte() && code_set != 0;
     if (s == nullptr)
         return 0;
-    if (code_set == 0)
+    if (!converts)
         return std::fputs(s, stream);
 
     const int current = zv::current_code_set();
@@ -51,10 +52,11 @@ int mbfputs(const char* s, FILE* stream, int code_set) {
 
 int mbfreadstring(char* buf, unsigned size, FILE* stream) {
     const bool multibyte = zv::current_is_multibyte();
-    size_t got = std::fread(buf, 1, size, stream);
+    const size_t room = std::min(size, unsigned{INT_MAX}); // what the result can count
+    size_t got = std::fread(buf, 1, room, stream);
     if (!multibyte)
         return static_cast<int>(got);
-    if (got == size && got > 0) {
+    if (got == room && got > 0) {
         const size_t whole = zv::whole_characters(buf, got, zv::current_code_set());
         if (whole < got && give_back(stream, buf + whole, got - whole))
             got = whole;

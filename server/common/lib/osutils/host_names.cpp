@@ -100,12 +100,15 @@ bool is_among(const char* name, const NameList& list) {
 } // namespace zv
 
 int InitHostnameWithDomain() {
-    zv::query_machine(zv::MachineQuery::kNodeName, zv::hostname_with_domain);
-    const zv::OfficialName official(zv::hostname_with_domain);
-    if (official.text() == nullptr)
-        return 0;
-    official.copy_to(zv::hostname_with_domain);
-    return 1;
+    zv::Name name;
+    zv::query_machine(zv::MachineQuery::kNodeName, name);
+    const zv::OfficialName official(name);
+    if (official.text() != nullptr)
+        official.copy_to(name);
+    // Resolved aside and not stored again while it stays the same: readers never meet another name.
+    if (std::strcmp(zv::hostname_with_domain, name) != 0)
+        std::strcpy(zv::hostname_with_domain, name);
+    return official.text() != nullptr;
 }
 
 int OSGetHostnameWithDomain(char* out) {

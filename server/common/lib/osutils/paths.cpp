@@ -3,6 +3,7 @@
 #include <initializer_list>
 #include <string_view>
 
+#include "configuration_file.h"
 #include "osutils.h"
 
 namespace zv {
@@ -119,12 +120,16 @@ const char* OSGetZVQDirectory() {
 
 const char* OSGetServerDbPath() {
     if (zv::zv_server_db_path[0] == '\0') {
-        zv::Path value;
-        GetLineFromServerConfigFileDup("Server-directory:", value);
+        char value[zv::kLongestSetting + 1];
+        zv::read_setting(OSGetServerConfigPath(), "Server-directory:", value);
         if (value[0] == '\0' || !zv::compose(zv::zv_server_db_path, {value, zv::kSeparator}))
             zv::compose(zv::zv_server_db_path, {"./"});
     }
     return zv::zv_server_db_path;
+}
+
+void GetLineFromServerConfigFileDup(const char* key, char* value) {
+    zv::read_setting(OSGetServerConfigPath(), key, value);
 }
 
 const char* OSGetZVMonitorConfigFile(const void*) {

@@ -26,7 +26,13 @@ ZVFILE* OSTmpZVFile() {
 }
 
 FILE* OSTmpFile() {
-    return std::tmpfile();
+    const int descriptor = zv::open_temporary_file();
+    if (descriptor == -1)
+        return nullptr;
+    std::FILE* stream = fdopen(descriptor, "w+");
+    if (stream == nullptr)
+        close(descriptor);
+    return stream;
 }
 
 int OSTmpFileFd() {

@@ -1,3 +1,5 @@
+#include "configuration_file.h"
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -7,11 +9,9 @@
 #include <cstring>
 #include <string_view>
 
-#include "osutils.h"
-
+namespace zv {
 namespace {
 
-constexpr size_t kLongestValue = 255;
 constexpr size_t kLineRoom = 284; // a longer line arrives in pieces
 
 // What stands behind the key, without the blanks on both sides. The key may end in blanks itself.
@@ -37,9 +37,9 @@ std::FILE* open_regular_file(const char* path) {
 
 } // namespace
 
-void GetLineFromServerConfigFileDup(const char* key, char* value) {
+void read_setting(const char* path, const char* key, char* value) {
     *value = '\0';
-    std::FILE* file = open_regular_file(OSGetServerConfigPath());
+    std::FILE* file = open_regular_file(path);
     if (file == nullptr)
         return;
     const size_t key_length = std::strlen(key);
@@ -48,7 +48,7 @@ void GetLineFromServerConfigFileDup(const char* key, char* value) {
         if (std::strncmp(line, key, key_length) != 0)
             continue;
         const std::string_view found = value_of(line, key_length);
-        const size_t length = std::min(found.size(), kLongestValue);
+        const size_t length = std::min(found.size(), kLongestSetting);
         std::memcpy(value, found.data(), length);
         value[length] = '\0';
     }
@@ -57,3 +57,5 @@ void GetLineFromServerConfigFileDup(const char* key, char* value) {
         *value = '\0';
     std::fclose(file);
 }
+
+} // namespace zv
