@@ -54,19 +54,52 @@ static bool is_well_formed(const struct library_step* s, const char* text, size_
     return mbvalidatestring(text, &bad, s->from) == 1;
 }
 
-static bool is_plain(const struct library_step* s, const char* text, size_t length,
-                     const char* result, size_t result_length) {
+/* Copies EUC text without its single shifts, so that each byte stands where its Shift-JIS form has
+ * it, and a blank for each half-width katakana, which does not change. False without memory. */
+static bool align_euc(struct buffer* aligned, const char* text, size_t length) {
+    const char* const end = text + length;
+    aligned->length = 0;
+    char* out = buffer_extend(aligned, length);
+    if (out == NULL)
+        return false;
+    while (text < end) {
+        const char* shift = memchr(text, 0x8E, (size_t)(end - text));
+        const size_t stretch = (size_t)((shift != NULL ? shift : end) - text);
+        memcpy(out, text, stretch);
+        out += stretch;
+        text += stretch;
+        for (; text + 1 < end && (unsigned char)*text == 0x8E; text += 2)
+            *out++ = ' ';
+        if (text + 1 == end && (unsigned char)*text == 0x8E)
+            ++text;
+    }
+    aligned->length = (size_t)(out - aligned->bytes);
+    return true;
+}
+
+/* A single shift that introduces no katakana stays in the result, which is longer then. */
+static bool is_plain_euc(struct library_step* s, const char* text, size_t length,
+                         const char* result, size_t result_length) {
+    if (has_foreign_byte(text, length, 0x8E))
+        return false;
+    if (length == result_length && memchr(text, 0x8E, length) == NULL)
+        return !has_unpaired_euc(text, result, length);
+    return align_euc(&s->scratch, text, length) && s->scratch.length == result_length &&
+           !has_unpaired_euc(s->scratch.bytes, result, result_length);
+}
+
+static bool is_plain(struct library_step* s, const char* text, size_t length, const char* result,
+                     size_t result_length) {
     if (s->from == s->to)
         return is_well_formed(s, text, length);
     if (s->to == ZV_JIS) /* only bytes that are no characters stay above 7F */
         return !has_high_byte(result, result_length);
     if (s->from == ZV_EUC)
-        return (length == result_length && !has_foreign_byte(text, length, 0))
-                   ? !has_unpaired_euc(text, result, length)
-                   : memchr(text, 0x8F, length) == NULL && is_well_formed(s, text, length);
-    if (s->from == ZV_BIG5 || s->from == ZV_EUC_H) /* what cannot be converted becomes ?? */
-        return !has_foreign_byte(text, length, s->from == ZV_EUC_H ? 0x8E : 0) &&
-               count_byte(text, length, '?') == count_byte(result, result_length, '?');
+        return is_plain_euc(s, text, length, result, result_length);
+    if (s->from == ZV_BIG5) /* what cannot be converted becomes ?? */
+        return is_plain_chinese(text, length, 0, count_byte(result, result_length, '?'));
+    if (s->from == ZV_EUC_H)
+        return is_plain_chinese(text, length, 0x8E, count_byte(result, result_length, '?'));
     return is_well_formed(s, text, length);
 }
 
@@ -323,6 +356,19 @@ static bool keep_windows_controls(struct library_step* s, const char* text, char
     return plain;
 }
 
+/* Converts bytes of which the library takes control codes for others: by themselves, without. */
+static bool convert_without_controls(struct library_step* s, const char* text, size_t length,
+                                     char* result) {
+    struct buffer* blanked = &s->scratch;
+    blanked->length = 0;
+    if (buffer_extend(blanked, length + 1) == NULL)
+        return false;
+    blank_controls(text, blanked->bytes, length);
+    blanked->bytes[length] = '\0';
+    convertStrExt(blanked->bytes, s->from, result, s->to);
+    return true;
+}
+
 static bool convert_code_page(struct library_step* s, const char* text, size_t length,
                               struct buffer* out) {
     if (s->from == s->to)
@@ -330,14 +376,20 @@ static bool convert_code_page(struct library_step* s, const char* text, size_t l
     char* result = buffer_extend(out, length + 1);
     if (result == NULL)
         return false;
-    for (size_t i = 0; i < length; ++i) { /* a zero byte ends what is converted at once */
-        convertStrExt(text + i, s->from, result + i, s->to);
-        i += strlen(text + i);
-    }
     const bool from_iso = s->from == ZV_8859_5 || s->from == ZV_8859_2;
-    const bool plain = s->windows_controls ? keep_windows_controls(s, text, result, length)
-                       : from_iso          ? restore_controls(text, result, length)
-                                           : has_no_new_controls(text, result, length);
+    bool plain;
+    if (from_iso && !s->windows_controls) {
+        if (!convert_without_controls(s, text, length, result))
+            return false;
+        plain = restore_controls(text, result, length);
+    } else {
+        for (size_t i = 0; i < length; ++i) { /* a zero byte ends what is converted at once */
+            convertStrExt(text + i, s->from, result + i, s->to);
+            i += strlen(text + i);
+        }
+        plain = s->windows_controls ? keep_windows_controls(s, text, result, length)
+                                    : has_no_new_controls(text, result, length);
+    }
     if (!plain)
         return replace_lost_bytes(s, text, length, out);
     out->length += length;

@@ -19,12 +19,19 @@ bool has_high_byte(const char* text, size_t length);
  * and FF, except the single shift that is given (0 for none). */
 bool has_foreign_byte(const char* text, size_t length, unsigned char single_shift);
 
-/* Whether EUC text without foreign bytes and its Shift-JIS form, of the same length, hold a pair
- * that was passed on because it is no character. */
+/* Whether Big5 or EUC-TW text has no foreign byte and so many question marks. */
+bool is_plain_chinese(const char* text, size_t length, unsigned char single_shift,
+                      size_t question_marks);
+
+/* Whether EUC text without foreign bytes and its Shift-JIS form, byte for byte, hold a pair that
+ * was passed on because it is no character. */
 bool has_unpaired_euc(const char* euc, const char* sjis, size_t length);
 
 /* Whether JIS text has escape sequences besides those of JIS X 0208 and ASCII. */
 bool has_strange_escape(const char* text, size_t length);
+
+/* Copies a text with blanks for its control bytes. */
+void blank_controls(const char* text, char* copy, size_t length);
 
 /* Puts the control bytes of ISO 8859 text back into its Windows form, both of the same length.
  * Whether there are none of 80-9F, which Windows code pages lack. */
