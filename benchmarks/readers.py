@@ -11,6 +11,7 @@ import email.header
 import email.policy
 import itertools
 import pathlib
+import platform
 import re
 import subprocess
 import sys
@@ -62,10 +63,12 @@ def by_policy(line):
     return str(message["Subject"])
 
 
+GMIME = ctypes.CDLL(ctypes.util.find_library("gmime-3.0"))
+
+
 def gmime():
-    library = ctypes.CDLL(ctypes.util.find_library("gmime-3.0"))
-    library.g_mime_init()
-    unfold, decode = library.g_mime_utils_header_unfold, library.g_mime_utils_header_decode_text
+    GMIME.g_mime_init()
+    unfold, decode = GMIME.g_mime_utils_header_unfold, GMIME.g_mime_utils_header_decode_text
     unfold.restype = decode.restype = ctypes.c_void_p
     unfold.argtypes, decode.argtypes = [ctypes.c_char_p], [ctypes.c_void_p, ctypes.c_void_p]
     return lambda line: ctypes.string_at(decode(None, unfold(line))).decode("utf-8", "replace")
@@ -128,7 +131,7 @@ def loss(subject, line, read):
 
 
 def share(count, total):
-    return f"{100 * count // total} %"
+    return f"{100 * count // total} %" if count == 0 or 100 * count >= total else "below 1 %"
 
 
 def table(header, rows):
@@ -155,8 +158,11 @@ def measure(library, words, texts):
                 if subject != text:
                     losses[loss(subject, line, text)][name_of_reader] += 1
         exact.append([name, len(wanted), *row, share(min(of_words), len(wanted))])
+    gmime_version = ".".join(str(ctypes.c_uint.in_dll(GMIME, f"gmime_{part}_version").value)
+                             for part in ("major", "minor", "micro"))
     by_frequency = sorted(losses, key=lambda why: -losses[why].total())
-    return {"exact": table(["text", "subjects", *READERS, "`words.c`"], exact),
+    return {"exact": table(["text", "subjects", *READERS, "`words.c`"], exact)
+            + f"\nThe readers are those of Python {platform.python_version()} and GMime {gmime_version}.\n",
             "losses": table(["loss", *READERS],
                             [[why, *(share(losses[why][reader], total) for reader in READERS)]
                              for why in by_frequency])}

@@ -45,7 +45,8 @@ set(services "services for server programs")
 zvutil_package(runtime ${library} libs "internationalisation and portability ${services}"
     "This package holds the shared library.")
 zvutil_package(development libzvutil-dev libdevel "internationalisation ${services} (development)"
-    "This package holds what compiling a host needs, and the manual pages."
+    "This package holds what compiling a host needs, the static library among
+it, and the manual pages."
     "${library} (= ${full_version})")
 zvutil_package(tools zvutil-tools utils "converter of text files and mail subjects"
     "This package holds zvconv, which converts files with it."
