@@ -1,4 +1,6 @@
-// The server configuration file, whatever it holds.
+// The server configuration file, whatever it holds, and what else takes lines, names and patterns.
+#include <fnmatch.h>
+
 #include "input.h"
 #include "osutils.h"
 #include "support/folder.h"
@@ -48,13 +50,40 @@ void check_directory(const std::string& directory) {
     check(OSGetAuditConfigPath(), 242, "/p/conf", "/zvaudit.conf");
 }
 
+void check_filename(const std::string& directory, const std::string& name) {
+    const std::string path = (name.starts_with('/') ? "" : directory) + name;
+    const bool fits = path.size() <= 255;
+    fuzz::Room out(fits ? path.size() + 1 : 1);
+    same(OSBuildFilename(directory.c_str(), name.c_str(), out.data()), fits, "OSBuildFilename");
+    same(out.text(), fits ? path : "", "OSBuildFilename");
+}
+
+void check_append(const std::string& path, const std::string& file, const std::string& line) {
+    same(OSAppendLineToFile(path.c_str(), fuzz::Text(line).data()), 0, "OSAppendLineToFile");
+    same(test::content(path), file + line + "\n", "OSAppendLineToFile");
+}
+
+// Of some files those whose names match go, whatever the pattern is.
+void check_sweep(const test::Folder& folder, const std::string& pattern) {
+    static const std::string directory = folder / "swept";
+    std::filesystem::create_directory(directory);
+    const char* const names[] = {"a", "b.tmp", ".c", "key", "[x]"};
+    for (const char* name : names) test::write_file(directory + "/" + name, "");
+    same(OSRemoveFiles(directory.c_str(), fuzz::Text(pattern).data()), 1, "OSRemoveFiles");
+    for (const char* name : names)
+        same(OSFileExists((directory + "/" + name).c_str()), fnmatch(pattern.c_str(), name, 0) != 0,
+             "OSRemoveFiles");
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     static const test::Folder folder;
     static const std::string directory = folder / "", path = folder / "zv.conf";
     fuzz::Input input(data, size);
-    check_directory(std::string(input.below(256) + input.below(9), 'd'));
+    const std::string deep(input.below(256) + input.below(9), 'd');
+    const bool sweeps = deep.size() % 8 == 0; // which takes many calls of the system
+    check_directory(deep);
     setenv("ZVCONFIGDIR", directory.c_str(), 1);
     const std::string key = input.text(), file = input.rest();
     FILE* out = fopen(path.c_str(), "w");
@@ -68,10 +97,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     for (const std::string& text : {key, key + "\n"})
         same(OSFindLineInFile(path.c_str(), fuzz::Text(text).data()), model_of_search(file, text),
              "OSFindLineInFile");
+    check_filename(deep, key);
+    if (sweeps) check_sweep(folder, key);
+    check_append(path, file, key);
     if (key.empty()) return 0;
     fuzz::Text name(key);
     fuzz::Room value(256);
     GetLineFromServerConfigFileDup(name.data(), value.data());
-    same(value.text(), model(file, key), "GetLineFromServerConfigFileDup");
+    same(value.text(), model(file + key + "\n", key), "GetLineFromServerConfigFileDup");
     return 0;
 }

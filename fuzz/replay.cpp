@@ -16,6 +16,8 @@
 #include <string>
 #include <vector>
 
+#include "input.h"
+
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
 
 namespace {
@@ -137,7 +139,13 @@ void run(const std::string& input, Progress& progress) {
     memcpy(progress.input, input.data(), input.size());
     alarm(kSecondsForOne);
     const std::vector<uint8_t> exact(input.begin(), input.end());
-    LLVMFuzzerTestOneInput(exact.data(), exact.size());
+    const auto blocks_left = [&] {
+        const long before = fuzz::live_blocks();
+        LLVMFuzzerTestOneInput(exact.data(), exact.size());
+        return fuzz::live_blocks() - before;
+    };
+    // What an input is the first to need, the next one finds.
+    if (blocks_left() > 0) fuzz::require(blocks_left() <= 0, "all memory is released");
 }
 
 void run_all(const Texts& seeds, const Texts& words, size_t count, Progress& progress) {

@@ -66,19 +66,28 @@ seeds = {
                      b"1\\A\\2147483648\\")
     ] + [bytes([0, position, 4]) + b"1\\USD\\2\\" for position in range(248, 256)]
       + [b"\0\3\4%d\\" % count + b"\\7\\" * 290 for count in (256, 257, 290, 291)],
-    "list": [bytes([capacity]) + sequence(400) for capacity in range(13)],
+    "list": [bytes([capacity]) + sequence(400) for capacity in (*range(8), *range(250, 256))],
     "streams": [bytes([mode, limit]) + sequence(300) for mode in range(12) for limit in (0, 1)],
     "names": [
         bytes([table]) + locale + b"\0" + b"".join(
             bytes([row, first + i]) for row, first in (zero, (0xA1, 0xA1), (0xA1, 0x40)) for i in range(16))
         for table, zero in enumerate(zeros)
         for locale in (b"de_DE.ISO8859-15@euro", b"zh_TW.BIG5", b"ja@x")
+    ] + [
+        b"\0\0\0" + b"\0".join(hosts) for hosts in (
+            (b"alpha.beta.gamma", b"ALPHA.beta.gamma", b"srv", b"listed", b"\2SRV.beta.gamma"),
+            (b"alpha.beta.gamma", b"delta.x", b"", b"\x83\x41\x83\x61", b"\2\x83\x61\x83\x41"),
+            (b"alpha.beta.gamma", b"delta.x", b"srv", b"$", b"\2alpha"),
+            (b"a" * 53 + b".xyz", b"m" * 63 + b"\x83\x41", b"s" * 60, b"@", b"\1"),
+            (b"a" * 53 + b".xyz", b"other", b"s" * 61, b"", b"\2" + b"s" * 61),
+            (b"solo", b"SOLO", b"t" * 64, b"x", b"\1"))
     ],
     "configuration": [
         bytes([length, more]) + text
         for length, more in ((0, 0), (230, 7), (242, 1), (250, 6))
         for text in (
             b"Key:\0Key: \t value \t\r\nServer-directory: \t /db/dir  \r\nKey:\n\nKey:",
+            b"Key: \0Key: v \nKey:v\nKey: \n", b"Key: \0Key: last  ",
             b"K\0" + b"v" * 283 + b"K piece\nK" + b"w" * 300 + b"\nServer-directory:/a\0b\n",
             b"x\0" + b"x" * 352 + b"\nx\n", b"th\0th\0ree\n\nth")
     ],

@@ -1,6 +1,9 @@
-// Sequences of calls on a stream over a real file, against the bytes of a second one.
+// Sequences of calls on a stream over a real file, against a file in memory.
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
+
+#include <set>
 
 #include "input.h"
 #include "models/stream_model.h"
@@ -9,6 +12,8 @@
 using fuzz::same;
 
 namespace {
+
+constexpr size_t kFromLast = 12000, kBeforeBase = 1000;
 
 const struct Mode {
     const char* name;
@@ -36,37 +41,49 @@ test::StreamCall choose(fuzz::Input& input, long base) {
     call.operation = input.below(base == 0 ? 11 : 10); // going to the start would leave the base
     call.item = 1 + input.byte() % 9;
     call.count = input.byte() % 8 == 0 ? input.below(600) : input.byte() % 9;
-    const unsigned seed = input.byte();
-    for (size_t i = 0; i < call.bytes(); ++i)
-        call.text += "a \n\x01\x80\xFE\xFF"[(i * i + seed * (i + 1)) % 7];
+    static const std::string pattern = [] {
+        std::string bytes;
+        for (size_t i = 0; i < 8000; ++i) bytes += "a \n\x01\x80\xFE\xFF"[(i * i + i / 7) % 7];
+        return bytes;
+    }();
+    call.text = pattern.substr(input.byte(), call.bytes());
     call.c = static_cast<int>(input.below(400)) - 100;
     call.whence = input.byte() % 3;
     call.place = base + static_cast<long>(input.below(22000)) + (base == 0 ? -1000 : 1000);
+    // Or where a write of so many bytes ends at the last position, or near it.
+    if (base != 0 && input.byte() % 4 == 0)
+        call.place = test::kLastPosition - static_cast<long>(call.bytes()) + input.byte() % 5 - 2;
     return call;
+}
+
+// How much the file holds behind the base: often up to the last position, or one byte more or less.
+size_t choose_length(fuzz::Input& input, long base) {
+    const size_t length = input.below(19000);
+    return base == 0 || length % 2 == 0 ? length : kFromLast - 1 + length % 3;
 }
 
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     static const test::Folder folder;
-    static const std::string path = folder / "file", twin = folder / "twin";
+    static const std::string path = folder / "file";
+    static const int file = open(path.c_str(), O_RDWR | O_CREAT, 0600);
+    static std::set<std::string> created;
     fuzz::Input input(data, size);
     const Mode& mode = input.one_of(kModes);
     fuzz::Text mode_name(mode.name);
-    check_creation(mode_name.data(), folder / "created");
+    if (created.insert(mode.name).second) check_creation(mode_name.data(), folder / "created");
+    const bool empties = mode.name[0] == 'w';
     // Either an ordinary file or one whose end lies at the last positions.
-    const long base = input.coin() && mode.name[0] != 'w' ? test::kLastPosition - 12000 : 0;
-    const size_t length = input.below(19000);
-    for (const std::string& name : {path, twin}) {
-        const int file = open(name.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-        const std::string text = std::string(length, 'o') + "\nold";
-        fuzz::require(pwrite(file, text.data(), text.size(), base) == ssize_t(text.size()), "file");
-        close(file);
-    }
+    const long base = input.coin() && !empties ? test::kLastPosition - long{kFromLast} : 0;
+    const std::string text = std::string(choose_length(input, base), 'o') + "\nold";
+    fuzz::require(ftruncate(file, 0) == 0, "file");
+    fuzz::require(pwrite(file, text.data(), text.size(), base) == ssize_t(text.size()), "file");
     ZVFILE* stream = ZVfopen(path.c_str(), mode_name.data());
-    test::StreamModel model{open(twin.c_str(), mode.access | (mode.name[0] == 'w' ? O_TRUNC : 0)),
-                            mode.name[0] == 'a'};
+    test::StreamModel model{empties ? "" : text, base, mode.access, mode.name[0] == 'a'};
     if (base != 0) {
+        // What is pushed back can lead before the base.
+        model.file.insert(0, kBeforeBase, '\0'), model.origin -= long{kBeforeBase};
         same(ZVfseek(stream, base, SEEK_SET), 0, "ZVfseek");
         model.seek(base);
     }
@@ -87,7 +104,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         same(std::string(room.data(), call.bytes()), model.taken, "what was read");
     }
     ZVfclose(stream);
-    close(model.descriptor);
-    same(test::content(path, base), test::content(twin, base), "the file");
+    struct stat status {};
+    same(fstat(file, &status), 0, "status");
+    same(status.st_size, model.size(), "the file's size");
+    std::string left(model.file.size(), '#');
+    fuzz::require(pread(file, left.data(), left.size(), model.origin) == std::ssize(left), "file");
+    same(left, model.file, "the file");
     return 0;
 }

@@ -3,8 +3,11 @@
 #include <clocale>
 #include <cstdlib>
 #include <functional>
+#include <sstream>
 
 #include "mbutil.h"
+#include "support/child.h"
+#include "support/folder.h"
 #include "support/guarded.h"
 #include "support/oracle.h"
 
@@ -13,15 +16,19 @@ namespace {
 // Code sets stand by their numbers here. Tables of the guides, which are tested against the
 // library, say what all of them and all locales are called.
 TEST(CurrentCodeSet, StartsUnknownAndThenSetsTheFlags) {
-    EXPECT_TRUE(!MBUTIL_Initialized && MBUTIL_I_Am_MultiByte && !MBUTIL_I_Am_Japanese);
+    EXPECT_EQ(MBUTIL_Initialized, 0);
+    EXPECT_EQ(MBUTIL_I_Am_MultiByte, 1);
+    EXPECT_EQ(MBUTIL_I_Am_Japanese, 0);
     EXPECT_EQ(InitMbutilExt(-1), 0);
     EXPECT_EQ(MBUTIL_Initialized, 1);
     for (int code_set = 0; code_set <= 70; ++code_set) {
         EXPECT_EQ(InitMbutilExt(code_set), code_set - 1);
         const bool japanese = code_set >= 3 && code_set <= 5;
         const bool multibyte = japanese || (code_set >= 7 && code_set <= 13);
-        EXPECT_TRUE(mbIsJapanese() == japanese && MBUTIL_I_Am_Japanese == japanese) << code_set;
-        EXPECT_TRUE(mbIsMultiByte() == multibyte && MBUTIL_I_Am_MultiByte == multibyte) << code_set;
+        EXPECT_EQ(MBUTIL_I_Am_Japanese, japanese) << code_set;
+        EXPECT_EQ(MBUTIL_I_Am_MultiByte, multibyte) << code_set;
+        EXPECT_EQ(mbIsJapanese(), japanese) << code_set;
+        EXPECT_EQ(mbIsMultiByte(), multibyte) << code_set;
     }
 }
 
@@ -31,29 +38,47 @@ TEST(CurrentCodeSet, ComesFromRealLocalesOnFirstUse) {
         int native, of_locale; // what InitMbutil() and what mbGetLocaleCodeSet() make of it
     } cases[] = {{"ja_JP.eucJP", 4, 4},   {"zh_TW.BIG5", 10, 9}, {"pl_PL", 0, 14},
                  {"ru_RU.KOI8-R", 0, 17}, {"POSIX", 0, 0},       {"no_SUCH.locale", 0, 0}};
-    const auto native = [] { return mbmaxcharlen(), InitMbutilExt(0); };
+    const std::pair<const char*, void (*)()> uses[] = {
+        {"length", [] { mbmaxcharlen(); }},        {"multibyte", [] { mbIsMultiByte(); }},
+        {"Japanese", [] { mbIsJapanese(); }},      {"printable", [] { ismbcprint('a'); }},
+        {"lead byte", [] { mb_isleadbyte('a'); }}, {"mail charset", [] { mbGetMIMECodeSet("x"); }}};
     const auto of_locale = [] { return setlocale(LC_ALL, ""), mbGetLocaleCodeSet(); };
+    for (const auto& c : cases) {
+        for (const auto& [name, use] : uses) {
+            const auto native = [use = use] { return use(), InitMbutilExt(0); };
+            EXPECT_EQ(test::in_fresh_locale(c.lang, native), c.native) << c.lang << ' ' << name;
+        }
+        EXPECT_EQ(test::in_fresh_locale(c.lang, of_locale), c.of_locale) << c.lang;
+    }
+    EXPECT_EQ(test::in_fresh_locale("ja_JP.eucJP", mbGetLocaleCodeSet), 0) << "adopts nothing";
+}
+
+TEST(CurrentCodeSet, ComesFromTheCharacterTypeAndAdoptsAllCategories) {
     const auto mixed = [] {
         return setenv("LC_CTYPE", "ja_JP.eucJP", 1), InitMbutil(), InitMbutilExt(0);
     };
-    for (const auto& c : cases) {
-        EXPECT_EQ(test::in_fresh_locale(c.lang, native), c.native) << c.lang;
-        EXPECT_EQ(test::in_fresh_locale(c.lang, of_locale), c.of_locale) << c.lang;
-    }
-    EXPECT_EQ(test::in_fresh_locale("pl_PL", mixed), ZV_EUC) << "the character type decides";
-    EXPECT_EQ(test::in_fresh_locale("ja_JP.eucJP", mbGetLocaleCodeSet), 0) << "adopts nothing";
+    EXPECT_EQ(test::in_fresh_locale("pl_PL", mixed), ZV_EUC);
+    const auto decimal_point = [] { return InitMbutil(), localeconv()->decimal_point[0]; };
+    EXPECT_EQ(test::in_fresh_locale("pl_PL", decimal_point), ',');
+    const auto of_no_locale = [] {
+        setlocale(LC_ALL, "");
+        setenv("LANG", "no_SUCH.locale", 1);
+        return InitMbutil(), InitMbutilExt(0);
+    };
+    EXPECT_EQ(test::in_fresh_locale("ja_JP.eucJP", of_no_locale), ZV_EUC) << "the host's stays";
 }
 
 TEST(CurrentCodeSet, IsAdoptedByWhatNeedsItAlone) {
     char out[8];
-    EXPECT_FALSE(mbGetMIMECodeSet(nullptr) || mbGetMIMECodeSet(""));
+    EXPECT_EQ(mbGetMIMECodeSet(nullptr), ZV_WESTERN);
+    EXPECT_EQ(mbGetMIMECodeSet(""), ZV_WESTERN);
     EXPECT_EQ(mbidxtype("a\x82\xA0", 2, ZV_SJIS), 1u) << "walks by characters";
     EXPECT_STREQ(convertFromQuotedPrintable(out, "a\x80."), "a.");
     EXPECT_STREQ(UnixCodingToWindowsCodingExt("\xB0\xA1", out), "\xB0\xA1");
     EXPECT_EQ(MBUTIL_Initialized, 0);
     std::string text = "=41" + std::string(200, '.'); // long enough for the kernels
     const std::function<void()> adopting[] = {
-        [&] { mbGetMIMECodeSet("x"); }, [&] { convertFromQuotedPrintable(out, "=4G"); },
+        [&] { convertFromQuotedPrintable(out, "=4G"); },
         [&] { convertFromQuotedPrintable(text.data(), text.c_str()); }};
     for (const auto& use : adopting) {
         const auto code_set = [&] { return use(), InitMbutilExt(0); };
@@ -72,8 +97,8 @@ TEST(CodeSetNames, SubstringsDecideInOrder) {
 
 TEST(CodeSetNames, LocalesNameTheirCodeSets) {
     const std::pair<const char*, const char*> cases[] = {
-        {"CZ", "8859_2"},  {"Pl_PL", "8859_2"}, {"zh_tw.big5", "BIG5"}, {"zh_CN", "GB2312"},
-        {"UTF-8", "UTF8"}, {"utf-8", "UTF8"},   {"/ja_JP", "WESTERN"},  {"", "WESTERN"}};
+        {"Pl_PL", "8859_2"}, {"zh_tw.big5", "BIG5"}, {"zh_CN", "GB2312"},
+        {"utf-8", "UTF8"},   {"/ja_JP", "WESTERN"},  {"", "WESTERN"}};
     for (const auto& [locale, name] : cases)
         EXPECT_EQ(test::convert_guarded(SetCodePage, locale, 8), name) << locale;
 }
@@ -89,25 +114,61 @@ std::string corrected(const std::string& locale) {
 }
 
 TEST(CodeSetNames, CorrectedLocaleNamesTheWindowsCodePage) {
-    const std::pair<std::string, const char*> cases[] = {
-        {"ISO8859-1", "cp1252"},    {"ISO8859-15", "cp1252"}, {"ISO8859-13", "cp1257"},
-        {"8859_4", "cp1257"},       {"8859_13", "cp1257"},    {"ISO8859-2", "cp1250"},
-        {"ISO8859-5", "cp1251"},    {"ISO8859_7", "cp1253"},  {"ISO8859-9", "cp1254"},
-        {"ISO8859-8", "ISO8859-8"}, {"eucJP", "eucJP"}};
-    for (const std::string suffix : {"", "@euro"}) {
-        for (const auto& [part, page] : cases)
-            EXPECT_EQ(corrected("xx_XX." + part + suffix), std::string("xx_XX.") + page + suffix);
+    const std::pair<const char*, const char*> pages[] = {
+        {"1", "cp1252"}, {"15", "cp1252"}, {"10", "cp1252"}, {"2", "cp1250"}, {"5", "cp1251"},
+        {"4", "cp1257"}, {"13", "cp1257"}, {"7", "cp1253"},  {"9", "cp1254"}};
+    for (const std::string modifier : {"", "@euro"}) {
+        for (const std::string name : {"ISO8859-", "8859_"})
+            for (const auto& [part, page] : pages)
+                EXPECT_EQ(corrected("xx_XX." + name + part + modifier),
+                          std::string("xx_XX.") + page + modifier);
+        for (const std::string other : {"ISO8859-8", "ISO8859", "eucJP", "ISO-5", ""})
+            EXPECT_EQ(corrected("xx_XX." + other + modifier), "xx_XX." + other + modifier);
         for (const std::string language : {"", "de"})
-            EXPECT_EQ(corrected(language + suffix), language + ".cp1252" + suffix);
+            EXPECT_EQ(corrected(language + modifier), language + ".cp1252" + modifier);
     }
-    const std::string long_name = std::string(96, 'x') + ".8859-1";
+    EXPECT_EQ(corrected(std::string(92, 'x') + ".8859-1"), std::string(92, 'x') + ".cp1252");
+    const std::string long_name = std::string(93, 'x') + ".8859-1";
     EXPECT_EQ(corrected(long_name), long_name);
-    for (const auto& [lang, name] :
-         {std::pair("ja_JP.eucJP", "xx.xx@x"), {"pl_PL", "xx.cp1250@x"}}) {
-        const auto of_locale = [name = name] {
-            return setlocale(LC_ALL, ""), corrected("xx@x") == name;
-        };
-        EXPECT_TRUE(test::in_fresh_locale(lang, of_locale)) << lang;
+}
+
+// Locales of these names, with the contents of others: links to them.
+TEST(CodeSetNames, EveryLocaleThatIsKnown) {
+    const struct {
+        const char *names, *like;
+        int native, of_locale;
+        const char* page; // of a name without a code set
+    } rows[] = {
+        {"cz_CZ cs_CZ hu_HU pl_PL hr_HR ro_RO sh_YU sl_SI sq_AL sk_SK", "pl_PL", 0, 14, "cp1250"},
+        {"RU bg_BG mk_MK sr_YU", "pl_PL", 0, 17, "cp1251"},
+        {"el_GR", "pl_PL", 0, 19, "cp1253"},
+        {"tr_TR", "pl_PL", 0, 21, "cp1254"},
+        {"et_EE lt_LT lv_LV", "pl_PL", 0, 16, "cp1257"},
+        {"de_DE", "pl_PL", 0, 0, "cp1252"},
+        {"ja", "pl_PL", 4, 4, "xx"},
+        {"jpn", "pl_PL", 4, 0, "cp1252"},
+        {"ko", "pl_PL", 13, 13, "xx"},
+        {"ZH_TW", "pl_PL", 10, 10, "xx"},
+        {"zh_TW.BIG5", "zh_TW.BIG5", 10, 9, "xx"},
+        {"zh_CN", "pl_PL", 8, 7, "xx"},
+        {"zh.GBK", "zh_CN.GBK", 8, 8, "xx"},
+    };
+    const test::Folder folder;
+    for (const auto& [names, like, native, of_locale, page] : rows) {
+        std::istringstream separate(names);
+        for (std::string name; separate >> name;) {
+            create_directory_symlink(std::filesystem::path(ZVUTIL_TEST_LOCALES) / like,
+                                     folder / name.c_str());
+            test::Child child([&](int out) {
+                setenv("LOCPATH", (folder / "").c_str(), 1);
+                setenv("LC_ALL", name.c_str(), 1);
+                InitMbutil();
+                dprintf(out, "%d %d %s", InitMbutilExt(0), mbGetLocaleCodeSet(),
+                        corrected("xx@x").c_str());
+            });
+            const std::string expected = std::to_string(native) + " " + std::to_string(of_locale);
+            EXPECT_EQ(child.finish(), expected + " xx." + page + "@x") << name;
+        }
     }
 }
 
@@ -115,7 +176,8 @@ TEST(CodeSetNames, SameLanguageKnowsThreeGroups) {
     const std::string groups = "___jjj_cccckkk________________";
     for (size_t a = 0; a < groups.size(); ++a) {
         for (size_t b = 0; b < groups.size(); ++b)
-            EXPECT_EQ(sameLanguage(int(a), int(b)), groups[a] == groups[b] && groups[a] != '_');
+            EXPECT_EQ(sameLanguage(int(a), int(b)), groups[a] == groups[b] && groups[a] != '_')
+                << a << ' ' << b;
     }
 }
 

@@ -91,6 +91,7 @@ enum Promise : unsigned {
     kSilent = 2,    // nor is it told
     kNoReason = 4,  // errno does not tell the reason
     kNoRetry = 8,   // signals are told as errors
+    kPrivate = 16,  // no program that the process executes has the descriptors
 };
 
 const struct Operation {
@@ -100,9 +101,9 @@ const struct Operation {
 } kOperations[] = {
     {"stream write", kBeginning,
      [](Ground& g) { return write_and_read(ZvStream(ZVfopen(g.out.c_str(), "w+")), g, g.room); }},
-    {"temporary stream", kUnchanged,
+    {"temporary stream", kUnchanged | kPrivate,
      [](Ground& g) { return write_and_read(ZvStream(OSTmpZVFile()), g, g.room); }},
-    {"temporary files", kUnchanged,
+    {"temporary files", kUnchanged | kPrivate,
      [](Ground& g) {
          char* const name = OSTmpName("abc");
          const bool named = name != nullptr && strncmp(name, g.base.c_str(), g.base.size()) == 0;
@@ -129,7 +130,7 @@ const struct Operation {
                        OSZVFileTruncate(stream.get(), 7) && OSUnLockZVFile(stream.get()));
      }},
     {"sweep", kSilent, [](Ground& g) { return either(OSRemoveFiles(g.swept.c_str(), "*.tmp")); }},
-    {"configuration", kNoReason | kNoRetry,
+    {"configuration", kNoReason | kNoRetry | kPrivate,
      [](Ground& g) {
          SetZVInstallPath(g.base.c_str());
          strcpy(g.room, OSGetServerDbPath());
@@ -160,7 +161,7 @@ const struct Operation {
          for (char* to = g.room; int got = mbfreadstring(to, 999, file.get());) to += got;
          return either(!ferror(file.get()));
      }},
-    {"file conversion", kSilent | kNoRetry,
+    {"file conversion", kSilent | kNoRetry | kPrivate,
      [](Ground& g) {
          return either(mbconvertfile2native_ex(g.in.c_str(), g.out.c_str(), 1, ZV_SJIS));
      }},
@@ -223,11 +224,13 @@ long open_descriptors() {
 Outcome attempt(const Operation& operation, Ground& ground, int nth, const Fault& fault) {
     ground.lay_out();
     const long descriptors = open_descriptors(), blocks = live_blocks();
+    const long inherited = inherited_descriptors();
     Outcome outcome;
     inject(nth, fault);
     outcome.result = operation.run(ground);
     outcome.error = errno;
     outcome.met = inject(0);
+    if (operation.promise & kPrivate) { EXPECT_EQ(inherited_descriptors(), inherited); }
     EXPECT_EQ(live_blocks(), blocks);
     EXPECT_EQ(open_descriptors(), descriptors);
     outcome.out = content(ground.out), outcome.room = ground.room;
@@ -242,6 +245,7 @@ void judge(const Operation& operation, const Fault& fault, const Outcome& is,
     const bool retried = fault.error == 0 || (fault.error == EINTR && (fault.calls & kRead) == 0 &&
                                               (operation.promise & kNoRetry) == 0);
     EXPECT_FALSE(told && retried);
+    if (fault.calls == kUnlock) { EXPECT_EQ(told, is.met); }
     const bool gives_reason = told && (operation.promise & kNoReason) == 0;
     EXPECT_EQ(gives_reason ? is.error : fault.error, fault.error);
     if (!told && (operation.promise & kSilent) == 0) {

@@ -1,8 +1,10 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include <cerrno>
+#include <csignal>
 #include <list>
 #include <set>
 
@@ -11,6 +13,7 @@
 #include "support/child.h"
 #include "support/folder.h"
 #include "support/guarded.h"
+#include "support/private_host.h"
 
 namespace {
 
@@ -61,13 +64,19 @@ TEST_F(Files, LocksExcludeASecondProcess) {
         }
     }
     const auto unlocks = [&](auto unlock, auto file) {
-        return OSLockZVFile(ours.zv, ZV_LOCK_WRITE, 1) == 1 &&
-               locker(ZV_LOCK_READ, 0).await() == '0' && unlock(file) == 1 &&
-               locker(ZV_LOCK_WRITE, 0).await() == '1';
+        EXPECT_EQ(OSLockZVFile(ours.zv, ZV_LOCK_WRITE, 1), 1);
+        EXPECT_EQ(locker(ZV_LOCK_READ, 0).await(), '0');
+        EXPECT_EQ(unlock(file), 1);
+        EXPECT_EQ(locker(ZV_LOCK_WRITE, 0).await(), '1');
     };
-    EXPECT_TRUE(unlocks(OSUnLockZVFile, ours.zv));
-    EXPECT_TRUE(unlocks(OSUnLockFile, ours.standard));
-    EXPECT_TRUE(unlocks(OSUnLockFileFd, ZVfileno(ours.zv)));
+    unlocks(OSUnLockZVFile, ours.zv);
+    unlocks(OSUnLockFile, ours.standard);
+    unlocks(OSUnLockFileFd, ZVfileno(ours.zv));
+    const auto lock = [&] { return int{OSLockZVFile(ours.zv, ZV_LOCK_WRITE, 1)}; };
+    for (const int error : {ENOLCK, EINTR})
+        EXPECT_EQ(test::with_fault(1, lock, {"once", test::kLock, error}), std::pair(1, true))
+            << "tries a second time";
+    EXPECT_EQ(OSUnLockZVFile(ours.zv), 1);
 
     test::Child other = locker(ZV_LOCK_WRITE, 200);
     ASSERT_EQ(other.await(), '1');
@@ -85,7 +94,8 @@ TEST_F(Files, StatusTruncationAndNames) {
     EXPECT_EQ(OSFileModifiedTime(ours.standard), 987654321);
     EXPECT_EQ(OSZVFileTruncate(ours.zv, 4), 1);
     EXPECT_EQ(OSFileTruncate(ours.standard, 6), 1);
-    EXPECT_EQ(OSZVFileTruncate(reader.zv, 0) + OSFileTruncate(reader.standard, 0), 0);
+    EXPECT_EQ(OSZVFileTruncate(reader.zv, 0), 0);
+    EXPECT_EQ(OSFileTruncate(reader.standard, 0), 0);
     EXPECT_EQ(test::content(path), std::string("0123\0\0", 6));
     EXPECT_EQ(OSFileTruncateFd(ZVfileno(ours.zv), -5), 1);
     EXPECT_EQ(OSFileSize(path.c_str()), 0);
@@ -96,7 +106,8 @@ TEST_F(Files, StatusTruncationAndNames) {
     EXPECT_EQ(errno, EOVERFLOW);
     EXPECT_EQ(OSRename(path.c_str(), (folder / "new").c_str()), 0);
     EXPECT_EQ(OSRename(path.c_str(), (folder / "new").c_str()), -1);
-    EXPECT_EQ(OSFileSize(path.c_str()) + OSFileExists(path.c_str()), -1);
+    EXPECT_EQ(OSFileSize(path.c_str()), -1);
+    EXPECT_EQ(OSFileExists(path.c_str()), 0);
 
     test::GuardedRoom out(256);
     for (const size_t length : {245u, 246u}) {
@@ -115,18 +126,60 @@ TEST_F(Files, FailuresSayWhy) {
     };
     test::write_file(path, "");
     const OpenFile reader(path, "r");
-    for (const long result :
-         {with(EBADF, OSLockZVFile(reader.zv, ZV_LOCK_WRITE, 1)),
-          with(EBADF, OSLockFile(nullptr, ZV_LOCK_READ, 1)), with(EBADF, OSUnLockFile(nullptr)),
-          with(EBADF, OSLockZVFile(nullptr, ZV_LOCK_READ, 1)), with(EBADF, OSUnLockZVFile(nullptr)),
-          with(EBADF, OSFileModifiedTime(nullptr)), with(EBADF, OSFileTruncate(nullptr, 0))})
-        EXPECT_EQ(result, 0);
-    for (const long result : {with(ENOENT, OSFindLineInFile("/no/such", "x")),
-                              with(EISDIR, OSFindLineInFile("/tmp", "x")),
-                              with(ENOENT, OSAppendLineToFile("/no/such", "x")),
-                              with(EISDIR, OSAppendLineToFile("/tmp", "x")),
-                              with(ENOSPC, OSAppendLineToFile("/dev/full", "x"))})
-        EXPECT_EQ(result, -1);
+    const std::pair<const char*, long> refused[] = {
+        {"write lock of a reader", with(EBADF, OSLockZVFile(reader.zv, ZV_LOCK_WRITE, 1))},
+        {"OSLockFile", with(EBADF, OSLockFile(nullptr, ZV_LOCK_READ, 1))},
+        {"OSLockZVFile", with(EBADF, OSLockZVFile(nullptr, ZV_LOCK_READ, 1))},
+        {"OSUnLockFile", with(EBADF, OSUnLockFile(nullptr))},
+        {"OSUnLockZVFile", with(EBADF, OSUnLockZVFile(nullptr))},
+        {"OSFileModifiedTime", with(EBADF, OSFileModifiedTime(nullptr))},
+        {"OSFileTruncate", with(EBADF, OSFileTruncate(nullptr, 0))}};
+    for (const auto& [call, result] : refused) EXPECT_EQ(result, 0) << call;
+    EXPECT_EQ(with(ENOENT, OSFindLineInFile("/no/such", "x")), -1);
+    EXPECT_EQ(with(EISDIR, OSFindLineInFile("/tmp", "x")), -1);
+    EXPECT_EQ(with(ENOENT, OSAppendLineToFile("/no/such", "x")), -1);
+    EXPECT_EQ(with(EISDIR, OSAppendLineToFile("/tmp", "x")), -1);
+    EXPECT_EQ(with(ENOSPC, OSAppendLineToFile("/dev/full", "x")), -1);
+}
+
+// What an append that fails does to the file, which holds a line before it.
+void expect_append_fails(const std::string& file, const std::string& line, int error) {
+    const std::string before = test::content(file);
+    errno = 0;
+    EXPECT_EQ(OSAppendLineToFile(file.c_str(), line.c_str()), -1);
+    EXPECT_EQ(errno, error);
+    EXPECT_TRUE(test::content(file) == before) << "nothing of the line stays";
+}
+
+TEST_F(Files, ALineThatDoesNotFitIsTakenAway) {
+    const std::string line(300000, 'l');
+    test::write_file(path, "first\n");
+    signal(SIGXFSZ, SIG_IGN);
+    const rlimit small = {100000, RLIM_INFINITY}, large = {RLIM_INFINITY, RLIM_INFINITY};
+    setrlimit(RLIMIT_FSIZE, &small);
+    expect_append_fails(path, line, EFBIG);
+    setrlimit(RLIMIT_FSIZE, &large);
+
+    // What a writer without a lock has put behind the torn line keeps it there.
+    static const std::string* shared;
+    shared = &path;
+    const test::Fault fault = {
+        "another writer", test::kWrite, ENOSPC,
+        test::kForever,   true,         [] {
+                                   std::ofstream(*shared, std::ios::app) << "foreign"; }};
+    const auto append = [&] { return OSAppendLineToFile(path.c_str(), "0123456789"); };
+    EXPECT_EQ(test::with_fault(1, append, fault), std::pair(-1, true));
+    EXPECT_EQ(test::content(path), "first\n01234foreign");
+
+    const std::string mounted = folder / "full";
+    fs::create_directory(mounted);
+    if (!test::enter_private_namespaces() ||
+        mount("tmpfs", mounted.c_str(), "tmpfs", 0, "size=64k") != 0)
+        GTEST_SKIP() << "a file system of its own is refused";
+    test::write_file(mounted + "/log", "first\n");
+    expect_append_fails(mounted + "/log", line, ENOSPC);
+    EXPECT_EQ(OSAppendLineToFile((mounted + "/log").c_str(), "fits"), 0);
+    umount(mounted.c_str());
 }
 
 TEST_F(Files, SearchesWaitForWriters) {
@@ -175,36 +228,51 @@ TEST_F(Files, SweepsRemoveWhatMatchesAndFits) {
     EXPECT_EQ(left, (std::set<std::string>{"d.tmp", "f" + fits}));
 }
 
-// Whether temporary files in all three forms are empty, can be read and written, and are known to
-// nobody else.
-bool makes_private_files() {
+// Temporary files in all three forms are empty, can be read and written, and are known to nobody
+// else.
+void expect_private_files() {
     umask(0);
     ZVFILE* zv = OSTmpZVFile();
     FILE* standard = OSTmpFile();
-    bool all_private = true;
-    for (const int fd : {ZVfileno(zv), fileno(standard), OSTmpFileFd()}) {
+    const int own = OSTmpFileFd();
+    for (const int fd : {ZVfileno(zv), fileno(standard), own}) {
         struct stat status {};
-        char byte = 0;
-        all_private = all_private && fstat(fd, &status) == 0 && S_ISREG(status.st_mode) &&
-                      status.st_nlink == 0 && (status.st_mode & 07777) == 0600 &&
-                      (fcntl(fd, F_GETFD) & FD_CLOEXEC) != 0 && status.st_size == 0 &&
-                      write(fd, "x", 1) == 1 && pread(fd, &byte, 1, 0) == 1;
-        if (fd != ZVfileno(zv) && fd != fileno(standard)) close(fd);
+        char bytes[4] = "";
+        EXPECT_EQ(fstat(fd, &status), 0);
+        EXPECT_EQ(status.st_mode, mode_t{S_IFREG | 0600});
+        EXPECT_EQ(status.st_nlink, 0u);
+        EXPECT_EQ(status.st_size, 0);
+        EXPECT_NE(fcntl(fd, F_GETFD) & FD_CLOEXEC, 0);
+        EXPECT_EQ(write(fd, "abc", 3), 3);
+        EXPECT_EQ(pread(fd, bytes, 3, 0), 3);
+        EXPECT_STREQ(bytes, "abc");
     }
-    ZVfclose(zv), fclose(standard);
-    return all_private;
+    char bytes[8] = "";
+    ZVrewind(zv), rewind(standard);
+    EXPECT_EQ(ZVfputs("X", zv), 1);
+    EXPECT_EQ(ZVfgets(bytes, 8, zv), bytes);
+    EXPECT_STREQ(bytes, "bc") << "written over what was there";
+    EXPECT_EQ(fputc('X', standard), 'X');
+    rewind(standard);
+    EXPECT_EQ(fgets(bytes, 8, standard), bytes);
+    EXPECT_STREQ(bytes, "Xbc");
+    ZVfclose(zv), fclose(standard), close(own);
 }
 
 TEST_F(Files, TemporaryOnesAreKnownToNobodyElse) {
-    EXPECT_TRUE(makes_private_files());
+    expect_private_files();
     const int fd = OSTmpFileFd();
     const std::string link = "/proc/self/fd/" + std::to_string(fd);
     EXPECT_NE(linkat(AT_FDCWD, link.c_str(), AT_FDCWD, path.c_str(), AT_SYMLINK_FOLLOW), 0)
         << "nor can they be given a name";
     close(fd);
     test::inject(1, {"no files without names", test::kOpen, EOPNOTSUPP});
-    EXPECT_TRUE(makes_private_files());
+    expect_private_files();
     EXPECT_TRUE(test::inject(0));
+    close(STDIN_FILENO);
+    EXPECT_EQ(OSTmpFileFd(), 0) << "the first descriptor serves, too";
+    close(STDIN_FILENO);
+    expect_private_files();
 }
 
 } // namespace

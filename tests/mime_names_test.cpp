@@ -32,7 +32,8 @@ TEST(MailCharsets, AreReadAsTheyAreWritten) {
         const bool european = code_set >= ZV_8859_2 && code_set <= ZV_CP1258;
         const int named = european ? code_set : asian.count(code_set) ? asian.at(code_set) : 0;
         EXPECT_EQ(code_set_of(name), named) << code_set;
-        EXPECT_FALSE(code_set_of(name + ";") || code_set_of(name.substr(0, name.size() - 1)));
+        EXPECT_EQ(code_set_of(name + ";"), 0) << name;
+        EXPECT_EQ(code_set_of(name.substr(0, name.size() - 1)), 0) << name;
         EXPECT_STREQ(getTransferEncodingFromCodeSet(code_set), code_set == 3 ? "7bit" : "8bit");
     }
     // The Turkish small form of I is no ASCII letter.
@@ -46,18 +47,45 @@ TEST(CodeSetChoice, ForMailAndForData) {
     for (int a = -1; a <= 70; ++a) {
         if (a < ZV_JIS || a > ZV_CP1258) { EXPECT_EQ(mbGetCodeSetForMail(a), 0) << a; }
         for (int b = -1; b <= 70; ++b)
-            EXPECT_EQ(mbGetCodeSetForData(a, b), partner.count(a) && partner.at(a) == b ? b : a);
+            EXPECT_EQ(mbGetCodeSetForData(a, b), partner.count(a) && partner.at(a) == b ? b : a)
+                << a << ' ' << b;
     }
 }
 
 TEST(DocumentCharsets, AreRegisteredNamesInTheStatedRoom) {
     static_assert(sizeof(ConvToCharset) == 36);
+    // As registries of character sets give the numbers of the vendor's.
+    const std::pair<const char*, const char*> converters[] = {
+        {"LATIN-1", "iso-8859-1"},    {"ibm-819", "iso-8859-1"},
+        {"ibm-912", "iso-8859-2"},    {"ibm-913", "iso-8859-3"},
+        {"ibm-914", "iso-8859-4"},    {"ibm-915", "iso-8859-5"},
+        {"ibm-916", "iso-8859-8"},    {"ibm-920", "iso-8859-9"},
+        {"ibm-923", "iso-8859-15"},   {"ibm-943", "shift_jis"},
+        {"ibm-949", "euc-kr"},        {"ibm-964", "euc-tw"},
+        {"ibm-970", "euc-kr"},        {"ibm-1089", "iso-8859-6"},
+        {"ibm-1162", "windows-874"},  {"ibm-1363", "cp949"},
+        {"ibm-1370", "big5"},         {"ibm-1383", "euc-cn"},
+        {"ibm-1386", "gb2312"},       {"ibm-4909", "iso-8859-7"},
+        {"ibm-5346", "windows-1250"}, {"ibm-5347", "windows-1251"},
+        {"ibm-5348", "windows-1252"}, {"ibm-5349", "windows-1253"},
+        {"ibm-5350", "windows-1254"}, {"ibm-5351", "windows-1255"},
+        {"ibm-5352", "windows-1256"}, {"ibm-5353", "windows-1257"},
+        {"ibm-5354", "windows-1258"}, {"ibm-33722", "euc-jp"},
+        {"ISO-2022", "iso-2022-jp"},  {"ISO-2022", "iso-2022-cn"},
+        {"ISO-2022", "iso-2022-kr"},  {"UTF8", "utf-8"},
+        {"UTF16", "utf-16"}};
+    const ConvToCharset* row = _ConvToCharsetTable;
     test::GuardedRoom room(22);
-    for (const ConvToCharset* row = _ConvToCharsetTable; row->converter[0] != '\0'; ++row) {
-        EXPECT_TRUE(test::iconv_text(row->charset, "UTF-8", "zv")) << row->charset;
+    for (const auto& [converter, charset] : converters) {
+        EXPECT_STREQ(row->converter, converter);
+        EXPECT_STREQ(row->charset, charset) << converter;
+        EXPECT_TRUE(test::iconv_text(charset, "UTF-8", "zv")) << charset;
         SetCharset(room.data(), row->code_set);
-        EXPECT_EQ(room.text(), row->charset);
+        EXPECT_EQ(room.text(), charset) << "of code set " << row->code_set;
+        ++row;
     }
+    EXPECT_STREQ(row->converter, "") << "the end";
+    EXPECT_STREQ(row->charset, "");
     SetCharset(room.data(), 31);
     EXPECT_EQ(room.text(), "");
 }

@@ -49,6 +49,37 @@ TEST(StartUp, WithoutAHostNameResolvesNothing) {
     EXPECT_STREQ(OSGetZVConfigPath(), "/later");
 }
 
+TEST(StartUp, ReadsTheConfigurationFileOnce) {
+    if (!test::enter_private_host("alpha", kHosts)) GTEST_SKIP() << "a private host is refused";
+    const test::Folder folder;
+    const auto configure = [&](const std::string& database) {
+        test::write_file(folder / "zv.conf", "Server-directory:" + database + "\nKey: v\n");
+    };
+    setenv("ZVCONFIGDIR", (folder / "").c_str(), 1);
+    configure("/first");
+    EXPECT_EQ(InitializeSrvUtil(), 1);
+    configure("/second");
+    sethostname("later", 5);
+    test::GuardedRoom name(65);
+    OSGetHostnameNoDomain(name.data());
+    EXPECT_EQ(name.text(), "alpha") << "resolved at start-up";
+    EXPECT_STREQ(OSGetServerDbPath(), "/first/");
+    SetZVInstallPath("/opt");
+    configure("/third");
+    EXPECT_STREQ(OSGetServerDbPath(), "/second/") << "read when the directory was set";
+    unsetenv("ZVCONFIGDIR");
+    EXPECT_EQ(OSGetDBConfigPath(), (folder / "") + "/zvdb.conf");
+}
+
+TEST(StartUp, IsNotNeededToReadASetting) {
+    const test::Folder folder;
+    test::write_file(folder / "zv.conf", "Key:  value \n");
+    setenv("ZVCONFIGDIR", (folder / "").c_str(), 1);
+    test::GuardedRoom value(256);
+    GetLineFromServerConfigFileDup("Key:", value.data());
+    EXPECT_EQ(value.text(), "value");
+}
+
 // Starts up as a host does, and tells what a hostile environment has broken.
 void start_up(int out) {
     OSInitLanguage();

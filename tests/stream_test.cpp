@@ -8,6 +8,7 @@
 #include <csignal>
 #include <utility>
 
+#include "faults/faults.h"
 #include "support/folder.h"
 #include "zvstdio.h"
 
@@ -50,16 +51,23 @@ TEST(Stream, FailuresGiveTheirValuesAndErrno) {
     alignas(16) static char no_stream[8192];
     errno = 0;
     for (ZVFILE* f : {static_cast<ZVFILE*>(nullptr), reinterpret_cast<ZVFILE*>(no_stream)}) {
-        for (const long result :
-             {bad(ZVfclose(f)), bad(ZVfgetc(f)), bad(ZVungetc('c', f)), bad(ZVfread(s, 0, 1, f)),
-              bad(ZVfputc('c', f)), bad(ZVfputs("", f)), bad(ZVftell(f)), bad(ZVferror(f)),
-              bad(ZVfgetpos(f, &position)), bad(ZVfseek(f, 0, 0)), bad(ZVfflush(f)),
-              with(0, ZVfileno(f)), 6 - position})
-            EXPECT_EQ(result, -1);
-        for (const long result :
-             {bad(!!ZVfgets(s, 1, f)), bad(ZVfwrite("c", 0, 1, f)), bad(ZVfprintf(f, "%s", "x")),
-              bad(ZVfeof(f)), bad((ZVrewind(f), 0)), bad((ZVclearerr(f), 0))})
-            EXPECT_EQ(result, 0);
+        const std::pair<const char*, long> failing[] = {
+            {"ZVfclose", bad(ZVfclose(f))},      {"ZVfgetc", bad(ZVfgetc(f))},
+            {"ZVungetc", bad(ZVungetc('c', f))}, {"ZVfread", bad(ZVfread(s, 0, 1, f))},
+            {"ZVfputc", bad(ZVfputc('c', f))},   {"ZVfputs", bad(ZVfputs("", f))},
+            {"ZVftell", bad(ZVftell(f))},        {"ZVferror", bad(ZVferror(f))},
+            {"ZVfseek", bad(ZVfseek(f, 0, 0))},  {"ZVfflush", bad(ZVfflush(f))},
+            {"ZVfileno", with(0, ZVfileno(f))},  {"ZVfgetpos", bad(ZVfgetpos(f, &position))}};
+        for (const auto& [call, result] : failing) EXPECT_EQ(result, -1) << call;
+        EXPECT_EQ(position, 7);
+        const std::pair<const char*, long> doing_nothing[] = {
+            {"ZVfgets", bad(ZVfgets(s, 1, f) != nullptr)},
+            {"ZVfwrite", bad(ZVfwrite("c", 0, 1, f))},
+            {"ZVfprintf", bad(ZVfprintf(f, "%s", "x"))},
+            {"ZVfeof", bad(ZVfeof(f))},
+            {"ZVrewind", bad((ZVrewind(f), 0))},
+            {"ZVclearerr", bad((ZVclearerr(f), 0))}};
+        for (const auto& [call, result] : doing_nothing) EXPECT_EQ(result, 0) << call;
     }
     const Stream full = open_stream("/dev/full", "w"), directory = open_stream("/", "r");
     EXPECT_EQ(with(ENOSPC, ZVfwrite("abc", 1, 3, full)), 0);
@@ -84,6 +92,48 @@ TEST(Stream, FailuresGiveTheirValuesAndErrno) {
     EXPECT_EQ(ZVfflush(stream), 0);
     EXPECT_EQ(ZVfseek(stream, INT_MAX, SEEK_SET), 0);
     EXPECT_EQ(with(EBADF, ZVfgetc(stream)), -1) << "not readable, wherever it stands";
+}
+
+TEST(Stream, TheLastPositionIsReachedAndNeverPassed) {
+    const test::Folder folder;
+    const std::string path = folder / "file";
+    for (const char* mode : {"r+", "a+"}) {
+        test::write_file(path, "");
+        ASSERT_EQ(truncate(path.c_str(), INT_MAX - 3), 0);
+        const Stream stream = open_stream(path, mode);
+        EXPECT_EQ(ZVfseek(stream, 0, SEEK_END), 0) << mode;
+        EXPECT_EQ(ZVfputs("abcd", stream), -1) << mode;
+        EXPECT_EQ(ZVfputs("abc", stream), 3) << mode;
+        EXPECT_EQ(ZVftell(stream), INT_MAX) << mode;
+        EXPECT_EQ(ZVfputc('d', stream), -1) << mode;
+        EXPECT_EQ(ZVferror(stream), EOVERFLOW) << mode;
+        EXPECT_EQ(ZVfgetc(stream), -1) << mode;
+        EXPECT_EQ(ZVfeof(stream), 1) << mode;
+        EXPECT_EQ(ZVfseek(stream, -2, SEEK_CUR), 0) << mode;
+        EXPECT_EQ(ZVfgetc(stream), 'b') << mode;
+    }
+    for (const bool beyond : {false, true}) {
+        ASSERT_EQ(truncate(path.c_str(), long{INT_MAX} + beyond), 0);
+        const Stream stream = open_stream(path, "r");
+        char s[8];
+        for (const int count : {2, 3}) {
+            const bool passes = beyond && count == 3;
+            EXPECT_EQ(ZVfseek(stream, INT_MAX - 2, SEEK_SET), 0);
+            EXPECT_EQ(ZVfread(s, 1, size_t(count), stream), passes ? 0u : 2u) << beyond;
+            EXPECT_EQ(ZVftell(stream), passes ? INT_MAX - 2 : INT_MAX) << beyond << count;
+            EXPECT_EQ(ZVfeof(stream), !beyond && count == 3) << count;
+            EXPECT_EQ(ZVfseek(stream, INT_MAX - 2, SEEK_SET), 0);
+            EXPECT_EQ(ZVfgets(s, count + 1, stream), passes ? nullptr : s) << count;
+            EXPECT_EQ(ZVftell(stream), passes ? INT_MAX - 2 : INT_MAX) << beyond << count;
+        }
+        EXPECT_EQ(ZVferror(stream), beyond ? EOVERFLOW : 0);
+        EXPECT_EQ(ZVfseek(stream, 0, SEEK_END), beyond ? -1 : 0);
+    }
+}
+
+TEST(Stream, ClosedOnesAreNotOpen) {
+    EXPECT_EQ(ZVfclose(ZVfopen("/dev/null", "r")), 0);
+    EXPECT_EQ(test::last_released(), 0u) << "the mark of an open stream";
 }
 
 TEST(Stream, FormatsWhatACatalogueHolds) {
@@ -116,7 +166,8 @@ TEST(Stream, PipesHaveNoPositions) {
     EXPECT_EQ(ZVfputs("xyz", writer), 3);
     EXPECT_EQ(ZVfread(s, 1, 4, reader), 0U) << "nothing, whatever was copied";
     EXPECT_EQ(ZVftell(reader), 8);
-    EXPECT_EQ(ZVftell(writer) + ZVferror(writer), 8);
+    EXPECT_EQ(ZVftell(writer), 8);
+    EXPECT_EQ(ZVferror(writer), 0);
 }
 
 } // namespace

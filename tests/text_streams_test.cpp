@@ -51,11 +51,16 @@ TEST(Dispatch, TheWindowsFormItsLengthAndTheByteSum) {
         EXPECT_EQ(MaxStringLengthOnWinAndUnix("\xC8\x79\xB1"), grows ? 5 : 3) << current;
         EXPECT_EQ(AccumulateAsciiForStr(std::string(5000, '\xB1').c_str()), 5000 * 0xB1);
     }
-    EXPECT_FALSE(
-        mbconvertnativestring(nullptr, "a", 3) || mbconvertnativestring(out, nullptr, 3) ||
-        UnixCodingToWindowsCodingExt(nullptr, out) || UnixCodingToWindowsCodingExt("a", nullptr) ||
-        WindowsCodingToUnixCodingExt(nullptr, out) || WindowsCodingToUnixCodingExt("a", nullptr) ||
-        AccumulateAsciiForStr(nullptr) || AccumulateAsciiForStr(""));
+    const std::pair<const char*, bool> refused[] = {
+        {"mbconvertnativestring, to", mbconvertnativestring(nullptr, "a", 3)},
+        {"mbconvertnativestring, from", mbconvertnativestring(out, nullptr, 3)},
+        {"UnixCodingToWindowsCodingExt, from", UnixCodingToWindowsCodingExt(nullptr, out)},
+        {"UnixCodingToWindowsCodingExt, to", UnixCodingToWindowsCodingExt("a", nullptr)},
+        {"WindowsCodingToUnixCodingExt, from", WindowsCodingToUnixCodingExt(nullptr, out)},
+        {"WindowsCodingToUnixCodingExt, to", WindowsCodingToUnixCodingExt("a", nullptr)},
+        {"AccumulateAsciiForStr, none", AccumulateAsciiForStr(nullptr)},
+        {"AccumulateAsciiForStr, empty", AccumulateAsciiForStr("")}};
+    for (const auto& [call, result] : refused) EXPECT_FALSE(result) << call;
 }
 
 TEST(Numbers, AreThoseThatIconvKnows) {
@@ -86,7 +91,8 @@ TEST(Numbers, AreThoseThatIconvKnows) {
 TEST(TextStreams, TellWhatCannotBeReadOrWritten) {
     for (const int code_set : {ZV_8859_2, ZV_SJIS}) {
         InitMbutilExt(code_set);
-        EXPECT_FALSE(mbfgets(nullptr, 20, stdin, 0) || mbfputs(nullptr, stdout, ZV_EUC));
+        EXPECT_EQ(mbfgets(nullptr, 20, stdin, 0), nullptr) << code_set;
+        EXPECT_EQ(mbfputs(nullptr, stdout, ZV_EUC), 0) << code_set;
     }
     const Stream read_only(fopen("/dev/null", "r"), fclose);
     EXPECT_EQ(mbfputs("a", read_only.get(), ZV_EUC), EOF);
@@ -123,11 +129,15 @@ TEST(FileConversion, AppendsRefusesAndKeepsWhatItMay) {
     };
     InitMbutilExt(ZV_EUC);
     write_file(in, "\x88\x9F");
-    EXPECT_FALSE(converts("in", "out", 0, ZV_EUC) || converts("none", "out", 0, ZV_SJIS) ||
-                 converts("in", "no/such", 0, ZV_SJIS));
+    EXPECT_FALSE(converts("in", "out", 0, ZV_EUC));
+    EXPECT_FALSE(converts("none", "out", 0, ZV_SJIS));
+    EXPECT_FALSE(converts("in", "no/such", 0, ZV_SJIS));
     EXPECT_FALSE(std::filesystem::exists(out));
-    EXPECT_TRUE(converts("in", "out", 0, ZV_SJIS) && converts("in", "out", 1, ZV_SJIS));
-    EXPECT_EQ(content(out), "\xB0\xA1\xB0\xA1");
+    EXPECT_TRUE(converts("in", "out", 0, ZV_SJIS));
+    for (const int append : {1, 2, -1}) EXPECT_TRUE(converts("in", "out", char(append), ZV_SJIS));
+    EXPECT_EQ(content(out), "\xB0\xA1\xB0\xA1\xB0\xA1\xB0\xA1");
+    EXPECT_TRUE(converts("in", "out", 0, ZV_SJIS));
+    EXPECT_EQ(content(out), "\xB0\xA1");
     write_file(in, std::string("a\x82\0b\x88\x9F", 6) + std::string(20993, 'c') + "\x88\x9F");
     EXPECT_TRUE(converts("in", "out", 0, ZV_SJIS));
     EXPECT_EQ(content(out), "a\x82\xB0\xA1") << "a zero byte ends its block's text";

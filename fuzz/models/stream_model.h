@@ -1,8 +1,9 @@
 #ifndef ZVUTIL_FUZZ_STREAM_MODEL_H
 #define ZVUTIL_FUZZ_STREAM_MODEL_H
 
-#include <unistd.h>
+#include <fcntl.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <string>
@@ -14,29 +15,41 @@ namespace test {
 
 inline constexpr long kLastPosition = INT_MAX;
 
-// A descriptor with a position and pushed back bytes, the next one last.
+// A file in memory, with a position and pushed back bytes, the next one last.
 struct StreamModel {
-    int descriptor;
+    std::string file; // its bytes from `origin` on, where it has no others but zero
+    long origin;
+    int access;
     bool append;
     long position = 0, at_end = 0;
     int error = 0, raised = 0;
     std::string pushed = "", taken = "";
 
-    long size() const { return lseek(descriptor, 0, SEEK_END); }
+    long size() const { return origin + long(file.size()); }
     bool fail(int number) { return error = raised = number, false; }
     bool take_byte() {
-        char byte = 0;
-        const ssize_t got = pushed.empty() ? pread(descriptor, &byte, 1, position) : 1;
-        if (got < 0) return fail(errno);
-        if (got == 0) return at_end = 1, false;
+        const bool from_file = pushed.empty();
+        if (from_file && access == O_WRONLY) return fail(EBADF);
+        if (from_file && position >= size()) return at_end = 1, false;
         if (position == kLastPosition) return fail(EOVERFLOW);
-        if (!pushed.empty()) byte = pushed.back(), pushed.pop_back();
-        return taken += byte, ++position, true;
+        taken += !from_file ? pushed.back() : position < origin ? '\0' : file[at(position)];
+        if (!from_file) pushed.pop_back();
+        return ++position, true;
     }
+    // Byte by byte, or the run of the file that is there.
     long take(size_t most, int last) {
         const long start = position;
-        while (taken.size() < most && (taken.empty() || taken.back() != last))
-            if (!take_byte()) break;
+        while (taken.size() < most && (taken.empty() || taken.back() != last)) {
+            const long run = std::min(size(), kLastPosition) - position;
+            if (!pushed.empty() || position < origin || run <= 0 || access == O_WRONLY) {
+                if (!take_byte()) break;
+                continue;
+            }
+            const size_t end = last > UCHAR_MAX ? file.npos : file.find(char(last), at(position));
+            const size_t whole = end == file.npos ? file.npos : end + 1 - at(position);
+            taken.append(file, at(position), std::min({most - taken.size(), size_t(run), whole}));
+            position = start + long(taken.size());
+        }
         if (raised == EOVERFLOW) position = start;
         return long(taken.size());
     }
@@ -48,9 +61,12 @@ struct StreamModel {
         if (place > kLastPosition - length) return fail(EOVERFLOW);
         position = place;
         if (text.empty()) return false;
-        if (pwrite(descriptor, text.data(), text.size(), place) < 0) return fail(errno);
+        if (access == O_RDONLY) return fail(EBADF);
+        file.resize(std::max(file.size(), at(place) + text.size()));
+        file.replace(at(place), text.size(), text);
         return position += length, true;
     }
+    size_t at(long place) const { return size_t(place - origin); }
     bool seek(long place) {
         if (place < 0 || place > kLastPosition) return fail(place < 0 ? EINVAL : EOVERFLOW);
         return position = place, pushed = "", at_end = 0, true;

@@ -11,11 +11,18 @@ namespace test {
 
 // Gives the process a node name and mounts that only it sees; false where the system grants none.
 inline bool enter_private_namespaces() {
+    const std::string user = "0 " + std::to_string(geteuid()) + " 1",
+                      group = "0 " + std::to_string(getegid()) + " 1";
     // A process with threads, as the thread sanitizer makes them, gets no user namespace. Mounts
     // must be private before there are others: those could spread beyond the process.
-    return (unshare(CLONE_NEWUSER | CLONE_NEWUTS | CLONE_NEWNS) == 0 ||
-            unshare(CLONE_NEWUTS | CLONE_NEWNS) == 0) &&
-           mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
+    if (unshare(CLONE_NEWUSER | CLONE_NEWUTS | CLONE_NEWNS) == 0) {
+        write_file("/proc/self/uid_map", user);
+        write_file("/proc/self/setgroups", "deny");
+        write_file("/proc/self/gid_map", group);
+    } else if (unshare(CLONE_NEWUTS | CLONE_NEWNS) != 0) {
+        return false;
+    }
+    return mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
 }
 
 inline bool mount_over(const char* system_path, const std::string& own) {

@@ -3,13 +3,17 @@
 #include <dirent.h>
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <malloc.h>
 #include <sys/stat.h>
+#include <sys/utsname.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cstdarg>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
+#include <cstring>
 
 // The allocator beneath: the C library's, or where there is one, a sanitizer's in its place.
 #define ALLOCATOR_BENEATH(result, name, ...)                                                       \
@@ -30,6 +34,8 @@ constinit thread_local long live = 0;
 constinit thread_local Fault injected = kNoMemory;
 constinit thread_local int until_fault = 0;
 constinit thread_local bool has_failed = false;
+constinit thread_local long inherited = 0;
+constinit thread_local uint32_t released = 0;
 
 enum class Fate { goes_on, comes_short, fails };
 
@@ -39,16 +45,58 @@ Fate fate_of(Calls call) {
     const bool first = !std::exchange(has_failed, true);
     if (--injected.times == 0) until_fault = 0;
     if (injected.error == 0 || (first && injected.begins_short)) return Fate::comes_short;
+    if (injected.meanwhile != nullptr) {
+        const int left = std::exchange(until_fault, 0);
+        injected.meanwhile();
+        until_fault = left;
+    }
     errno = injected.error;
     return Fate::fails;
 }
 
-template <class... Arguments>
-void* allocate(void* (*beneath)(Arguments...), Arguments... arguments) {
-    if (fate_of(kMemory) == Fate::fails) return nullptr;
-    void* block = beneath(arguments...);
+// Behind a block stands a fence, most of it bytes that nobody may write, and at its end where it
+// begins. A block without that, as of aligned memory, has none; a sanitizer has its own.
+class Fence {
+public:
+    static bool stands() { return __interceptor_malloc == nullptr; }
+    static size_t with_block(size_t size) {
+        return stands() && size < SIZE_MAX / 2 ? size + 48 : size;
+    }
+
+    explicit Fence(void* block)
+        : block_(static_cast<unsigned char*>(block)),
+          end_(reinterpret_cast<End*>(block_ + (malloc_usable_size(block) & ~size_t{15})) - 1) {}
+    void put(size_t size) {
+        std::fill(block_ + size, reinterpret_cast<unsigned char*>(end_), kByte);
+        *end_ = {size, mark(size)};
+    }
+    void take_away() {
+        const auto intact = [](unsigned char byte) { return byte == kByte; };
+        if (end_->mark != mark(end_->size)) return;
+        if (!std::all_of(block_ + end_->size, reinterpret_cast<unsigned char*>(end_), intact))
+            abort();
+        end_->mark = 0;
+    }
+
+private:
+    static constexpr unsigned char kByte = 0xFE;
+    struct End {
+        size_t size;
+        uintptr_t mark;
+    };
+    uintptr_t mark(size_t size) const { return reinterpret_cast<uintptr_t>(block_) ^ ~size; }
+
+    unsigned char* block_;
+    End* end_;
+};
+
+void* allocated(void* block, size_t size) {
     live += block != nullptr;
+    if (block != nullptr && Fence::stands()) Fence(block).put(size);
     return block;
+}
+void release(void* block) {
+    if (block != nullptr && Fence::stands()) Fence(block).take_away();
 }
 
 template <class Function>
@@ -100,6 +148,7 @@ FAULTY(int, fstat, kStatus, -1, (int fd, struct stat* to) noexcept, (fd, to))
 FAULTY(int, stat, kStatus, -1, (const char* path, struct stat* to) noexcept, (path, to))
 FAULTY(int, ftruncate, kTruncate, -1, (int fd, off_t size) noexcept, (fd, size))
 FAULTY(int, fsync, kSync, -1, (int fd), (fd))
+FAULTY(int, uname, kMachine, -1, (utsname * to) noexcept, (to))
 
 extern "C" ssize_t read(int fd, void* to, size_t size) {
     NEXT(read);
@@ -121,6 +170,7 @@ extern "C" int open(const char* path, int flags, ...) {
     const bool creates = (flags & (O_CREAT | O_TMPFILE)) != 0;
     const mode_t mode = creates ? va_arg(rest, mode_t) : 0;
     va_end(rest);
+    inherited += (flags & O_CLOEXEC) == 0;
     return fate_of(kOpen) == Fate::fails ? -1 : beneath(path, flags, mode);
 }
 extern "C" int fcntl(int fd, int command, ...) {
@@ -150,22 +200,34 @@ extern "C" FILE* fdopen(int fd, const char* mode) noexcept {
     return until_fault == 0 ? beneath(fd, mode) : stream_over(fd, mode);
 }
 
-extern "C" void* malloc(size_t size) { return allocate(BENEATH(malloc), size); }
+extern "C" void* malloc(size_t size) {
+    if (fate_of(kMemory) == Fate::fails) return nullptr;
+    return allocated(BENEATH(malloc)(Fence::with_block(size)), size);
+}
 extern "C" void* calloc(size_t count, size_t size) {
-    return allocate(BENEATH(calloc), count, size);
+    size_t total;
+    if (__builtin_mul_overflow(count, size, &total)) total = SIZE_MAX;
+    if (fate_of(kMemory) == Fate::fails) return nullptr;
+    return allocated(BENEATH(calloc)(1, Fence::with_block(total)), total);
 }
 extern "C" void* realloc(void* block, size_t size) {
-    void* moved = allocate(BENEATH(realloc), block, size);
-    // The old block is gone where it has moved, or was released by the size 0.
-    live -= block != nullptr && (moved != nullptr || size == 0);
-    return moved;
+    if (fate_of(kMemory) == Fate::fails) return nullptr;
+    if (block != nullptr && size == 0) return free(block), nullptr;
+    release(block);
+    void* moved = BENEATH(realloc)(block, Fence::with_block(size));
+    live -= block != nullptr && moved != nullptr; // the old block is gone where it has moved
+    return allocated(moved, size);
 }
 extern "C" void free(void* block) {
     live -= block != nullptr;
+    release(block);
+    if (block != nullptr) memcpy(&released, block, sizeof released); // no block is smaller
     BENEATH(free)(block);
 }
 
 long test::live_blocks() { return live; }
+long test::inherited_descriptors() { return inherited; }
+unsigned test::last_released() { return released; }
 
 bool test::inject(int nth, const Fault& fault) {
     until_fault = nth;

@@ -21,20 +21,27 @@ enum Calls : unsigned {
     kStatus = 128,
     kTruncate = 256,
     kSync = 512,
+    kMachine = 1024,
 };
 
 struct Fault {
     const char* name;
-    unsigned calls;            // one number counts them all
-    int error;                 // 0: they come back short where they can
-    int times = 1;             // as many calls in a row fail
-    bool begins_short = false; // only the calls behind the first one fail
+    unsigned calls;                // one number counts them all
+    int error;                     // 0: they come back short where they can
+    int times = 1;                 // as many calls in a row fail
+    bool begins_short = false;     // only the calls behind the first one fail
+    void (*meanwhile)() = nullptr; // what somebody else does just before a call fails
 };
 constexpr int kForever = INT_MAX;
 constexpr Fault kNoMemory = {"no memory", kMemory, ENOMEM};
 
-// The blocks that this thread has allocated less those that it has released.
+// The blocks that this thread has allocated less those that it has released. A block that has been
+// written behind its end ends the process when it is released.
 long live_blocks();
+// What the block that this thread has released last began with.
+unsigned last_released();
+// The descriptors that this thread has opened and that the programs it executes would have too.
+long inherited_descriptors();
 
 // Makes the nth such call of this thread from now on fail; 0 lets all succeed. Gives whether the
 // fault that the call before asked for has been met. Until it has, fopen() and fdopen() give
