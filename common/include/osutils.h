@@ -432,8 +432,9 @@ int OSFindLineInFile(const char* path, const char* text);
 /**
  * Appends a line to a file, under a write lock that it waits for.
  *
- * Lines from several processes never mix; threads of one process exclude each other themselves.
- * The file is made where there is none, with the permissions 0777 less the umask.
+ * Lines from several processes never mix. Locks do not keep threads of one process apart: the host
+ * does, for example with OSEnterCriticalSection(), or lines may be lost. The file is made where
+ * there is none, with the permissions 0777 less the umask.
  * @param path a path.
  * @param text the line, without its line feed.
  * @return 0; -1 with errno when the file cannot be opened or locked, or the line not be written
