@@ -147,9 +147,9 @@ void OSGetEol(char* out);
  * @brief What this machine and this server are called.
  *
  * Names have at most 64 bytes, in the current code set, which is initialised where nothing has set
- * it; every output has room for 65 bytes. Letter case is told apart only where that is said; that
- * of ASCII, whatever the process locale. A look-up may ask the network and wait for it. Why it
- * failed is not reported.
+ * it; every output has room for 65 bytes. Letter case counts only where that is said; which letters
+ * are the same follows from the process locale, but for those of ASCII. A look-up may ask the
+ * network and wait for it. Why it failed is not reported.
  * @par Thread safety
  * Any number of threads at once after InitializeSrvUtil() gave 1; after it gave 0, once
  * OSGetHostnameNoDomain() has been called.
