@@ -88,9 +88,13 @@ TEST(CurrentCodeSet, IsAdoptedByWhatNeedsItAlone) {
 
 TEST(CodeSetNames, SubstringsDecideInOrder) {
     const std::pair<const char*, int> cases[] = {
-        {nullptr, 0},        {"", 0},         {"EUC_WESTERN", 0}, {"EUC_KR", 13},    {"EUC_GB", 4},
-        {"xEUCx", 4},        {"xSJISx", 5},   {"GBK", 7},         {"CP1251", 24},    {"CP1252", 0},
-        {"ISO-2022-JIS", 3}, {"8859_10", 22}, {"ISO8859_1", 0},   {"ISO8859_15", 0}, {"sjis", 0}};
+        {nullptr, 0},     {"", 0},           {"EUC_WESTERN", 0},  {"EUC_KR", 13},
+        {"EUC_GB", 4},    {"xEUCx", 4},      {"xSJISx", 5},       {"GBK", 7},
+        {"CP1251", 24},   {"CP1252", 0},     {"ISO-2022-JIS", 3}, {"8859_10", 22},
+        {"ISO8859_1", 0}, {"ISO8859_15", 0}, {"sjis", 0},         {"EUC_T", 4},
+        {"EUC_Z", 4},     {"EU", 0},         {"SJI", 0},          {"JI", 0},
+        {"G", 0},         {"BIG", 0},        {"KSC_5601_8", 0},   {"125", 0},
+        {"8859_", 0}};
     for (const auto& [name, code_set] : cases)
         EXPECT_EQ(mbGetCodeSet(name), code_set) << (name ? name : "NULL");
 }

@@ -147,6 +147,7 @@ TEST(Process, DescribesTheSystem) {
     EXPECT_EQ(OSGetHardware(hardware.data()), 1);
     EXPECT_EQ(OSGetOS(system.data()), 1);
     EXPECT_EQ(system.text() + " " + hardware.text() + "\n", test::output_of("uname -srm"));
+    EXPECT_EQ(hardware.data()[257], '#') << "written behind the answer";
     const test::Fault refused = {"no answer", test::kMachine, EFAULT};
     for (const int nth : {1, 2}) {
         memset(system.data(), '#', 516);
