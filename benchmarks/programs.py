@@ -113,8 +113,8 @@ def page(results):
 
 The program and its peers, whole processes, each converting the same 100 MB of prose from standard
 input to nowhere; nkf, recode and uconv a tenth of it, reckoned up. `script/bench` measures anew and
-writes this page and the chart. The times are seconds of user time, the best of {REPETITIONS}, taken in turn. Where the library has no converter,
-zvconv uses iconv's and can be no faster.
+writes this page and the chart. The times are seconds of user time, the best of {REPETITIONS}, taken in
+turn. Where the library has no converter, zvconv uses iconv's and can be no faster.
 
 - Programs: {version("iconv", "--version")}; {version("recode", "--version")};
   {" ".join(version("uconv", "--version").split()[:2])}; nkf

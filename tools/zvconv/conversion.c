@@ -170,9 +170,9 @@ static bool open_run(struct run* r, const char* block, size_t filled, size_t* sk
     return pipeline_open(&r->pipeline, r->name, &r->from, &r->text, &c->wishes, r->output->written);
 }
 
-static bool run_all(struct run* r, struct input* input, char* block, size_t filled) {
+/* Converts what has been read, and reads on unless that is all. */
+static bool run_all(struct run* r, struct input* input, char* block, size_t filled, bool ended) {
     size_t known = 0; /* so many bytes at the front hold no line end */
-    bool ended = filled == 0;
     for (;;) {
         size_t used = ended ? filled : whole_lines(r, block, known, filled);
         if (used == 0 && filled == BLOCK)
@@ -204,9 +204,10 @@ bool convert(const struct conversion* conversion, struct input* input, struct ou
     size_t skipped;
     if (filled < 0 || !open_run(&r, room, (size_t)filled, &skipped))
         return false;
-    memmove(room, room + skipped, (size_t)filled - skipped + 1);
+    const size_t left = (size_t)filled - skipped;
+    memmove(room, room + skipped, left);
     r.pipeline.troubles.offset = skipped;
-    const bool good = run_all(&r, input, room, (size_t)filled - skipped) && report(&r);
+    const bool good = run_all(&r, input, room, left, filled == 0) && report(&r);
     if (r.headers != NULL)
         headers_close(r.headers);
     else
