@@ -32,13 +32,13 @@ struct run {
 static size_t skip_mark(struct encoding* from, const struct encoding* to, const char* text,
                         size_t length) {
     static const struct {
-        const char *bytes, *encoding, *any_order, *this_order;
+        const char *bytes, *any_order, *this_order;
         size_t length;
-    } kMarks[] = {{"\xFF\xFE\0\0", "UTF-32", "UTF-32", "UTF-32LE", 4},
-                  {"\0\0\xFE\xFF", "UTF-32", "UTF-32", "UTF-32BE", 4},
-                  {"\xFF\xFE", "UTF-16", "UTF-16", "UTF-16LE", 2},
-                  {"\xFE\xFF", "UTF-16", "UTF-16", "UTF-16BE", 2},
-                  {"\xEF\xBB\xBF", "UTF-8", "UTF-8", "UTF-8", 3}};
+    } kMarks[] = {{"\xFF\xFE\0\0", "UTF-32", "UTF-32LE", 4},
+                  {"\0\0\xFE\xFF", "UTF-32", "UTF-32BE", 4},
+                  {"\xFF\xFE", "UTF-16", "UTF-16LE", 2},
+                  {"\xFE\xFF", "UTF-16", "UTF-16BE", 2},
+                  {"\xEF\xBB\xBF", "UTF-8", "UTF-8", 3}};
     for (size_t i = 0; i < sizeof kMarks / sizeof *kMarks; ++i) {
         if (length < kMarks[i].length || memcmp(text, kMarks[i].bytes, kMarks[i].length) != 0)
             continue;
