@@ -153,6 +153,11 @@ TEST(Zvconv, AReplacedFileKeepsItsModeAndItsLinks) {
     EXPECT_NE(listing.find("link -> in"), std::string::npos) << listing;
     EXPECT_EQ(tool.run("-f EUC -t SJIS -o in in empty in"), 0);
     EXPECT_EQ(tool.read("in"), "\x88\x9F?\n\x88\x9F?\n");
+    // What is in the encoding already is not even touched.
+    tool.write("in~", "the first backup");
+    EXPECT_EQ(tool.run("-f SJIS -t SJIS -i --backup in"), 0);
+    EXPECT_EQ(tool.run("-f SJIS -t SJIS -i --backup --line-ends=crlf in"), 1);
+    EXPECT_TRUE(tool.says("in: no backup"));
     tool.write("in", "\xFE\xFE");
     EXPECT_EQ(tool.run("-f BIG5 -t EUC_H -i --force --no-sync in"), 0);
     EXPECT_EQ(tool.read("in"), "\?\?");

@@ -32,13 +32,13 @@ struct run {
 static size_t skip_mark(struct encoding* from, const struct encoding* to, const char* text,
                         size_t length) {
     static const struct {
-        const char *bytes, *encoding, *any_order, *this_order;
+        const char *bytes, *any_order, *this_order;
         size_t length;
-    } kMarks[] = {{"\xFF\xFE\0\0", "UTF-32", "UTF-32", "UTF-32LE", 4},
-                  {"\0\0\xFE\xFF", "UTF-32", "UTF-32", "UTF-32BE", 4},
-                  {"\xFF\xFE", "UTF-16", "UTF-16", "UTF-16LE", 2},
-                  {"\xFE\xFF", "UTF-16", "UTF-16", "UTF-16BE", 2},
-                  {"\xEF\xBB\xBF", "UTF-8", "UTF-8", "UTF-8", 3}};
+    } kMarks[] = {{"\xFF\xFE\0\0", "UTF-32", "UTF-32LE", 4},
+                  {"\0\0\xFE\xFF", "UTF-32", "UTF-32BE", 4},
+                  {"\xFF\xFE", "UTF-16", "UTF-16LE", 2},
+                  {"\xFE\xFF", "UTF-16", "UTF-16BE", 2},
+                  {"\xEF\xBB\xBF", "UTF-8", "UTF-8", 3}};
     for (size_t i = 0; i < sizeof kMarks / sizeof *kMarks; ++i) {
         if (length < kMarks[i].length || memcmp(text, kMarks[i].bytes, kMarks[i].length) != 0)
             continue;
@@ -170,9 +170,9 @@ static bool open_run(struct run* r, const char* block, size_t filled, size_t* sk
     return pipeline_open(&r->pipeline, r->name, &r->from, &r->text, &c->wishes, r->output->written);
 }
 
-static bool run_all(struct run* r, struct input* input, char* block, size_t filled) {
+/* Converts what has been read, and reads on unless that is all. */
+static bool run_all(struct run* r, struct input* input, char* block, size_t filled, bool ended) {
     size_t known = 0; /* so many bytes at the front hold no line end */
-    bool ended = filled == 0;
     for (;;) {
         size_t used = ended ? filled : whole_lines(r, block, known, filled);
         if (used == 0 && filled == BLOCK)
@@ -204,9 +204,10 @@ bool convert(const struct conversion* conversion, struct input* input, struct ou
     size_t skipped;
     if (filled < 0 || !open_run(&r, room, (size_t)filled, &skipped))
         return false;
-    memmove(room, room + skipped, (size_t)filled - skipped + 1);
+    const size_t left = (size_t)filled - skipped;
+    memmove(room, room + skipped, left);
     r.pipeline.troubles.offset = skipped;
-    const bool good = run_all(&r, input, room, (size_t)filled - skipped) && report(&r);
+    const bool good = run_all(&r, input, room, left, filled == 0) && report(&r);
     if (r.headers != NULL)
         headers_close(r.headers);
     else

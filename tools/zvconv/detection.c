@@ -170,11 +170,11 @@ static int japanese_guess(const struct buffer* sample, const char** doubt) {
 static bool take_sample(struct input* input, struct buffer* sample, struct line_end_counts* ends,
                         bool* goes_on) {
     bool plain = true;
-    long got;
     *goes_on = true;
     while (sample->length < SAMPLE) {
         char* room = buffer_extend(sample, BLOCK);
-        if (room == NULL || (got = input_read(input, room, BLOCK)) < 0)
+        const long got = room == NULL ? -1 : input_read(input, room, BLOCK);
+        if (got < 0)
             return false;
         if (got == 0) {
             *goes_on = false;

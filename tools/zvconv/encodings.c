@@ -103,7 +103,7 @@ static bool find_listed(const char* name, struct encoding* encoding) {
 }
 
 static bool iconv_knows(const char* name) {
-    const iconv_t converter = iconv_open("UTF-8", name);
+    iconv_t converter = iconv_open("UTF-8", name);
     if (converter == (iconv_t)-1)
         return false;
     iconv_close(converter);
@@ -111,7 +111,7 @@ static bool iconv_knows(const char* name) {
 }
 
 static char lower(char c) {
-    return c >= 'A' && c <= 'Z' ? (char)(c + ('a' - 'A')) : c;
+    return (char)(c >= 'A' && c <= 'Z' ? c + ('a' - 'A') : c);
 }
 
 /* How many letters must be put in, taken out or exchanged to make one name the other. */

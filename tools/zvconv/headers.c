@@ -157,7 +157,7 @@ static size_t decode_q(const char* text, size_t length, char* out) {
             out[made++] = (char)(high << 4 | low);
             i += 2;
         } else {
-            out[made++] = text[i] == '_' ? ' ' : text[i];
+            out[made++] = (char)(text[i] == '_' ? ' ' : text[i]);
         }
     }
     return made;

@@ -10,7 +10,10 @@
 enum { LONGEST_CHARACTER = 8 };
 
 static const size_t kFailed = (size_t)-1;
-static const iconv_t kNone = (iconv_t)-1;
+
+static bool is_open(iconv_t converter) {
+    return converter != (iconv_t)-1;
+}
 
 /* What stands for malformed bytes and for characters that the encoding lacks. */
 static bool make_substitutes(struct iconv_step* s, const struct encoding* to,
@@ -46,7 +49,7 @@ bool iconv_step_open(struct iconv_step* s, const struct encoding* from, const st
         strncasecmp(to->iconv, "ISO-2022", 8) == 0 || strncasecmp(to->iconv, "UTF-7", 5) == 0;
     s->converter = iconv_open(to->iconv, from->iconv);
     s->probe = iconv_open("UTF-8", from->iconv);
-    if (s->converter == kNone || s->probe == kNone) {
+    if (!is_open(s->converter) || !is_open(s->probe)) {
         complain("no conversion from %s to %s: %s", from->name, to->name, strerror(errno));
         iconv_step_close(s);
         return false;
@@ -62,9 +65,9 @@ bool iconv_step_open(struct iconv_step* s, const struct encoding* from, const st
 }
 
 void iconv_step_close(struct iconv_step* s) {
-    if (s->converter != kNone)
+    if (is_open(s->converter))
         iconv_close(s->converter);
-    if (s->probe != kNone)
+    if (is_open(s->probe))
         iconv_close(s->probe);
     buffer_free(&s->malformed);
     buffer_free(&s->lost);

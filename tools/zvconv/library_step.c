@@ -162,8 +162,8 @@ static bool replace(const struct library_step* s, int trouble, const char* text,
 
 /* An escape sequence and the state behind it. */
 static int look_at_escape(const char* text, size_t left, size_t* length, int* shift) {
-    const char a = left > 1 ? text[1] : '\0';
-    const char b = left > 2 ? text[2] : '\0';
+    const int a = left > 1 ? text[1] : '\0';
+    const int b = left > 2 ? text[2] : '\0';
     *length = left < 3 ? left : 3;
     if (a == '$' && (b == 'B' || b == '@')) {
         *shift = TWO_BYTE;
@@ -180,7 +180,7 @@ static int look_at_escape(const char* text, size_t left, size_t* length, int* sh
     }
     if (a == '$') {
         *shift = FOREIGN_TWO_BYTE;
-        *length += in_range(b, '(', '/') && left > 3;
+        *length += b >= '(' && b <= '/' && left > 3;
     } else if (a == '(') {
         *shift = FOREIGN_SINGLE_BYTE;
     } else if (a != '&') {

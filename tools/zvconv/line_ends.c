@@ -11,7 +11,7 @@ bool line_ends_begin(struct line_end_filter* f, enum line_ends wanted,
     *f = (struct line_end_filter){.wanted = wanted, .unit = unit_of(encoding)};
     if (wanted == KEEP_LINE_ENDS)
         return true;
-    const bool good = encode_utf8("\r\n", encoding, &ends) && ends.length == 2 * f->unit;
+    const bool good = encode_utf8("\r\n", encoding, &ends) && ends.length == 2 * (size_t)f->unit;
     if (good) {
         memcpy(f->cr, ends.bytes, f->unit);
         memcpy(f->lf, ends.bytes + f->unit, f->unit);

@@ -8,6 +8,7 @@
 #include <signal.h>
 #include <stdio.h>
 #include <stdlib.h>
+#include <string.h>
 #include <unistd.h>
 
 #include "conversion.h"
@@ -48,6 +49,12 @@ static bool detect_encoding(const struct options* options, struct input* input,
                     input->name, c->from.name, c->to.name);
 }
 
+/* Whether text without faults stays what it is. */
+static bool changes_nothing(const struct conversion* c) {
+    return c->content == TEXT && c->line_ends == KEEP_LINE_ENDS && !c->wishes.full_katakana &&
+           c->wishes.policy == REFUSE && strcmp(c->from.iconv, c->to.iconv) == 0;
+}
+
 static bool convert_input(const struct options* options, struct input* input,
                           struct output* output) {
     struct conversion c = options->conversion;
@@ -55,7 +62,9 @@ static bool convert_input(const struct options* options, struct input* input,
         return complain("%s: is what it would be written to", input->name);
     if (options->detects && !detect_encoding(options, input, &c))
         return false;
-    progress_begin(input_size(input), !options->quiet && !isatty(output->descriptor));
+    output->idle = changes_nothing(&c);
+    progress_begin(input_size(input),
+                   !options->quiet && options->jobs <= 1 && !isatty(output->descriptor));
     const bool good = convert(&c, input, output);
     progress_end();
     return good;

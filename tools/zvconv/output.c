@@ -34,10 +34,10 @@ bool output_close(struct output* output, bool good, const struct replacing* repl
                   const struct stat* read) {
     if (!output->replaces)
         return (close(output->descriptor) == 0 || complain_of(output->name)) && good;
-    if (good)
+    if (good && !(output->idle && read != NULL))
         return replacement_commit(&output->replacement, replacing, read);
     replacement_abandon(&output->replacement);
-    return false;
+    return good;
 }
 
 bool output_write(struct output* output, struct buffer* bytes) {

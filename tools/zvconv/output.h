@@ -13,6 +13,7 @@ struct output {
     bool replaces;
     bool failed;  /* to write: nothing more need be tried */
     bool written; /* something has been */
+    bool idle;    /* what is written is what was read: a file in place may stay */
     struct replacement replacement;
 };
 

@@ -53,7 +53,7 @@ static size_t encode_base64(const char* bytes, size_t length, char* out) {
         for (size_t k = 0; k < 3; ++k)
             group = group << 8 | (i + k < length ? (unsigned char)bytes[i + k] : 0);
         for (size_t k = 0; k < 4; ++k)
-            out[made++] = i + k > length ? '=' : kDigits[group >> (18 - 6 * k) & 0x3F];
+            out[made++] = (char)(i + k > length ? '=' : kDigits[group >> (18 - 6 * k) & 0x3F]);
     }
     return made;
 }
@@ -79,8 +79,9 @@ static size_t make_word(const struct words* w, const char* text, size_t length, 
     size_t made = (size_t)snprintf(word, 48, "=?%.32s?%c?", w->charset, w->base64 ? 'B' : 'Q');
     made +=
         w->base64 ? encode_base64(bytes, count, word + made) : encode_q(bytes, count, word + made);
-    memcpy(word + made, "?=", 2);
-    return made + 2;
+    word[made++] = '?';
+    word[made++] = '=';
+    return made;
 }
 
 static size_t character_length(const struct words* w, const char* text, size_t left) {
@@ -205,11 +206,11 @@ static void find_coded(const char* line, size_t length, size_t* begin, size_t* e
     }
 }
 
-static size_t encoded_length(const struct words* w, const char* text, size_t length) {
+static size_t q_length(const char* text, size_t length) {
     size_t count = 0;
     for (size_t i = 0; i < length; ++i)
-        count += w->base64 || text[i] == ' ' || is_literal((unsigned char)text[i]) ? 1 : 3;
-    return w->base64 ? (count + 2) / 3 * 4 : count;
+        count += text[i] == ' ' || is_literal((unsigned char)text[i]) ? 1 : 3;
+    return count;
 }
 
 bool write_standard_subject(const char* line, size_t length, const struct encoding* encoding,
@@ -223,9 +224,7 @@ bool write_standard_subject(const char* line, size_t length, const struct encodi
     if (encoding->code_set == ZV_EUC) {
         w.charset = "ISO-2022-JP";
     } else if (begin < end) {
-        const size_t in_base64 = encoded_length(&w, line + begin, end - begin);
-        w.base64 = false;
-        w.base64 = encoded_length(&w, line + begin, end - begin) > in_base64;
+        w.base64 = q_length(line + begin, end - begin) > (end - begin + 2) / 3 * 4;
     }
     if (!buffer_add(out, kField, sizeof kField - 1))
         return false;

@@ -113,15 +113,16 @@ WIDE bool has_strange_escape(const char* text, size_t length) {
     unsigned char found = 0;
     for (size_t i = 0; i + 2 < length; ++i) {
         const char a = text[i + 1], b = text[i + 2];
-        const unsigned char plain =
-            (unsigned char)(((a == '$') & ((b == 'B') | (b == '@'))) |
-                            ((a == '(') & ((b == 'B') | (b == 'J'))) | (a == 'K') | (a == 'H'));
-        found |= (unsigned char)((text[i] == ESCAPE) & !plain);
+        const int plain = ((a == '$') & ((b == 'B') | (b == '@'))) |
+                          ((a == '(') & ((b == 'B') | (b == 'J'))) | (a == 'K') | (a == 'H');
+        found |= (unsigned char)((text[i] == ESCAPE) & (plain == 0));
     }
     if (found != 0)
         return true;
     for (size_t i = length > 2 ? length - 2 : 0; i < length; ++i) {
-        const char rest[3] = {text[i], i + 1 < length ? text[i + 1] : 0, 0};
+        char rest[3] = {text[i]};
+        if (i + 1 < length)
+            rest[1] = text[i + 1];
         if (rest[0] == ESCAPE && !is_plain_escape(rest))
             return true;
     }
@@ -130,14 +131,14 @@ WIDE bool has_strange_escape(const char* text, size_t length) {
 
 WIDE void blank_controls(const char* text, char* copy, size_t length) {
     for (size_t i = 0; i < length; ++i)
-        copy[i] = (unsigned char)text[i] < 0x20 ? ' ' : text[i];
+        copy[i] = (char)((unsigned char)text[i] < 0x20 ? ' ' : text[i]);
 }
 
 WIDE bool restore_controls(const char* iso, char* windows, size_t length) {
     unsigned char lost = 0;
     for (size_t i = 0; i < length; ++i) {
         const unsigned char byte = (unsigned char)iso[i];
-        windows[i] = byte < 0x20 ? iso[i] : windows[i];
+        windows[i] = (char)(byte < 0x20 ? iso[i] : windows[i]);
         lost |= (unsigned char)((unsigned char)(byte - 0x80) < 0x20);
     }
     return lost == 0;

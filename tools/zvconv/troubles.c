@@ -88,7 +88,7 @@ static bool is_mark(const char* bytes, unsigned unit) {
 
 bool encode_utf8(const char* text, const struct encoding* encoding, struct buffer* out) {
     const bool is_jis = encoding->code_set == ZV_JIS;
-    const iconv_t converter = iconv_open(is_jis ? "SJIS" : encoding->iconv, "UTF-8");
+    iconv_t converter = iconv_open(is_jis ? "SJIS" : encoding->iconv, "UTF-8");
     if (converter == (iconv_t)-1)
         return false;
     char* in = (char*)text; /* iconv does not write there */
