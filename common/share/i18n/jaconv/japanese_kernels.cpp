@@ -398,6 +398,8 @@ public:
 
     // Looks up in windows where runs end, ahead of them, so that no run waits for the one before.
     void decode() {
+        if (mode_ == JisMode::single_byte)
+            end_single_bytes(); // most texts begin so
         const Byte* run = source_.next;
         for (const Byte* start = run; source_.next != source_.end;) {
             const Ends window = find_ends(start);
@@ -421,6 +423,8 @@ public:
                 if (!(pairs ? end_pairs() : end_single_bytes()))
                     return;
                 run = source_.next;
+                if (run == source_.end)
+                    return;
                 if (run >= start + kWindow) {
                     start += kWindow;
                     break;
@@ -475,6 +479,8 @@ private:
         auto length = static_cast<size_t>(end - source_.next);
         if (pairs)
             length -= length % 2;
+        if (length == 0)
+            return; // some processors take long to store nothing under a mask
         out_ += length;
         source_.next += length;
         if (source_.next - length != run)
