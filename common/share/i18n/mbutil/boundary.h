@@ -2,62 +2,66 @@
 #define ZVUTIL_MBUTIL_BOUNDARY_H
 
 #include <algorithm>
-#include <cstring>
 
 #include "../jaconv/character_blocks.h"
 #include "scanner_choice.h"
 
 namespace zv {
 
-// A boundary before `end`, from which a walk reaches the same boundaries as from the beginning: the
-// last byte that cannot be a trail byte, if one is near, else the beginning.
+// Where the run of regular lead bytes begins that ends at p, not before `first`.
 template <class Scanner>
-inline size_t boundary_before(const Byte* text, size_t end) {
-    constexpr size_t kReach = 256;
-    constexpr int kFirstOfOthers = std::min(Scanner::kLowestTrail, 0x80);
-    const size_t stop = end > kReach ? end - kReach : 0;
-    for (size_t at = end; at > stop; --at) {
-        if (text[at - 1] < kFirstOfOthers)
-            return at - 1;
+inline const Byte* run_of_leads(const Byte* first, const Byte* p) {
+    using Leads = ByteClass<ByteRoles<Scanner>::is_lead>;
+    constexpr size_t kBlocks = 4;
+    while (static_cast<size_t>(p - first) >= kBlockSize) {
+        const Mask leads = high_bits(Leads::marks(load_block(p - kBlockSize)));
+        if (leads != kWholeBlock)
+            return p - kBlockSize + std::bit_width(~leads & kWholeBlock);
+        p -= kBlockSize;
+        while (static_cast<size_t>(p - first) >= kBlocks * kBlockSize) {
+            const Byte* const blocks = p - kBlocks * kBlockSize;
+            auto marks = Leads::marks(load_block(blocks));
+            for (size_t i = 1; i < kBlocks; ++i)
+                marks &= Leads::marks(load_block(blocks + i * kBlockSize));
+            if (high_bits(marks) != kWholeBlock)
+                break;
+            p = blocks;
+        }
     }
-    return 0;
+    while (p != first && Leads::has(p[-1]))
+        --p;
+    return p;
 }
 
-// A boundary that is not beyond `end`, and close before it where the characters are regular: where
-// the last one begins if it may reach beyond, else `end`.
+// The last boundary not beyond p, where `first` is one. A byte that cannot be a trail byte begins a
+// character. Any other does behind an even number of lead bytes, since these pair up. So many bytes
+// may be looked at from p on: what is terminated ends that by itself.
 template <class Scanner>
-inline size_t last_start(const Byte* text, size_t at, size_t end) {
-    BlockWalk<Scanner> walk;
-    for (; end - at >= kBlockSize; at += kBlockSize) {
-        if (!walk.enter(load_block(text + at)))
-            return at - walk.carried();
+inline const Byte* last_boundary(const Byte* first, const Byte* p,
+                                 size_t readable = Scanner::kLongest) {
+    if constexpr (Scanner::kLongest > 1) {
+        using Roles = ByteRoles<Scanner>;
+        if (p == first || !ByteClass<Roles::is_trail>::has(*p))
+            return p;
+        const Byte* run = run_of_leads<Scanner>(first, p);
+        if (run != first && ByteClass<Roles::is_irregular>::has(run[-1])) {
+            const Byte* const lead = run - 1;
+            const auto before = static_cast<size_t>(p - lead);
+            const int length = scan<Scanner>(lead, before + readable);
+            if (length > static_cast<int>(before))
+                return lead;
+            run = lead + std::max(length, 1);
+        }
+        p -= (p - run) % 2;
     }
-    const size_t left = end - at;
-    if (left == 0)
-        return end - walk.carried();
-    Byte tail[kBlockSize] = {};
-    copy_short(tail, text + at, left);
-    const Mask carried = walk.carried();
-    if (!walk.enter(load_block(tail)))
-        return at - carried;
-    return end - (walk.leads() >> (left - 1) & 1);
+    return p;
 }
 
-// The last character boundary of s that is not beyond n: the length of s when n is beyond that.
+// The last boundary of a text that is not beyond n, a position in it.
 inline size_t boundary_at(const char* s, size_t n, int code_set) {
     return with_scanner(code_set, [&](auto scanner) {
-        using Scanner = decltype(scanner);
-        const Byte* text = as_bytes(s);
-        const size_t end = strnlen(s, n);
-        size_t at = boundary_before<Scanner>(text, end);
-        if constexpr (Scanner::kLongest > 1)
-            at = last_start<Scanner>(text, at, end);
-        size_t last_step = 0;
-        while (at < end) {
-            last_step = static_cast<size_t>(step<Scanner>(text + at));
-            at += last_step;
-        }
-        return at > end ? at - last_step : at;
+        const Byte* const text = as_bytes(s);
+        return static_cast<size_t>(last_boundary<decltype(scanner)>(text, text + n) - text);
     });
 }
 
@@ -67,15 +71,12 @@ inline size_t boundary_at(const char* s, size_t n, int code_set) {
 inline size_t whole_characters(const char* block, size_t n, int code_set) {
     return with_scanner(code_set, [&](auto scanner) {
         using Scanner = decltype(scanner);
-        const Byte* text = as_bytes(block);
-        for (size_t at = 0; at < n;) {
-            const size_t left = n - at;
-            const int length = scan<Scanner>(text + at, left);
-            if (length > 0 ? static_cast<size_t>(length) > left : length < 0 && left == 1)
-                return at;
-            at += length > 0 ? static_cast<size_t>(length) : 1;
-        }
-        return n;
+        const Byte* const text = as_bytes(block);
+        const Byte* const last = last_boundary<Scanner>(text, text + n - 1, 1);
+        const auto start = static_cast<size_t>(last - text);
+        const size_t left = n - start;
+        const int length = scan<Scanner>(last, left);
+        return length < 0 || static_cast<size_t>(length) > left ? start : n;
     });
 }
 

@@ -8,7 +8,7 @@ namespace {
 unsigned copy_whole_characters(char* dst, const char* src, unsigned n) {
     size_t copied = strnlen(src, n);
     if (copied == n && n > 0 && src[n] != '\0')
-        copied = mbidx(src, n);
+        copied = zv::boundary_at(src, n, zv::native_code_set);
     std::memcpy(dst, src, copied);
     std::memset(dst + copied, 0, n - copied);
     return static_cast<unsigned>(copied);

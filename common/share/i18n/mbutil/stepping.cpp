@@ -4,7 +4,7 @@ unsigned mbidxtype(const char* s, unsigned n, int code_set) {
     // Read without initialising: a host may ask before the code set is known.
     if (MBUTIL_I_Am_MultiByte == 0)
         return n;
-    return static_cast<unsigned>(zv::boundary_at(s, n, code_set));
+    return static_cast<unsigned>(zv::boundary_at(s, strnlen(s, n), code_set));
 }
 
 unsigned mbidx(const char* s, unsigned n) {

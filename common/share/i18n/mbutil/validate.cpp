@@ -24,14 +24,15 @@ struct PassesAlways {
 
 // Steps over blocks of well-formed text, to a boundary.
 template <class Scanner>
-const Byte* skip_well_formed(const Byte* p, zv::KnownText& known) {
+const Byte* skip_well_formed(const Byte* p) {
     if constexpr (Scanner::kLongest > 1) {
         zv::BlockWalk<Scanner> walk;
-        for (; known.has_block(p); p += zv::kBlockSize) {
+        for (size_t left = zv::part_of(p); left >= zv::kBlockSize; left -= zv::kBlockSize) {
             const zv::ByteBlock block = zv::load_block(p);
             const zv::Mask carried = walk.carried();
             if (!walk.enter(block) || walk.malformed(block) != 0)
                 return p - carried;
+            p += zv::kBlockSize;
         }
         p -= walk.carried();
     }
@@ -45,10 +46,9 @@ int validate(const char* s, unsigned* badpos, int code_set, Passes passes) {
     return zv::with_scanner(code_set, [&](auto scanner) {
         using Scanner = decltype(scanner);
         const Byte* text = zv::as_bytes(s);
-        zv::KnownText known(text);
         for (const Byte* p = text;;) {
             if constexpr (std::is_same_v<Passes, PassesAlways>)
-                p = skip_well_formed<Scanner>(p, known);
+                p = skip_well_formed<Scanner>(p);
             for (size_t n = 0; n < zv::kBlockSize; ++n) {
                 if (*p == 0)
                     return 1;
