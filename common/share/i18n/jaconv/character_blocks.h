@@ -138,6 +138,8 @@ public:
     Mask starts() const { return ~trails_ & kWholeBlock; }
     // Those that do so whatever byte may stand behind the lead bytes.
     Mask certain_starts() const { return ~behind_leads_ & kWholeBlock; }
+    // Those that are no characters of two. One that the next block decides about is none either.
+    Mask singles() const { return starts() & ~(trails_ >> 1) & ~(carried_ << (kBlockSize - 1)); }
     // Where the block has something that is no character.
     Mask malformed(ByteBlock block) const {
         const Mask well_formed = ByteClass<Roles::is_single>::find(block) | leads_ | trails_;

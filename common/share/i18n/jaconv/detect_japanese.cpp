@@ -16,10 +16,14 @@ bool is_shift_jis_only(int byte) {
     return between(byte, 0x81, 0x9F) && byte != 0x8E;
 }
 
-// Reads a stream by bytes and remembers the last one, which tells whether the end has been met.
+// Reads a stream by bytes and remembers the last one, which tells whether the end has been met. The
+// stream is locked once for all of them.
 class Detector {
 public:
-    explicit Detector(std::FILE* stream) : stream_(stream) {}
+    explicit Detector(std::FILE* stream) : stream_(stream) { flockfile(stream); }
+    ~Detector() { funlockfile(stream_); }
+    Detector(const Detector&) = delete;
+    Detector& operator=(const Detector&) = delete;
 
     int run() {
         while ((answer_ == kUndecided || answer_ == ZV_EUC_OR_SJIS) && last_ != EOF) {
@@ -41,7 +45,7 @@ public:
     }
 
 private:
-    int read() { return last_ = std::fgetc(stream_); }
+    int read() { return last_ = getc_unlocked(stream_); }
 
     void after_escape() {
         const int c = read();

@@ -33,28 +33,32 @@ inline const Byte* run_of_leads(const Byte* first, const Byte* p) {
     return p;
 }
 
+// The last boundary not beyond p, a byte that could be a trail byte, where `first` is one and `run`
+// the run of lead bytes in front of p. So many bytes may be looked at from p on: what is terminated
+// ends that by itself.
+template <class Scanner>
+inline const Byte* boundary_in_run(const Byte* first, const Byte* run, const Byte* p,
+                                   size_t readable = Scanner::kLongest) {
+    using Irregular = ByteClass<ByteRoles<Scanner>::is_irregular>;
+    if (run != first && Irregular::has(run[-1])) {
+        const Byte* const lead = run - 1;
+        const auto before = static_cast<size_t>(p - lead);
+        const int length = scan<Scanner>(lead, before + readable);
+        if (length > static_cast<int>(before))
+            return lead;
+        run = lead + std::max(length, 1);
+    }
+    return p - (p - run) % 2;
+}
+
 // The last boundary not beyond p, where `first` is one. A byte that cannot be a trail byte begins a
-// character. Any other does behind an even number of lead bytes, since these pair up. So many bytes
-// may be looked at from p on: what is terminated ends that by itself.
+// character. Any other does behind an even number of lead bytes, since these pair up.
 template <class Scanner>
 inline const Byte* last_boundary(const Byte* first, const Byte* p,
                                  size_t readable = Scanner::kLongest) {
-    if constexpr (Scanner::kLongest > 1) {
-        using Roles = ByteRoles<Scanner>;
-        if (p == first || !ByteClass<Roles::is_trail>::has(*p))
-            return p;
-        const Byte* run = run_of_leads<Scanner>(first, p);
-        if (run != first && ByteClass<Roles::is_irregular>::has(run[-1])) {
-            const Byte* const lead = run - 1;
-            const auto before = static_cast<size_t>(p - lead);
-            const int length = scan<Scanner>(lead, before + readable);
-            if (length > static_cast<int>(before))
-                return lead;
-            run = lead + std::max(length, 1);
-        }
-        p -= (p - run) % 2;
-    }
-    return p;
+    if (p == first || !ByteClass<ByteRoles<Scanner>::is_trail>::has(*p))
+        return p;
+    return boundary_in_run<Scanner>(first, run_of_leads<Scanner>(first, p), p, readable);
 }
 
 // The last boundary of a text that is not beyond n, a position in it.

@@ -18,38 +18,45 @@ inline size_t part_of(const Byte* text) {
     return strnlen(reinterpret_cast<const char*>(text), kPart);
 }
 
-// What a search looks for: bytes of one range, and bytes of another one with a third behind them.
-// Marks what it is, and perhaps more.
+// What a search looks for: single bytes, and bytes with another one behind them. It marks what it
+// is, and perhaps more, for it holds the last single ones and the pairs as ranges.
 class Wanted {
 public:
-    void add(const Byte* character, int length) {
+    void add(const Byte* character, size_t length) {
         if (length == 1) {
-            singles_.add(character[0]);
+            singles_[std::min(count_++, kSingles - 1)].add(character[0]);
         } else {
             firsts_.add(character[0]);
             seconds_.add(character[1]);
         }
     }
     Mask find(ByteBlock block, ByteBlock next) const {
-        return high_bits(singles_.marks(block) | (firsts_.marks(block) & seconds_.marks(next)));
+        SignedByteBlock marks = firsts_.marks(block) & seconds_.marks(next);
+        for (const Range& single : singles_)
+            marks |= single.marks(block);
+        return high_bits(marks);
     }
 
 private:
+    static constexpr size_t kSingles = 3;
+
     // Holds the zero byte alone at first, which no text has.
     struct Range {
         void add(Byte byte) {
-            const Byte last = first == 0 ? byte : std::max<Byte>(byte, first + width);
-            first = first == 0 ? byte : std::min(byte, first);
-            width = last - first;
+            const Byte low = first[0] == 0 ? byte : std::min(byte, first[0]);
+            const auto high = std::max<Byte>(byte, first[0] + width[0]);
+            first = ByteBlock{} + low;
+            width = ByteBlock{} + static_cast<Byte>(high - low);
         }
         SignedByteBlock marks(ByteBlock bytes) const { return bytes - first <= width; }
 
-        Byte first = 0;
-        Byte width = 0;
+        ByteBlock first{};
+        ByteBlock width{};
     };
-    Range singles_;
+    Range singles_[kSingles];
     Range firsts_;
     Range seconds_;
+    size_t count_ = 0;
 };
 
 // Looks through the next part of a terminated text for a character that is wanted and accepted.

@@ -32,8 +32,8 @@ struct IgnoringCase {
     static constexpr int end(Byte a, Byte b) { return order_of(a != 0, b != 0); }
 
     Step operator()(const Byte* a, const Byte* b) const {
-        const int length = zv::step<Scanner>(a);
-        int order = order_of(length, zv::step<Scanner>(b));
+        const int length = (*a | *b) < 0x80 ? 1 : zv::step<Scanner>(a);
+        int order = (*a | *b) < 0x80 ? 0 : order_of(length, zv::step<Scanner>(b));
         if (length == 1 && order == 0 && *a != *b)
             order = order_as_signed(static_cast<Byte>(lower(*a)), static_cast<Byte>(lower(*b)));
         for (int i = 0; i < length && length > 1 && order == 0; ++i)
@@ -87,30 +87,25 @@ size_t skip_equal_blocks(const Byte* a, const Byte* b, size_t n) {
 template <class Scanner, class Rule>
 int compare(const Byte* a, const Byte* b, size_t n, Rule rule) {
     constexpr size_t kByRule = 4; // words that differ in case are short
-    size_t common = 0;            // so much is known to be there of both
-    const auto advance = [&](size_t length) {
-        a += length;
-        b += length;
-        n -= std::min(n, length);
-        common -= std::min(common, length);
-    };
+    size_t at = 0;
+    size_t common = 0; // so much is known to be there of both
     for (size_t by_rule = kByRule;;) {
-        if (*a == *b) {
-            if (common < zv::kBlockSize)
-                common = std::min({zv::part_of(a), zv::part_of(b), n});
-            const size_t equal = skip_equal_blocks<Scanner>(a, b, common);
-            advance(equal);
+        if (at < n && a[at] == b[at]) {
+            if (common < at + zv::kBlockSize)
+                common = std::min(at + std::min(zv::part_of(a + at), zv::part_of(b + at)), n);
+            const size_t equal = skip_equal_blocks<Scanner>(a + at, b + at, common - at);
+            at += equal;
             by_rule = equal >= zv::kBlockSize ? kByRule : std::min(2 * by_rule, 16 * kByRule);
         }
         for (size_t i = 0; i < by_rule; ++i) {
-            if (n == 0)
+            if (at >= n)
                 return 0;
-            if (*a == 0 || *b == 0)
-                return rule.end(*a, *b);
-            const Step step = rule(a, b);
+            if (a[at] == 0 || b[at] == 0)
+                return rule.end(a[at], b[at]);
+            const Step step = rule(a + at, b + at);
             if (step.order != 0)
                 return step.order;
-            advance(step.length);
+            at += step.length;
         }
     }
 }

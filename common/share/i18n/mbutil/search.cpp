@@ -15,57 +15,65 @@ const char* as_text(const Byte* bytes) {
     return reinterpret_cast<const char*>(bytes);
 }
 
-// Where a byte cannot be a trail byte, every occurrence begins a character.
 template <class Scanner>
 bool always_begins_character(Byte byte) {
-    if constexpr (Scanner::kLongest > 1)
-        return !ByteClass<ByteRoles<Scanner>::is_trail>::has(byte);
-    return true;
+    return !ByteClass<ByteRoles<Scanner>::is_trail>::has(byte);
+}
+
+Wanted only(Byte byte) {
+    Wanted wanted;
+    wanted.add(&byte, 1);
+    return wanted;
 }
 
 enum class Occurrence { first, last };
 
-// So many of what the C library finds may be no characters.
+// So much may the C library find closely together that is no character.
 constexpr int kFew = 4;
 
 template <class Scanner>
 const Byte* find_first(const Byte* s, Byte byte) {
-    Wanted wanted;
-    wanted.add(&byte, 1);
-    const auto any = [](const Byte*) { return true; };
     const Byte* known = s;
-    for (;;) {
-        for (int n = 0; n < kFew; ++n) {
-            const Byte* const p = as_bytes(std::strchr(as_text(s), byte));
-            if (p == nullptr)
-                return nullptr;
-            known = last_boundary<Scanner>(known, p);
-            if (known == p)
-                return p;
-            s = p + 1;
-        }
-        if (const Byte* const p = find_in_part<Scanner>(known, s, wanted, Accepts(any)))
+    for (int close = 0;;) {
+        const Byte* const p = as_bytes(std::strchr(as_text(s), byte));
+        if (p == nullptr)
+            return nullptr;
+        known = last_boundary<Scanner>(known, p);
+        if (known == p)
             return p;
+        close = p < s + kBlockSize ? close + 1 : 0;
+        s = p + 1;
+        if (close == kFew) {
+            close = 0;
+            const auto any = [](const Byte*) { return true; };
+            if (const Byte* const found = find_in_part<Scanner>(known, s, only(byte), Accepts(any)))
+                return found;
+        }
     }
 }
 
 template <class Scanner>
 const Byte* find_last(const Byte* s, Byte byte) {
     const Byte* p = as_bytes(std::strrchr(as_text(s), byte));
-    for (int n = 0; n < kFew; ++n) {
-        if (p == nullptr || last_boundary<Scanner>(s, p) == p)
+    const Byte* run = p;
+    for (int close = 0; close < kFew;) {
+        if (p == nullptr || always_begins_character<Scanner>(byte))
             return p;
+        if (p <= run)
+            run = run_of_leads<Scanner>(s, p);
+        if (boundary_in_run<Scanner>(s, run, p) == p)
+            return p;
+        const Byte* const behind = p;
         p = static_cast<const Byte*>(memrchr(s, byte, static_cast<size_t>(p - s)));
+        close = p + kBlockSize > behind ? close + 1 : 0;
     }
-    Wanted wanted;
-    wanted.add(&byte, 1);
     const Byte* found = nullptr;
     const auto remember = [&](const Byte* character) {
         found = character;
         return false;
     };
     for (const Byte* known = s; *s != 0;)
-        find_in_part<Scanner>(known, s, wanted, Accepts(remember));
+        find_in_part<Scanner>(known, s, only(byte), Accepts(remember));
     return found;
 }
 
@@ -93,13 +101,13 @@ const Byte* find_string(const Byte* hay, const Byte* needle, Occurrence which) {
         std::memcpy(copy, needle, kFront);
         front = copy;
     }
-    // Up to here, what is equal to the needle is cut into the same characters.
-    const Byte* const sure = last_boundary<Scanner>(
-        needle, needle + size - std::min<size_t>(size, Scanner::kLongest - 1));
-
     const Byte* known = hay;
     const Byte* found = nullptr;
+    const Byte* sure = nullptr; // up to here, what is equal to the needle has the same characters
     const auto ends_character = [&](const Byte* p) {
+        if (sure == nullptr)
+            sure = last_boundary<Scanner>(
+                needle, needle + size - std::min<size_t>(size, Scanner::kLongest - 1));
         auto end = static_cast<size_t>(sure - needle);
         while (end < size)
             end += static_cast<size_t>(step<Scanner>(p + end));
@@ -130,7 +138,7 @@ const Byte* find_string(const Byte* hay, const Byte* needle, Occurrence which) {
             return found;
         } else if constexpr (Scanner::kLongest > 1) {
             Wanted wanted;
-            wanted.add(needle, size > 1 ? 2 : 1);
+            wanted.add(needle, std::min<size_t>(size, 2));
             const auto is_it = [&](const Byte* at) {
                 return is_equal(at, 0) && ends_character(at);
             };
@@ -215,7 +223,7 @@ SetMatch find_in_set(const Byte* s, const Byte* set) {
     int members = 0;
     bool c_library_serves = true;
     for (const Byte* member = set; *member != 0; ++members) {
-        const int length = step<Scanner>(member);
+        const auto length = static_cast<size_t>(step<Scanner>(member));
         c_library_serves &= length == 1 && always_begins_character<Scanner>(*member);
         wanted.add(member, length);
         member += length;
