@@ -34,6 +34,31 @@ TEST(Characters, OfEveryFirstByteAndCodeSet) {
     }
 }
 
+TEST(Strings, NoTrailByteIsFound) {
+    const std::string padding(15, '!');
+    for (const Rules& rules : kRules) {
+        InitMbutilExt(rules.code_set);
+        for (int pair = 0x8001; pair <= 0xFFFF; ++pair) {
+            const char lead = char(pair >> 8), trail = char(pair);
+            if (trail == 0 || trail == lead || trail == '!') continue;
+            const bool whole = length_by_rules(rules, {lead, trail}, rules.longest) == 2;
+            // Alone, and across the border of two blocks.
+            for (const std::string& before : {std::string(), padding}) {
+                std::string text = before + lead + trail;
+                const size_t at = before.size() + 1, end = text.size();
+                const char* const found = whole ? nullptr : &text[at];
+                const char set[] = {trail, '\0'};
+                ASSERT_EQ(mbstrchr(text.c_str(), trail), found) << rules.code_set << ' ' << pair;
+                ASSERT_EQ(mbstrrchr(text.c_str(), trail), found) << rules.code_set << ' ' << pair;
+                ASSERT_EQ(mbstrcspn(text.c_str(), set), whole ? end : at)
+                    << rules.code_set << ' ' << pair;
+                ASSERT_EQ(strlen(mbstrtok(text.data(), set)), whole ? end : at)
+                    << rules.code_set << ' ' << pair;
+            }
+        }
+    }
+}
+
 TEST(Strings, ThePositionInAnotherCodeSet) {
     InitMbutilExt(ZV_EUC);
     EXPECT_EQ(mbidxtype("\xB0\xA1\x82\xA0", 3, ZV_SJIS), 2u) << "not the current code set";
