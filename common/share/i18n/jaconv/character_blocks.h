@@ -156,6 +156,45 @@ private:
     Mask carried_;
 };
 
+// Where the run of regular lead bytes begins that ends at p, not before `first`.
+template <class Scanner>
+inline const Byte* run_of_leads(const Byte* first, const Byte* p) {
+    using Leads = ByteClass<ByteRoles<Scanner>::is_lead>;
+    constexpr size_t kBlocks = 4;
+    while (static_cast<size_t>(p - first) >= kBlockSize) {
+        const Mask leads = high_bits(Leads::marks(load_block(p - kBlockSize)));
+        if (leads != kWholeBlock)
+            return p - kBlockSize + std::bit_width(~leads & kWholeBlock);
+        p -= kBlockSize;
+        while (static_cast<size_t>(p - first) >= kBlocks * kBlockSize) {
+            const Byte* const blocks = p - kBlocks * kBlockSize;
+            auto marks = Leads::marks(load_block(blocks));
+            for (size_t i = 1; i < kBlocks; ++i)
+                marks &= Leads::marks(load_block(blocks + i * kBlockSize));
+            if (high_bits(marks) != kWholeBlock)
+                break;
+            p = blocks;
+        }
+    }
+    while (p != first && Leads::has(p[-1]))
+        --p;
+    return p;
+}
+
+// Steps over blocks of well-formed text, so much of which is there. Gives a boundary.
+template <class Scanner>
+inline const Byte* skip_well_formed(const Byte* p, size_t left) {
+    BlockWalk<Scanner> walk;
+    for (; left >= kBlockSize; left -= kBlockSize) {
+        const ByteBlock block = load_block(p);
+        const Mask carried = walk.carried();
+        if (!walk.enter(block) || walk.malformed(block) != 0)
+            return p - carried;
+        p += kBlockSize;
+    }
+    return p - walk.carried();
+}
+
 } // namespace ZVUTIL_LANES
 } // namespace zv
 

@@ -3,34 +3,22 @@
 
 #include <algorithm>
 
+#include "../../../platform/processor.h"
 #include "../jaconv/character_blocks.h"
 #include "scanner_choice.h"
+#include "strings_avx2.h"
 
 namespace zv {
 
-// Where the run of regular lead bytes begins that ends at p, not before `first`.
+// Where the run of regular lead bytes begins that ends at p, not before `first`. Most are short.
 template <class Scanner>
-inline const Byte* run_of_leads(const Byte* first, const Byte* p) {
-    using Leads = ByteClass<ByteRoles<Scanner>::is_lead>;
-    constexpr size_t kBlocks = 4;
-    while (static_cast<size_t>(p - first) >= kBlockSize) {
-        const Mask leads = high_bits(Leads::marks(load_block(p - kBlockSize)));
-        if (leads != kWholeBlock)
-            return p - kBlockSize + std::bit_width(~leads & kWholeBlock);
-        p -= kBlockSize;
-        while (static_cast<size_t>(p - first) >= kBlocks * kBlockSize) {
-            const Byte* const blocks = p - kBlocks * kBlockSize;
-            auto marks = Leads::marks(load_block(blocks));
-            for (size_t i = 1; i < kBlocks; ++i)
-                marks &= Leads::marks(load_block(blocks + i * kBlockSize));
-            if (high_bits(marks) != kWholeBlock)
-                break;
-            p = blocks;
-        }
-    }
-    while (p != first && Leads::has(p[-1]))
-        --p;
-    return p;
+[[gnu::noinline]] const Byte* run_before(const Byte* first, const Byte* p) {
+    constexpr ptrdiff_t kNear = 128;
+    const Byte* const near = p - first > kNear ? p - kNear : first;
+    const Byte* const run = run_of_leads<Scanner>(near, p);
+    if (run == first || run != near)
+        return run;
+    return has_avx2() ? wide_run_of_leads<Scanner>(first, run) : run_of_leads<Scanner>(first, run);
 }
 
 // The last boundary not beyond p, a byte that could be a trail byte, where `first` is one and `run`
@@ -51,6 +39,12 @@ inline const Byte* boundary_in_run(const Byte* first, const Byte* run, const Byt
     return p - (p - run) % 2;
 }
 
+template <class Scanner>
+[[gnu::noinline]] const Byte* boundary_behind_leads(const Byte* first, const Byte* p,
+                                                    size_t readable) {
+    return boundary_in_run<Scanner>(first, run_before<Scanner>(first, p), p, readable);
+}
+
 // The last boundary not beyond p, where `first` is one. A byte that cannot be a trail byte begins a
 // character. Any other does behind an even number of lead bytes, since these pair up.
 template <class Scanner>
@@ -58,31 +52,16 @@ inline const Byte* last_boundary(const Byte* first, const Byte* p,
                                  size_t readable = Scanner::kLongest) {
     if (p == first || !ByteClass<ByteRoles<Scanner>::is_trail>::has(*p))
         return p;
-    return boundary_in_run<Scanner>(first, run_of_leads<Scanner>(first, p), p, readable);
+    return boundary_behind_leads<Scanner>(first, p, readable);
 }
 
-// The last boundary of a text that is not beyond n, a position in it.
-inline size_t boundary_at(const char* s, size_t n, int code_set) {
-    return with_scanner(code_set, [&](auto scanner) {
-        const Byte* const text = as_bytes(s);
-        return static_cast<size_t>(last_boundary<decltype(scanner)>(text, text + n) - text);
-    });
-}
+// The same in a code set.
+const Byte* last_boundary_in(const Byte* first, const Byte* p, int code_set);
 
 // How many of the n bytes of a block, n at least 1, belong to whole characters: less than n when
 // the block ends inside one. A malformed last byte counts as cut too, since a trail byte may
 // follow.
-inline size_t whole_characters(const char* block, size_t n, int code_set) {
-    return with_scanner(code_set, [&](auto scanner) {
-        using Scanner = decltype(scanner);
-        const Byte* const text = as_bytes(block);
-        const Byte* const last = last_boundary<Scanner>(text, text + n - 1, 1);
-        const auto start = static_cast<size_t>(last - text);
-        const size_t left = n - start;
-        const int length = scan<Scanner>(last, left);
-        return length < 0 || static_cast<size_t>(length) > left ? start : n;
-    });
-}
+size_t whole_characters(const char* block, size_t n, int code_set);
 
 } // namespace zv
 

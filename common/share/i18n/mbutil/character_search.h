@@ -62,8 +62,8 @@ private:
 // Looks through the next part of a terminated text for a character that is wanted and accepted.
 // `text` moves on, and `known` is a boundary not beyond it.
 template <class Scanner>
-const Byte* find_in_part(const Byte*& known, const Byte*& text, const Wanted& wanted,
-                         Accepts accepts) {
+[[gnu::noinline]] const Byte* find_in_part(const Byte*& known, const Byte*& text,
+                                           const Wanted& wanted, Accepts accepts) {
     using Leads = ByteClass<ByteRoles<Scanner>::is_lead>;
     for (const Byte* const end = text + part_of(text); text != end;) {
         const size_t size = std::min(static_cast<size_t>(end - text), kBlockSize);

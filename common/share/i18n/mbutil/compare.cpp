@@ -32,33 +32,41 @@ struct IgnoringCase {
     static constexpr int end(Byte a, Byte b) { return order_of(a != 0, b != 0); }
 
     Step operator()(const Byte* a, const Byte* b) const {
-        const int length = (*a | *b) < 0x80 ? 1 : zv::step<Scanner>(a);
-        int order = (*a | *b) < 0x80 ? 0 : order_of(length, zv::step<Scanner>(b));
-        if (length == 1 && order == 0 && *a != *b)
-            order = order_as_signed(static_cast<Byte>(lower(*a)), static_cast<Byte>(lower(*b)));
+        const int length = zv::step<Scanner>(a);
+        int order = order_of(length, zv::step<Scanner>(b));
+        if (length == 1 && order == 0)
+            order = order_of_singles(*a, *b);
         for (int i = 0; i < length && length > 1 && order == 0; ++i)
             order = order_as_signed(a[i], b[i]);
         return {order, static_cast<size_t>(length)};
+    }
+    int order_of_singles(Byte a, Byte b) const {
+        return lower(a) == lower(b)
+                   ? 0
+                   : order_as_signed(static_cast<Byte>(lower(a)), static_cast<Byte>(lower(b)));
     }
 
     zv::LetterCase lower = zv::LetterCase::lower();
 };
 
 // As far as the first byte of the one announces, whatever trail bytes it has.
-template <class Scanner, bool fold>
+template <class Scanner>
 struct AsAnnounced {
-    static constexpr int end(Byte a, Byte b) { return a != 0 ? 1 : fold && b != 0 ? -1 : 0; }
+    int end(Byte a, Byte b) const { return a != 0 ? 1 : fold && b != 0 ? -1 : 0; }
 
     Step operator()(const Byte* a, const Byte* b) const {
         const int announced = Scanner::announced(*a);
         if (announced <= 1)
-            return {*a == *b ? 0 : fold ? lower(*a) - lower(*b) : *a - *b, 1};
+            return {order_of_singles(*a, *b), 1};
         size_t length = 0;
         while (length < static_cast<size_t>(announced) && a[length] != 0 && a[length] == b[length])
             ++length;
         return {length == static_cast<size_t>(announced) ? 0 : a[length] - b[length], length};
     }
 
+    int order_of_singles(Byte a, Byte b) const { return fold ? lower(a) - lower(b) : a - b; }
+
+    bool fold; // characters of one byte into lower case
     zv::LetterCase lower = zv::LetterCase::lower();
 };
 
@@ -90,14 +98,18 @@ int compare(const Byte* a, const Byte* b, size_t n, Rule rule) {
     size_t at = 0;
     size_t common = 0; // so much is known to be there of both
     for (size_t by_rule = kByRule;;) {
-        if (at < n && a[at] == b[at]) {
+        if (at < n && (at != 0 || *a == *b)) {
             if (common < at + zv::kBlockSize)
                 common = std::min(at + std::min(zv::part_of(a + at), zv::part_of(b + at)), n);
             const size_t equal = skip_equal_blocks<Scanner>(a + at, b + at, common - at);
             at += equal;
             by_rule = equal >= zv::kBlockSize ? kByRule : std::min(2 * by_rule, 16 * kByRule);
         }
-        for (size_t i = 0; i < by_rule; ++i) {
+        for (const size_t stop = at + by_rule; at < stop;) {
+            if (at < common && (a[at] | b[at]) < 0x80 && rule.order_of_singles(a[at], b[at]) == 0) {
+                ++at;
+                continue;
+            }
             if (at >= n)
                 return 0;
             if (a[at] == 0 || b[at] == 0)
@@ -108,6 +120,15 @@ int compare(const Byte* a, const Byte* b, size_t n, Rule rule) {
             at += step.length;
         }
     }
+}
+
+int compare_as_announced(const char* a, const char* b, unsigned n, bool fold) {
+    if (a == nullptr || b == nullptr)
+        return 0;
+    return zv::with_current_scanner([&](auto scanner) {
+        using Scanner = decltype(scanner);
+        return compare<Scanner>(zv::as_bytes(a), zv::as_bytes(b), n, AsAnnounced<Scanner>{fold});
+    });
 }
 
 } // namespace
@@ -125,23 +146,11 @@ int mbstricmp(const char* a, const char* b) {
 }
 
 int mbstrnicmp(const char* a, const char* b, unsigned n) {
-    if (!zv::current_is_multibyte())
-        return strncasecmp(a, b, n);
-    if (a == nullptr || b == nullptr)
-        return 0;
-    return zv::with_current_scanner([&](auto scanner) {
-        using Scanner = decltype(scanner);
-        return compare<Scanner>(zv::as_bytes(a), zv::as_bytes(b), n, AsAnnounced<Scanner, true>());
-    });
+    return zv::current_is_multibyte() ? compare_as_announced(a, b, n, true) : strncasecmp(a, b, n);
 }
 
 int mbcharcmp(const char* a, const char* b, unsigned n) {
     if (!zv::current_is_multibyte())
         return order_as_signed(static_cast<Byte>(*a), static_cast<Byte>(*b));
-    if (a == nullptr || b == nullptr)
-        return 0;
-    return zv::with_current_scanner([&](auto scanner) {
-        using Scanner = decltype(scanner);
-        return compare<Scanner>(zv::as_bytes(a), zv::as_bytes(b), n, AsAnnounced<Scanner, false>());
-    });
+    return compare_as_announced(a, b, n, false);
 }

@@ -60,7 +60,7 @@ const Byte* find_last(const Byte* s, Byte byte) {
         if (p == nullptr || always_begins_character<Scanner>(byte))
             return p;
         if (p <= run)
-            run = run_of_leads<Scanner>(s, p);
+            run = run_before<Scanner>(s, p);
         if (boundary_in_run<Scanner>(s, run, p) == p)
             return p;
         const Byte* const behind = p;
@@ -90,9 +90,10 @@ char* find_byte(const char* s, int c, Occurrence which) {
     });
 }
 
-template <class Scanner>
 const Byte* find_string(const Byte* hay, const Byte* needle, Occurrence which) {
     constexpr size_t kFront = 16; // so much of a needle the C library is asked for
+    constexpr size_t kLongest = 4;
+    const int code_set = native_code_set;
     const size_t size = std::strlen(as_text(needle));
     Byte copy[kFront + 1];
     const Byte* front = needle;
@@ -106,18 +107,17 @@ const Byte* find_string(const Byte* hay, const Byte* needle, Occurrence which) {
     const Byte* sure = nullptr; // up to here, what is equal to the needle has the same characters
     const auto ends_character = [&](const Byte* p) {
         if (sure == nullptr)
-            sure = last_boundary<Scanner>(
-                needle, needle + size - std::min<size_t>(size, Scanner::kLongest - 1));
+            sure = last_boundary_in(needle, needle + size - std::min(size, kLongest - 1), code_set);
         auto end = static_cast<size_t>(sure - needle);
         while (end < size)
-            end += static_cast<size_t>(step<Scanner>(p + end));
+            end += static_cast<size_t>(mbbytesinchartype(as_text(p + end), code_set));
         if (end != size)
             return false;
         found = p;
         return which == Occurrence::first;
     };
     const auto is_whole = [&](const Byte* p) {
-        known = last_boundary<Scanner>(known, p);
+        known = last_boundary_in(known, p, code_set);
         return known == p && ends_character(p);
     };
     const auto is_equal = [&](const Byte* p, size_t from) {
@@ -136,13 +136,16 @@ const Byte* find_string(const Byte* hay, const Byte* needle, Occurrence which) {
         } else if (size > kFront) {
             find_by_two_ways(hay, needle, size, Accepts(is_whole));
             return found;
-        } else if constexpr (Scanner::kLongest > 1) {
+        } else {
             Wanted wanted;
             wanted.add(needle, std::min<size_t>(size, 2));
             const auto is_it = [&](const Byte* at) {
                 return is_equal(at, 0) && ends_character(at);
             };
-            if (find_in_part<Scanner>(known, hay, wanted, Accepts(is_it)) != nullptr)
+            const Byte* const last = with_scanner(code_set, [&](auto scanner) {
+                return find_in_part<decltype(scanner)>(known, hay, wanted, Accepts(is_it));
+            });
+            if (last != nullptr)
                 return found;
             credit = kFew * cost;
         }
@@ -199,7 +202,8 @@ private:
 };
 
 template <class Scanner>
-SetMatch find_member(const Byte* s, const Byte* set, const Wanted& wanted, Accepts accepts) {
+[[gnu::noinline]] SetMatch find_member(const Byte* s, const Byte* set, const Wanted& wanted,
+                                       Accepts accepts) {
     const Byte* known = s;
     for (const Byte* rest = s;;) {
         if (const Byte* const p = find_in_part<Scanner>(known, rest, wanted, accepts))
@@ -239,14 +243,8 @@ SetMatch find_in_set(const Byte* s, const Byte* set) {
     return {offset, s[offset] != 0};
 }
 
-char* as_result(const Byte* found) {
-    return const_cast<char*>(as_text(found));
-}
-
 char* find_string(const char* hay, const char* needle, Occurrence which) {
-    return with_current_scanner([&](auto scanner) {
-        return as_result(find_string<decltype(scanner)>(as_bytes(hay), as_bytes(needle), which));
-    });
+    return const_cast<char*>(as_text(find_string(as_bytes(hay), as_bytes(needle), which)));
 }
 
 } // namespace

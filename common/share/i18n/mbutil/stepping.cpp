@@ -3,7 +3,8 @@
 namespace {
 
 unsigned boundary_not_beyond(const char* s, unsigned n, int code_set) {
-    return static_cast<unsigned>(zv::boundary_at(s, strnlen(s, n), code_set));
+    const zv::Byte* const text = zv::as_bytes(s);
+    return static_cast<unsigned>(zv::last_boundary_in(text, text + strnlen(s, n), code_set) - text);
 }
 
 } // namespace
