@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <clocale>
+#include <random>
 
 #include "jaconv.h"
 #include "mbutil.h"
@@ -77,6 +78,34 @@ TEST(Strings, OneByteCharactersAreChangedAndCheckedAsTheLocaleSays) {
         for (int byte = 1; byte < 256; ++byte)
             StringProperties<GuardedText, GuardedRoom>::changes("a" + std::string(37, char(byte)),
                                                                 "", code_set, same);
+    }
+}
+
+TEST(Strings, LongNeedlesAmongTheirLikenesses) {
+    std::minstd_rand random(1);
+    const auto below = [&](size_t bound) { return random() % bound; };
+    // A word over and over, with a few of its letters exchanged.
+    const auto nearly_repeated = [&](const std::string& word, size_t size, size_t exchanges) {
+        std::string text;
+        while (text.size() < size) text += word;
+        text.resize(size);
+        while (exchanges-- > 0) text[below(size)] ^= 'a' ^ 'b';
+        return text;
+    };
+    InitMbutilExt(ZV_EUC);
+    for (int n = 0; n < 30000; ++n) {
+        std::string word(1 + below(12), 'a');
+        for (char& c : word) c = "ab"[below(2)];
+        std::string needle = nearly_repeated(word, 17 + below(30), below(3));
+        GuardedText text(nearly_repeated(below(2) ? word : needle, 200 + below(200), below(8)));
+        const std::string hay = text.data();
+        const size_t first = hay.find(needle), last = hay.rfind(needle);
+        ASSERT_EQ(mbstrstr(text.data(), needle.c_str()),
+                  first == hay.npos ? nullptr : text.data() + first)
+            << hay << ' ' << needle;
+        ASSERT_EQ(mbstrrstr(text.data(), needle.c_str()),
+                  last == hay.npos ? nullptr : text.data() + last)
+            << hay << ' ' << needle;
     }
 }
 
