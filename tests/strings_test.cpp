@@ -75,9 +75,33 @@ TEST(Strings, OneByteCharactersAreChangedAndCheckedAsTheLocaleSays) {
     };
     for (const int code_set : kCodeSets) {
         InitMbutilExt(code_set);
-        for (int byte = 1; byte < 256; ++byte)
-            StringProperties<GuardedText, GuardedRoom>::changes("a" + std::string(37, char(byte)),
-                                                                "", code_set, same);
+        for (int byte = 1; byte < 256; ++byte) {
+            const std::string tail(20, '!'), many(37, char(byte));
+            for (const std::string& text : {"a" + many, std::string(15, '!') + char(byte) + tail})
+                StringProperties<GuardedText, GuardedRoom>::changes(text, "", code_set, same);
+        }
+    }
+}
+
+TEST(Strings, LongCharactersAnywhereInABlock) {
+    const auto same = [](const auto& actual, const auto& expected, const char* function) {
+        EXPECT_EQ(actual, expected) << function;
+    };
+    for (const int code_set : {ZV_EUC, ZV_EUC_H}) {
+        InitMbutilExt(code_set);
+        for (const std::string begin : {"\x8E", "\x8F", "\x8E\xA2"}) {
+            for (size_t before = 0; before < 40; ++before) {
+                for (size_t trails = 0; trails < 6; ++trails) {
+                    const std::string s =
+                        std::string(before, '!') + begin + std::string(trails, '\xA1');
+                    SCOPED_TRACE(testing::Message()
+                                 << code_set << ' ' << testing::PrintToString(s));
+                    using Properties = StringProperties<GuardedText, GuardedRoom>;
+                    Properties::searches(s, "\xA1", same);
+                    Properties::boundaries(s, s.size(), same);
+                }
+            }
+        }
     }
 }
 
