@@ -14,8 +14,8 @@ namespace zv {
 inline constexpr size_t kPart = 1024;
 static_assert(kPart % kBlockSize == 0);
 
-inline size_t part_of(const Byte* text) {
-    return strnlen(reinterpret_cast<const char*>(text), kPart);
+inline size_t part_of(const Byte* text, size_t size = kPart) {
+    return strnlen(reinterpret_cast<const char*>(text), size);
 }
 
 // What a search looks for: single bytes, and bytes with another one behind them. It marks what it
@@ -24,23 +24,26 @@ class Wanted {
 public:
     void add(const Byte* character, size_t length) {
         if (length == 1) {
-            singles_[std::min(count_++, kSingles - 1)].add(character[0]);
+            count_ = std::min(count_ + 1, kSingles);
+            singles_[count_ - 1].add(character[0]);
         } else {
             firsts_.add(character[0]);
             seconds_.add(character[1]);
         }
     }
     Mask find(ByteBlock block, ByteBlock next) const {
-        SignedByteBlock marks = firsts_.marks(block) & seconds_.marks(next);
-        for (const Range& single : singles_)
-            marks |= single.marks(block);
+        SignedByteBlock marks{};
+        if (firsts_.first[0] != 0)
+            marks = firsts_.marks(block) & seconds_.marks(next);
+        for (size_t i = 0; i < count_; ++i)
+            marks |= singles_[i].marks(block);
         return high_bits(marks);
     }
 
 private:
     static constexpr size_t kSingles = 3;
 
-    // Holds the zero byte alone at first, which no text has.
+    // Its first byte is 0 while it is empty: no text has one.
     struct Range {
         void add(Byte byte) {
             const Byte low = first[0] == 0 ? byte : std::min(byte, first[0]);
@@ -59,13 +62,14 @@ private:
     size_t count_ = 0;
 };
 
-// Looks through the next part of a terminated text for a character that is wanted and accepted.
-// `text` moves on, and `known` is a boundary not beyond it.
+// Looks through the next part of a terminated text, whole blocks, for a character that is wanted
+// and accepted. `text` moves on, and `known` is a boundary not beyond it.
 template <class Scanner>
 [[gnu::noinline]] const Byte* find_in_part(const Byte*& known, const Byte*& text,
-                                           const Wanted& wanted, Accepts accepts) {
+                                           const Wanted& wanted, Accepts accepts,
+                                           size_t part = kPart) {
     using Leads = ByteClass<ByteRoles<Scanner>::is_lead>;
-    for (const Byte* const end = text + part_of(text); text != end;) {
+    for (const Byte* const end = text + part_of(text, part); text != end;) {
         const size_t size = std::min(static_cast<size_t>(end - text), kBlockSize);
         Byte tail[kBlockSize + 1] = {};
         const Byte* bytes = text;

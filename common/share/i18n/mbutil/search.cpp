@@ -120,36 +120,43 @@ const Byte* find_string(const Byte* hay, const Byte* needle, Occurrence which) {
         known = last_boundary_in(known, p, code_set);
         return known == p && ends_character(p);
     };
-    const auto is_equal = [&](const Byte* p, size_t from) {
-        return std::strncmp(as_text(p) + from, as_text(needle) + from, size - from) == 0;
+    // Long needles that are almost there again and again cost too much to compare.
+    const Byte* const begin = hay;
+    size_t compared = 0;
+    bool gives_up = false;
+    const auto stands_at = [&](const Byte* p, size_t equal) {
+        compared += size;
+        gives_up = size > kFront && compared > kFew * size + static_cast<size_t>(p - begin);
+        return gives_up ||
+               (std::strncmp(as_text(p) + equal, as_text(needle) + equal, size - equal) == 0 &&
+                ends_character(p));
     };
-    const size_t cost = std::max(size, kFront);
-    size_t credit = kFew * cost;
-    for (;;) {
-        const Byte* const p = as_bytes(std::strstr(as_text(hay), as_text(front)));
-        if (p == nullptr || ((size <= kFront || is_equal(p, kFront)) && is_whole(p)))
+    const Byte* p = hay;
+    for (int close = 0;; hay = p + 1) {
+        p = as_bytes(std::strstr(as_text(hay), as_text(front)));
+        if (p == nullptr)
             return found;
-        credit += static_cast<size_t>(p - hay);
-        hay = p + 1;
-        if (credit >= cost) {
-            credit -= cost;
-        } else if (size > kFront) {
-            find_by_two_ways(hay, needle, size, Accepts(is_whole));
-            return found;
-        } else {
+        known = last_boundary_in(known, p, code_set);
+        if (known == p && stands_at(p, std::min(size, kFront)))
+            break;
+        close = p < hay + kBlockSize ? close + 1 : 0;
+        if (close == kFew) {
+            close = 0;
             Wanted wanted;
             wanted.add(needle, std::min<size_t>(size, 2));
-            const auto is_it = [&](const Byte* at) {
-                return is_equal(at, 0) && ends_character(at);
-            };
-            const Byte* const last = with_scanner(code_set, [&](auto scanner) {
+            const auto is_it = [&](const Byte* at) { return stands_at(at, 0); };
+            hay = p + 1;
+            p = with_scanner(code_set, [&](auto scanner) {
                 return find_in_part<decltype(scanner)>(known, hay, wanted, Accepts(is_it));
             });
-            if (last != nullptr)
-                return found;
-            credit = kFew * cost;
+            if (p != nullptr)
+                break;
+            p = hay - 1;
         }
     }
+    if (gives_up)
+        find_by_two_ways(p, needle, size, Accepts(is_whole));
+    return found;
 }
 
 // The length of the member of the set that stands at p, 0 when none does. A member that is a
@@ -201,23 +208,23 @@ private:
     std::bitset<kPairs + (Scanner::kLongest == 4 ? kPlanes * kRow * kRow : 0)> all_;
 };
 
+// The first character that is wanted and accepted, or the terminator.
 template <class Scanner>
-[[gnu::noinline]] SetMatch find_member(const Byte* s, const Byte* set, const Wanted& wanted,
-                                       Accepts accepts) {
+[[gnu::noinline]] const Byte* find_member(const Byte* s, const Wanted& wanted, Accepts accepts) {
     const Byte* known = s;
-    for (const Byte* rest = s;;) {
-        if (const Byte* const p = find_in_part<Scanner>(known, rest, wanted, accepts))
-            return {static_cast<size_t>(p - s), match_at<Scanner>(p, set)};
-        if (*rest == 0)
-            return {static_cast<size_t>(rest - s), 0};
+    for (size_t part = kPart / 16; *s != 0; part = std::min(4 * part, kPart)) {
+        if (const Byte* const p = find_in_part<Scanner>(known, s, wanted, accepts, part))
+            return p;
     }
+    return s;
 }
 
 template <class Scanner>
 [[gnu::noinline]] SetMatch find_in_large_set(const Byte* s, const Byte* set, const Wanted& wanted) {
     const Members<Scanner> members(set);
     const auto is_member = [&](const Byte* p) { return members.has(p); };
-    return find_member<Scanner>(s, set, wanted, Accepts(is_member));
+    const Byte* const p = find_member<Scanner>(s, wanted, Accepts(is_member));
+    return {static_cast<size_t>(p - s), match_at<Scanner>(p, set)};
 }
 
 template <class Scanner>
@@ -232,15 +239,19 @@ SetMatch find_in_set(const Byte* s, const Byte* set) {
         wanted.add(member, length);
         member += length;
     }
-    if constexpr (Scanner::kLongest > 1) {
-        if (!c_library_serves && members > kLarge)
-            return find_in_large_set<Scanner>(s, set, wanted);
-        const auto is_member = [=](const Byte* p) { return match_at<Scanner>(p, set) != 0; };
-        if (!c_library_serves)
-            return find_member<Scanner>(s, set, wanted, Accepts(is_member));
+    if (c_library_serves) {
+        const size_t offset = std::strcspn(as_text(s), as_text(set));
+        return {offset, s[offset] != 0};
     }
-    const size_t offset = std::strcspn(as_text(s), as_text(set));
-    return {offset, s[offset] != 0};
+    if (members > kLarge)
+        return find_in_large_set<Scanner>(s, set, wanted);
+    size_t length = 0;
+    const auto is_member = [&](const Byte* p) {
+        length = match_at<Scanner>(p, set);
+        return length != 0;
+    };
+    const Byte* const p = find_member<Scanner>(s, wanted, Accepts(is_member));
+    return {static_cast<size_t>(p - s), length};
 }
 
 char* find_string(const char* hay, const char* needle, Occurrence which) {
