@@ -161,8 +161,9 @@ template <class Scanner>
 inline const Byte* run_of_leads(const Byte* first, const Byte* p) {
     using Leads = ByteClass<ByteRoles<Scanner>::is_lead>;
     constexpr size_t kBlocks = 4;
+    const Byte* const end = p;
     while (static_cast<size_t>(p - first) >= kBlockSize) {
-        const Mask leads = high_bits(Leads::marks(load_block(p - kBlockSize)));
+        const Mask leads = Leads::find(load_block(p - kBlockSize));
         if (leads != kWholeBlock)
             return p - kBlockSize + std::bit_width(~leads & kWholeBlock);
         p -= kBlockSize;
@@ -175,6 +176,10 @@ inline const Byte* run_of_leads(const Byte* first, const Byte* p) {
                 break;
             p = blocks;
         }
+    }
+    if (p != end) { // the rest is the front of a block
+        const Mask rest = kWholeBlock >> (kBlockSize - static_cast<size_t>(p - first));
+        return p == first ? p : first + std::bit_width(~Leads::find(load_block(first)) & rest);
     }
     while (p != first && Leads::has(p[-1]))
         --p;

@@ -33,7 +33,7 @@ public:
     }
     Mask find(ByteBlock block, ByteBlock next) const {
         SignedByteBlock marks{};
-        if (firsts_.first[0] != 0)
+        if (firsts_.first != 0)
             marks = firsts_.marks(block) & seconds_.marks(next);
         for (size_t i = 0; i < count_; ++i)
             marks |= singles_[i].marks(block);
@@ -46,15 +46,14 @@ private:
     // Its first byte is 0 while it is empty: no text has one.
     struct Range {
         void add(Byte byte) {
-            const Byte low = first[0] == 0 ? byte : std::min(byte, first[0]);
-            const auto high = std::max<Byte>(byte, first[0] + width[0]);
-            first = ByteBlock{} + low;
-            width = ByteBlock{} + static_cast<Byte>(high - low);
+            const Byte low = first == 0 ? byte : std::min(byte, first);
+            width = static_cast<Byte>(std::max<Byte>(byte, first + width) - low);
+            first = low;
         }
         SignedByteBlock marks(ByteBlock bytes) const { return bytes - first <= width; }
 
-        ByteBlock first{};
-        ByteBlock width{};
+        Byte first = 0;
+        Byte width = 0;
     };
     Range singles_[kSingles];
     Range firsts_;
@@ -66,9 +65,10 @@ private:
 // and accepted. `text` moves on, and `known` is a boundary not beyond it.
 template <class Scanner>
 [[gnu::noinline]] const Byte* find_in_part(const Byte*& known, const Byte*& text,
-                                           const Wanted& wanted, Accepts accepts,
+                                           const Wanted& given, Accepts accepts,
                                            size_t part = kPart) {
     using Leads = ByteClass<ByteRoles<Scanner>::is_lead>;
+    const Wanted wanted = given; // which nothing else changes
     for (const Byte* const end = text + part_of(text, part); text != end;) {
         const size_t size = std::min(static_cast<size_t>(end - text), kBlockSize);
         Byte tail[kBlockSize + 1] = {};

@@ -97,13 +97,19 @@ int compare(const Byte* a, const Byte* b, size_t n, Rule rule) {
     constexpr size_t kByRule = 4; // words that differ in case are short
     size_t at = 0;
     size_t common = 0; // so much is known to be there of both
+    bool more = true;  // may be
     for (size_t by_rule = kByRule;;) {
-        if (at < n && (at != 0 || *a == *b)) {
-            if (common < at + zv::kBlockSize)
-                common = std::min(at + std::min(zv::part_of(a + at), zv::part_of(b + at)), n);
+        if (more && common < at + zv::kBlockSize && at < n && (at != 0 || *a == *b)) {
+            const size_t part = std::min(zv::part_of(a + at), zv::part_of(b + at));
+            common = std::min(at + part, n);
+            more = part == zv::kPart && common < n;
+        }
+        by_rule = std::min(2 * by_rule, 16 * kByRule);
+        if (common >= at + zv::kBlockSize) {
             const size_t equal = skip_equal_blocks<Scanner>(a + at, b + at, common - at);
             at += equal;
-            by_rule = equal >= zv::kBlockSize ? kByRule : std::min(2 * by_rule, 16 * kByRule);
+            if (equal >= zv::kBlockSize)
+                by_rule = kByRule;
         }
         for (const size_t stop = at + by_rule; at < stop;) {
             if (at < common && (a[at] | b[at]) < 0x80 && rule.order_of_singles(a[at], b[at]) == 0) {
