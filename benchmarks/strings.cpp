@@ -5,11 +5,14 @@
 
 #include <cctype>
 #include <climits>
+#include <cstdio>
 #include <cstring>
 #include <cwchar>
+#include <memory>
 #include <vector>
 
 #include "bench.h"
+#include "jaconv.h"
 #include "mbutil.h"
 
 namespace bench {
@@ -282,9 +285,55 @@ void add(const CodeSet& code_set, const Operation& operation, size_t size) {
                  maker(code_set, size, has_counterpart ? operation.c_library : copy_all));
 }
 
+// The streams over a text, each by the library and by the function of stdio that it stands on.
+struct Reading {
+    const char* name;
+    const char* peer;
+    size_t (*zvutil)(FILE*, std::string& room);
+    size_t (*stdio)(FILE*, std::string& room);
+};
+
+constexpr Reading kReadings[] = {
+    {"mbfreadstring", "fread",
+     [](FILE* f, std::string& room) -> size_t {
+         const auto size = static_cast<unsigned>(room.size() - 1);
+         return static_cast<size_t>(mbfreadstring(room.data(), size, f));
+     },
+     [](FILE* f, std::string& room) { return std::fread(room.data(), 1, room.size() - 1, f); }},
+    {"DetectJPCodeType", "fgetc",
+     [](FILE* f, std::string&) -> size_t { return static_cast<size_t>(DetectJPCodeType(f)); },
+     [](FILE* f, std::string&) -> size_t {
+         while (std::fgetc(f) != EOF) {
+         }
+         return 0;
+     }},
+};
+
+void add(const Reading& reading) {
+    constexpr size_t kSize = 64 * 1024;
+    const auto make = [](auto read) {
+        return [=] {
+            InitMbutilExt(ZV_SJIS);
+            const std::string text = text_of("SJIS", kAscii, kSize);
+            const std::shared_ptr<FILE> stream(std::tmpfile(), std::fclose);
+            if (std::fwrite(text.data(), 1, kSize, stream.get()) != kSize)
+                fail("no temporary file");
+            return [=, room = std::string(kSize, '\0')]() mutable {
+                std::rewind(stream.get());
+                benchmark::DoNotOptimize(read(stream.get(), room));
+            };
+        };
+    };
+    Row("strings", reading.name, "SJIS ASCII", kSize, "byte")
+        .measure("zvutil", make(reading.zvutil))
+        .measure(reading.peer, make(reading.stdio));
+}
+
 } // namespace
 
 void add_strings() {
+    for (const Reading& reading : kReadings)
+        add(reading);
     for (const Operation& operation : kOperations) {
         for (const size_t size : kSizes) {
             for (const CodeSet& code_set : kCodeSets)

@@ -160,7 +160,7 @@ private:
 template <class Scanner>
 inline const Byte* run_of_leads(const Byte* first, const Byte* p) {
     using Leads = ByteClass<ByteRoles<Scanner>::is_lead>;
-    constexpr size_t kBlocks = 4;
+    constexpr size_t kBlocks = 8;
     const Byte* const end = p;
     while (static_cast<size_t>(p - first) >= kBlockSize) {
         const Mask leads = Leads::find(load_block(p - kBlockSize));

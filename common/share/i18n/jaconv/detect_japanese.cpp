@@ -6,6 +6,7 @@
 namespace {
 
 constexpr int kUndecided = 0;
+constexpr int kEscape = 0x1B;
 
 bool between(int byte, int first, int last) {
     return byte >= first && byte <= last;
@@ -27,8 +28,8 @@ public:
 
     int run() {
         while ((answer_ == kUndecided || answer_ == ZV_EUC_OR_SJIS) && last_ != EOF) {
-            const int byte = read();
-            if (byte == 0x1B)
+            const int byte = read_past_ascii();
+            if (byte == kEscape)
                 after_escape();
             else if (is_shift_jis_only(byte))
                 answer_ = ZV_SJIS;
@@ -46,6 +47,15 @@ public:
 
 private:
     int read() { return last_ = getc_unlocked(stream_); }
+
+    // The next byte that may tell something.
+    int read_past_ascii() {
+        int byte;
+        do {
+            byte = getc_unlocked(stream_);
+        } while (between(byte, 0, 0x7F) && byte != kEscape);
+        return last_ = byte;
+    }
 
     void after_escape() {
         const int c = read();
