@@ -177,9 +177,9 @@ inline const Byte* run_of_leads(const Byte* first, const Byte* p) {
             p = blocks;
         }
     }
-    if (p != end) { // the rest is the front of a block
+    if (p != end && p != first) { // the rest is the front of a block
         const Mask rest = kWholeBlock >> (kBlockSize - static_cast<size_t>(p - first));
-        return p == first ? p : first + std::bit_width(~Leads::find(load_block(first)) & rest);
+        return first + std::bit_width(~Leads::find(load_block(first)) & rest);
     }
     while (p != first && Leads::has(p[-1]))
         --p;
