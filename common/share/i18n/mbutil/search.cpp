@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <bitset>
 #include <cstring>
 
@@ -72,9 +73,9 @@ const Byte* find_last(const Byte* s, Byte byte) {
             run = run_before<Scanner>(s, p);
         if (boundary_in_run<Scanner>(s, run, p) == p)
             return p;
-        const Byte* const behind = p;
+        const Byte* const near = p - std::min(static_cast<size_t>(p - s), kBlockSize);
         p = static_cast<const Byte*>(memrchr(s, byte, static_cast<size_t>(p - s)));
-        close = p + kBlockSize > behind ? close + 1 : 0;
+        close = p >= near ? close + 1 : 0;
     }
     const Byte* found = nullptr;
     const auto remember = [&](const Byte* character) {
