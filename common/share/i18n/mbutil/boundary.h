@@ -32,14 +32,16 @@ inline const Byte* boundary_in_run(const Byte* first, const Byte* run, const Byt
     if (run != first && Irregular::has(run[-1])) {
         const Byte* const lead = run - 1;
         const auto before = static_cast<size_t>(p - lead);
-        const int length = scan<Scanner>(lead, before + readable);
-        if (length > static_cast<int>(before))
+        const auto length =
+            static_cast<size_t>(std::max(scan<Scanner>(lead, before + readable), 1));
+        if (length > before)
             return lead;
-        run = lead + std::max(length, 1);
+        run = lead + length;
     }
     return p - (p - run) % 2;
 }
 
+// As last_boundary(), but out of line.
 template <class Scanner>
 [[gnu::noinline]] const Byte* boundary_behind_leads(const Byte* first, const Byte* p,
                                                     size_t readable) {

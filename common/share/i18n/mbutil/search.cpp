@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <bitset>
 #include <cstring>
 
@@ -6,7 +7,9 @@
 #include "two_way.h"
 
 // The C library finds what looks like the character or the string that is looked for; what it finds
-// counts where it begins a character. Where much looks alike, text is looked through by blocks.
+// counts where it begins a character. Where much looks alike, text is looked through by blocks:
+// what is known to be a boundary moves on with the search, so that nothing is looked at again and
+// again.
 
 namespace zv {
 namespace {
@@ -31,14 +34,21 @@ enum class Occurrence { first, last };
 // So much may the C library find closely together that is no character.
 constexpr int kFew = 4;
 
-template <class Scanner>
+const Byte* find_in_next_part(const Byte*& known, const Byte*& text, const Wanted& wanted,
+                              Accepts accepts) {
+    return with_scanner(native_code_set, [&](auto scanner) {
+        return find_in_part<decltype(scanner)>(known, text, wanted, accepts);
+    });
+}
+
 const Byte* find_first(const Byte* s, Byte byte) {
+    const int code_set = native_code_set;
     const Byte* known = s;
     for (int close = 0;;) {
         const Byte* const p = as_bytes(std::strchr(as_text(s), byte));
         if (p == nullptr)
             return nullptr;
-        known = last_boundary<Scanner>(known, p);
+        known = last_boundary_in(known, p, code_set);
         if (known == p)
             return p;
         close = p < s + kBlockSize ? close + 1 : 0;
@@ -46,7 +56,7 @@ const Byte* find_first(const Byte* s, Byte byte) {
         if (close == kFew) {
             close = 0;
             const auto any = [](const Byte*) { return true; };
-            if (const Byte* const found = find_in_part<Scanner>(known, s, only(byte), Accepts(any)))
+            if (const Byte* const found = find_in_next_part(known, s, only(byte), Accepts(any)))
                 return found;
         }
     }
@@ -55,7 +65,7 @@ const Byte* find_first(const Byte* s, Byte byte) {
 template <class Scanner>
 const Byte* find_last(const Byte* s, Byte byte) {
     const Byte* p = as_bytes(std::strrchr(as_text(s), byte));
-    const Byte* run = p;
+    const Byte* run = p; // of lead bytes, in front of the candidate before as well
     for (int close = 0; close < kFew;) {
         if (p == nullptr || always_begins_character<Scanner>(byte))
             return p;
@@ -63,9 +73,9 @@ const Byte* find_last(const Byte* s, Byte byte) {
             run = run_before<Scanner>(s, p);
         if (boundary_in_run<Scanner>(s, run, p) == p)
             return p;
-        const Byte* const behind = p;
+        const Byte* const near = p - std::min(static_cast<size_t>(p - s), kBlockSize);
         p = static_cast<const Byte*>(memrchr(s, byte, static_cast<size_t>(p - s)));
-        close = p + kBlockSize > behind ? close + 1 : 0;
+        close = p >= near ? close + 1 : 0;
     }
     const Byte* found = nullptr;
     const auto remember = [&](const Byte* character) {
@@ -73,20 +83,19 @@ const Byte* find_last(const Byte* s, Byte byte) {
         return false;
     };
     for (const Byte* known = s; *s != 0;)
-        find_in_part<Scanner>(known, s, only(byte), Accepts(remember));
+        find_in_next_part(known, s, only(byte), Accepts(remember));
     return found;
 }
 
 char* find_byte(const char* s, int c, Occurrence which) {
     if (s == nullptr || c == 0 || c != static_cast<signed char>(c))
         return nullptr;
+    const Byte* const text = as_bytes(s);
+    const auto byte = static_cast<Byte>(c);
+    if (which == Occurrence::first)
+        return const_cast<char*>(as_text(find_first(text, byte)));
     return with_current_scanner([&](auto scanner) {
-        using Scanner = decltype(scanner);
-        const auto byte = static_cast<Byte>(c);
-        const Byte* const found = which == Occurrence::first
-                                      ? find_first<Scanner>(as_bytes(s), byte)
-                                      : find_last<Scanner>(as_bytes(s), byte);
-        return const_cast<char*>(as_text(found));
+        return const_cast<char*>(as_text(find_last<decltype(scanner)>(text, byte)));
     });
 }
 
@@ -146,9 +155,7 @@ const Byte* find_string(const Byte* hay, const Byte* needle, Occurrence which) {
             wanted.add(needle, std::min<size_t>(size, 2));
             const auto is_it = [&](const Byte* at) { return stands_at(at, 0); };
             hay = p + 1;
-            p = with_scanner(code_set, [&](auto scanner) {
-                return find_in_part<decltype(scanner)>(known, hay, wanted, Accepts(is_it));
-            });
+            p = find_in_next_part(known, hay, wanted, Accepts(is_it));
             if (p != nullptr)
                 break;
             p = hay - 1;
