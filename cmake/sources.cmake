@@ -43,7 +43,7 @@ function(zvutil_kernels file)
       file(CONFIGURE OUTPUT ${copy} CONTENT "#include \"${CMAKE_CURRENT_SOURCE_DIR}/${file}\"\n")
       target_sources(zvutil PRIVATE ${copy})
       set_property(SOURCE ${copy} TARGET_DIRECTORY zvutil
-          APPEND PROPERTY COMPILE_OPTIONS ${ZVUTIL_OPTIONS_${width}})
+          APPEND PROPERTY COMPILE_OPTIONS ${ZVUTIL_OPTIONS_${width}} $<$<CONFIG:Release>:-O3>)
       list(APPEND all ${copy})
     endif()
   endforeach()
