@@ -22,6 +22,9 @@ inline constexpr std::string_view kJapanese =
     "東京の本社で能力を表示するソフトの説明会がある。\n";
 inline constexpr std::string_view kKanji =
     "表示予定能力会議東京本社資料説明検討結果報告庭木小鳥朝光窓開";
+// Half-width katakana among kanji.
+inline constexpr std::string_view kKatakana =
+    "東京本社のﾌﾟﾛｸﾞﾗﾑ資料説明ﾃｽﾄ結果報告、ｱﾄﾞﾚｽ一覧とﾌｧｲﾙ名を表示する。";
 inline constexpr std::string_view kChinese =
     "清晨，院子裡的老樹上停著一隻小鳥，牠看了看我，唱起歌來。"
     "我打開窗子，把 Taipei 寄來的信又讀了一遍，成功的人許下新的願望。\n";

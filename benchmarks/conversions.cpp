@@ -143,6 +143,26 @@ void require_same_result(const Conversion& conversion, const Sample& sample) {
         fail(std::string(conversion.name) + " and iconv differ");
 }
 
+// How long a text becomes, which the peers learn by converting it.
+class Length : Texts {
+public:
+    Length(const Conversion& conversion, int (*length)(const char*), size_t size)
+        : Texts(conversion, kJapanese, size), length_(length) {}
+    void operator()() { benchmark::DoNotOptimize(length_(source.c_str())); }
+
+private:
+    int (*length_)(const char*);
+};
+
+void add_length(const char* name, int (*length)(const char*), const Conversion& conversion) {
+    for (const size_t size : kSizes)
+        Row("conversions", name, "prose", size, "byte")
+            .measure("zvutil", [=] { return Length(conversion, length, size); })
+            .measure("iconv", maker<Iconv>(conversion, kJapanese, size))
+            .measure("ICU", maker<Icu>(conversion, kJapanese, size))
+            .measure("strlen+memcpy", maker<Floor>(conversion, kJapanese, size));
+}
+
 // The first sample of the first conversion in the size of a large file too.
 void add_all(std::span<const Conversion> conversions, std::initializer_list<Sample> samples) {
     for (const Conversion& conversion : conversions) {
@@ -162,6 +182,13 @@ void add_conversions() {
     add_all(kChineseConversions, {{"prose", kChinese}, {"hanzi", kHanzi}});
     add_all(kRussianConversions, {{"prose", kRussian}});
     add_all(kPolishConversions, {{"prose", kPolish}});
+    for (const Conversion& conversion : {kJapaneseConversions[0], kJapaneseConversions[1]}) {
+        require_same_result(conversion, {"katakana", kKatakana});
+        for (const size_t size : kSizes)
+            add(conversion, {"katakana", kKatakana}, size);
+    }
+    add_length("eucLength", eucLength, kJapaneseConversions[0]);
+    add_length("shiftLength", shiftLength, kJapaneseConversions[1]);
     for (const Conversion& to_or_from_jis : {kJapaneseConversions[3], kJapaneseConversions[5]})
         add(to_or_from_jis, {"prose", kJapanese}, kFileSize);
 }

@@ -28,7 +28,7 @@ private:
     std::string out_;
 };
 
-constexpr size_t kSizes[] = {48, 4 * 1024};
+constexpr size_t kSizes[] = {48, 4 * 1024, 64 * 1024};
 
 struct Language {
     const char* name;

@@ -98,10 +98,13 @@ class Row:
 
     def targets(self):
         if self.family == "conversions":
-            chinese = self.operation in ("big2euchx", "euch2bigx")
-            wanted = {48: 5, 65536: 6} if chinese else {48: 8, 65536: 15}
+            if self.operation in ("big2euchx", "euch2bigx"):
+                wanted = {48: 8, 65536: 10}
+            else: # the code pages begin with a digit
+                wanted = {48: 8, 65536: 30} if self.operation[1].isdigit() else {48: 12, 65536: 20}
             targets = [Target("peer", wanted[self.size])] if self.size in wanted else []
-            return targets + ([Target("floor", 4)] if self.text == "ASCII" else [])
+            floor = [Target("floor", 2 if self.size == 65536 else 4)] if self.text == "ASCII" else []
+            return targets + floor
         if self.family == "strings":
             targets = [Target("peer", 10)] if self.size == 4096 else []
             searches = ("mbidx", "mbstrchr", "mbstrrchr", "mbstrstr", "mbstrpbrk")
@@ -109,7 +112,7 @@ class Row:
             if self.operation in searches and clear and self.size == 4096:
                 targets.append(Target("floor", 3))
             return targets
-        if self.family == "mail" and self.size == 48:
+        if self.family == "mail" and self.size not in (1, 4096):
             return []
         if self.operation in ("ZVfputs", "list_getNext"): # a system call a line; a macro
             return []

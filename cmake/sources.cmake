@@ -2,10 +2,9 @@
 # would be a tenth larger.
 target_compile_options(zvutil PRIVATE $<$<CONFIG:Release>:-O2>)
 
-# What they store in a row from a table would be put together in a vector first, which takes longer.
 function(zvutil_hot_sources)
   set_property(SOURCE ${ARGN} TARGET_DIRECTORY zvutil
-      APPEND PROPERTY COMPILE_OPTIONS $<$<CONFIG:Release>:-O2;-fno-tree-slp-vectorize;-falign-loops=1;-falign-jumps=1;-falign-functions=16>)
+      APPEND PROPERTY COMPILE_OPTIONS $<$<CONFIG:Release>:-O3>)
 endfunction()
 
 # Kernels are compiled for vectors of 16 bytes, and for x86 processors with wider ones once more for
@@ -26,19 +25,28 @@ if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64" AND ZVUTIL_ASKS_PROCESSOR)
   endif()
 endif()
 
+# What kernels store in a row from a table would be put together in a vector first, which takes longer,
+# and padding before their many jumps would make the library larger by 8 KiB.
+set(ZVUTIL_KERNEL_OPTIONS -fno-tree-slp-vectorize -falign-loops=1)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  list(APPEND ZVUTIL_KERNEL_OPTIONS -falign-jumps=1)
+endif()
+
 # zvutil_kernels(FILE WIDTH...): the widths beside 16 that pay.
 function(zvutil_kernels file)
   target_sources(zvutil PRIVATE ${file})
-  zvutil_hot_sources(${file})
   cmake_path(GET file STEM name)
+  set(all ${file})
   foreach(width IN LISTS ARGN)
     if(ZVUTIL_OPTIONS_${width})
       set(copy ${CMAKE_CURRENT_BINARY_DIR}/${name}_${width}.cpp)
       file(CONFIGURE OUTPUT ${copy} CONTENT "#include \"${CMAKE_CURRENT_SOURCE_DIR}/${file}\"\n")
       target_sources(zvutil PRIVATE ${copy})
       set_property(SOURCE ${copy} TARGET_DIRECTORY zvutil
-          APPEND PROPERTY COMPILE_OPTIONS ${ZVUTIL_OPTIONS_${width}})
-      zvutil_hot_sources(${copy})
+          APPEND PROPERTY COMPILE_OPTIONS ${ZVUTIL_OPTIONS_${width}} $<$<CONFIG:Release>:-O3>)
+      list(APPEND all ${copy})
     endif()
   endforeach()
+  set_property(SOURCE ${all} TARGET_DIRECTORY zvutil
+      APPEND PROPERTY COMPILE_OPTIONS $<$<CONFIG:Release>:${ZVUTIL_KERNEL_OPTIONS}>)
 endfunction()

@@ -75,7 +75,7 @@ public:
 
     Converted convert() {
         do {
-            if (source_.left() > kWindow)
+            if (kWindow == 64 && source_.left() > kWindow)
                 convert_windows();
         } while (source_.next != source_.end && convert_block() && source_.next != source_.end);
         return {source_.next, out_};
@@ -97,12 +97,6 @@ private:
             const LeadWalk before = walk;
             const LongMask could_lead = find_in(bytes, Direction::could_lead);
             const LongMask could_trail = find_in(bytes, Direction::could_trail);
-            if (kBlocks == 1 && kBlockSize == 16 && walk.carried() == 0 &&
-                even_pairs(could_lead, could_trail) == kAllOfWindow) {
-                // Without masks, which cost most where vectors are narrow.
-                put_window({Direction::convert_pairs(bytes[0])});
-                continue;
-            }
             walk.enter(could_lead);
             const LongMask leads = walk.leads(), trails = walk.behind_leads();
             const LongMask others = (trails & ~could_trail) | (high & ~(leads | trails));
@@ -238,7 +232,7 @@ struct FromShiftJis : ShiftJisToEucBytes {
         walk.enter(leads);
         return {find_in(bytes, could_be_katakana) & ~walk.behind_leads(), 0};
     }
-    static ByteBlock to_jis(ByteBlock bytes) { return convert_pairs(bytes) & 0x7F; }
+    static constexpr auto to_jis = [](ByteBlock bytes) { return convert_pairs(bytes) & 0x7F; };
 };
 struct FromEuc : EucToShiftJisBytes {
     static constexpr size_t kKatakanaSize = 2;
@@ -251,7 +245,7 @@ struct FromEuc : EucToShiftJisBytes {
         shift_before = shifts >> (kWindow - 1);
         return {shifts | behind, behind & ~find_in(bytes, could_be_katakana)};
     }
-    static ByteBlock to_jis(ByteBlock bytes) { return bytes & 0x7F; }
+    static constexpr auto to_jis = [](ByteBlock bytes) { return bytes & 0x7F; };
 };
 
 // Encodes ASCII, two-byte characters and half-width katakana. JIS text is never shorter, so a whole
@@ -381,12 +375,8 @@ private:
 
 // Bytes below 21 may be line ends or the escape, those from 80 on, which are negative, are no JIS.
 // 7F is none either, but the arithmetic is the same.
-Mask is_pair_byte(ByteBlock bytes) {
-    return range_mask(bytes, 0x21, 0x7F);
-}
-Mask is_escape(ByteBlock bytes) {
-    return byte_mask(bytes, kEscape);
-}
+constexpr auto is_pair_byte = [](ByteBlock bytes) { return range_mask(bytes, 0x21, 0x7F); };
+constexpr auto is_escape = [](ByteBlock bytes) { return byte_mask(bytes, kEscape); };
 
 // Decodes text with the escape sequences in use. Which of them follows is left to branches, which
 // processors foresee, so that little waits for it. An escape sequence leaves nothing, so nothing is

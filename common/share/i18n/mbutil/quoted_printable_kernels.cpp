@@ -76,7 +76,7 @@ Byte* put_quad(Byte* out, __m128i quad, Mask escaped) {
 }
 
 // Writes what becomes of a block; that of the first bytes counts.
-Byte* encode_block(Byte* out, ByteBlock bytes, size_t length) {
+[[gnu::always_inline]] inline Byte* encode_block(Byte* out, ByteBlock bytes, size_t length) {
     const auto plain = (as_signed(bytes + 1) > 0x21) & (bytes != '=');
     const Mask escaped = ~high_bits(plain);
     const __m256i digits =
@@ -225,7 +225,7 @@ private:
 
 // Decodes as much as can be of a block of text where something cannot, or of what is left of a
 // text. What can be decoded may end before this block, in an escape that the block before drops.
-[[gnu::noinline]] Converted decode_front(Source text, Byte* out, ByteBlock before) {
+[[gnu::noinline]] Converted decode_front(Source text, Byte* out, const ByteBlock& before) {
     const ByteBlock bytes = load_last_block(text, 0);
     const DecodedHalf front({before, bytes}, classify_digits(before));
     const DecodedHalf back({bytes, load_last_block(text, kBlockSize)}, front.digits);
