@@ -4,6 +4,7 @@
 usage: programs.py ZVCONV TEXTS FOLDER
 """
 import datetime
+import math
 import os
 import pathlib
 import shutil
@@ -133,24 +134,26 @@ An empty cell: the program does not serve the pair or refused the text.
 def chart(results):
     """Bars of throughput, zvconv's in colour; grey suits light and dark."""
     width, left, step = 860, 180, 11
-    most = max(1 / time for _, times in results for time in times.values())
+    paces = [100 / time for _, times in results for time in times.values()]
+    least, most = min(paces) / 1.5, max(paces)
     shapes, y = [], 30
     for conversion, times in results:
         shapes.append(f"<text x='0' y='{y + 10}' font-weight='bold'>{escape(name(conversion))}</text>")
         for program in (p for p in PROGRAMS if p in times):
-            length = (width - left - 70) / most / times[program]
+            pace = 100 / times[program]
+            length = (width - left - 70) * math.log(pace / least) / math.log(most / least)
             colour = "#3d85c6" if program == "zvconv" else "#80808090"
             shapes.append(f"<text x='{left - 6}' y='{y + 9}' text-anchor='end'>{program}</text>"
                           f"<rect x='{left}' y='{y + 1}' width='{length:.1f}' height='{step - 2}' "
                           f"fill='{colour}'/><text x='{left + length + 5:.1f}' y='{y + 9}'>"
-                          f"{100 / times[program]:.0f}</text>")
+                          f"{pace:.0f}</text>")
             y += step
         y += 8
     return "\n".join([f"<svg xmlns='http://www.w3.org/2000/svg' viewBox='0 0 {width} {y}' "
                       "font-family='sans-serif' font-size='10' fill='#808080'>",
                       "<title>How fast the programs are</title>",
                       "<text x='0' y='14' font-size='12'>MB in a second of user time, whole "
-                      "processes.</text>", *shapes, "</svg>\n"])
+                      "processes; a logarithmic scale.</text>", *shapes, "</svg>\n"])
 
 
 def main():

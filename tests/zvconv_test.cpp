@@ -127,7 +127,7 @@ TEST(Zvconv, FailuresAreToldAndLeaveNothingBehind) {
         EXPECT_TRUE(tool.says(c.message)) << c.arguments << ": " << tool.read("stderr");
         EXPECT_EQ(tool.read("stderr").find("zvconv: "), 0u) << c.arguments;
     }
-    for (const int signal : {SIGHUP, SIGTERM, SIGPIPE}) {
+    for (const int signal : {SIGHUP, SIGTERM, SIGXCPU}) {
         // The pipe as input holds the conversion at its beginning.
         EXPECT_EQ(tool.run("-V; mkfifo pipe; " ZVUTIL_ZVCONV
                            " -f SJIS -t EUC -o kept pipe & exec 3>pipe; until ls .zvconv-*; do :; "
@@ -156,6 +156,12 @@ TEST(Zvconv, AReplacedFileKeepsItsModeAndItsLinks) {
     // What is in the encoding already is not even touched.
     tool.write("in~", "the first backup");
     EXPECT_EQ(tool.run("-f SJIS -t SJIS -i --backup in"), 0);
+    tool.write("ascii", "a\\b~");
+    tool.write("ascii~", "the first backup");
+    for (const std::string to : {"SJIS", "JIS", "UTF-8", "1251"})
+        EXPECT_EQ(tool.run("-f auto -i --backup ascii -t " + to), 0) << to;
+    EXPECT_EQ(tool.run("-f auto ascii -t UTF-16BE"), 0);
+    EXPECT_EQ(tool.read("stdout"), std::string("\0a\0\\\0b\0~", 8));
     EXPECT_EQ(tool.run("-f SJIS -t SJIS -i --backup --line-ends=crlf in"), 1);
     EXPECT_TRUE(tool.says("in: no backup"));
     tool.write("in", "\xFE\xFE");

@@ -148,6 +148,8 @@ TEST(ZvconvText, FaultsAreLocatedAndReplaced) {
         {"-f UTF-8 -t ISO-2022-KR --skip", "a\xE0\xA4\x95\n", "\x1B$)Ca\n",
          "no counterpart in ISO-2022-KR: E0 A4 95", 0},
         {"-f UTF-8 -t EUC", "abc\xE3", "abc?", "1: offset 3: malformed UTF-8: E3", 1},
+        {"-f JIS -t UTF-8 --substitute='\n'", "\xFF\n\x1B$B-!\x1B(B\n", "\n\n\n\n",
+         "malformed JIS: FF", 0},
         {"-f EUC -t EUC", "\xB0\xA1\xB0\n", "\xB0\xA1\xB0\n", "offset 2: malformed EUC: B0", 1}};
     for (const auto& c : cases) {
         tool.write("text", c.text);

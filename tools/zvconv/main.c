@@ -28,7 +28,15 @@ static void occupy_standard_streams(void) {
     }
 }
 
-/* Finds the encoding of an input. Text of ASCII alone is text of whatever makes it quickest. */
+/* What text of ASCII alone is taken for: what it is to become, where that holds ASCII as it is. */
+static struct encoding ascii_as(const struct conversion* c) {
+    if (c->wishes.full_katakana)
+        return encoding_of(ZV_EUC);
+    const bool same = c->to.code_set != NO_CODE_SET || strcmp(c->to.iconv, "UTF-8") == 0;
+    return same ? c->to : c->from;
+}
+
+/* Finds the encoding of an input. */
 static bool detect_encoding(const struct options* options, struct input* input,
                             struct conversion* c) {
     struct guess guess;
@@ -38,12 +46,9 @@ static bool detect_encoding(const struct options* options, struct input* input,
         return complain("%s: %s; say with -f what it is", input->name, guess.found);
     if (c->wishes.verbose)
         note("%s: taken as %s for %s", input->name, guess.encoding.name, guess.found);
-    const struct encoding euc = encoding_of(ZV_EUC);
-    const bool is_ascii = guess.encoding.code_set == NO_CODE_SET && unit_of(&guess.encoding) == 1 &&
-                          !is_unicode(&guess.encoding);
-    c->from = is_ascii && (library_serves(ZV_EUC, c->to.code_set) || c->wishes.full_katakana)
-                  ? euc
-                  : guess.encoding;
+    c->from = guess.encoding;
+    if (strcmp(c->from.iconv, "ASCII") == 0)
+        c->from = ascii_as(c);
     return !options->conversion.wishes.full_katakana || katakana_can_be_widened(&c->from, &c->to) ||
            complain("%s: --katakana: neither %s nor %s is a Japanese encoding of 8 bits",
                     input->name, c->from.name, c->to.name);
@@ -161,6 +166,7 @@ int main(int argc, char** argv) {
     struct options options;
     occupy_standard_streams();
     signal(SIGXFSZ, SIG_IGN); /* a file that becomes too large is an error to tell */
+    signal(SIGPIPE, SIG_IGN); /* and so is a reader that has gone */
     const int status = parse_options(argc, argv, &options);
     if (status != GO_ON)
         return status;

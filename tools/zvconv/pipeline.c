@@ -119,18 +119,20 @@ static size_t pivot_length(const struct pipeline* p, const char* text, size_t le
 }
 
 /* Finds the character of the portion from which a place in the pivot text comes, by counting on
- * from the line's beginning; every step keeps the line ends. */
+ * from the line's beginning; every step keeps the line ends, though a substitute may add some. */
 static const char* find_origin(void* context, const char* place, size_t* length) {
     struct pipeline* p = context;
     const struct step* first = &p->steps[0];
     const char* line = p->portion;
     const char* const end = p->portion + p->portion_length;
     const char* pivot_line = p->pivot.bytes;
-    for (const char* next;
-         (next = memchr(pivot_line, '\n', (size_t)(place - pivot_line))) != NULL;) {
+    const char *next, *source_next;
+    while ((next = memchr(pivot_line, '\n', (size_t)(place - pivot_line))) != NULL &&
+           (source_next = memchr(line, '\n', (size_t)(end - line))) != NULL) {
         pivot_line = next + 1;
-        line = (const char*)memchr(line, '\n', (size_t)(end - line)) + 1;
+        line = source_next + 1;
     }
+    *length = *length < (size_t)(end - line) ? *length : (size_t)(end - line);
     if (!first->by_library)
         return line;
     size_t left = (size_t)(place - pivot_line);

@@ -11,7 +11,7 @@
 
 #include "messages.h"
 
-static const int kSignals[] = {SIGHUP, SIGINT, SIGQUIT, SIGPIPE, SIGTERM, SIGXCPU};
+static const int kSignals[] = {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGXCPU};
 enum { SIGNALS = sizeof kSignals / sizeof *kSignals };
 
 /* What a signal removes before it ends the program. Changed only while signals are blocked. */
