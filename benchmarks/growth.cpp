@@ -1,6 +1,6 @@
-// What the costs per byte of searches and tokenising become as the text grows, on texts made to
-// lead a simple search into going over the same bytes again and again. Where what is looked for
-// grows too, it is the cost per byte and KiB of that.
+// What the costs per byte of searches, steps back and tokenising become as the text grows, on texts
+// made to lead a simple search into going over the same bytes again and again. What is looked for
+// counts with the text: it may grow as well.
 #include <string>
 
 #include "bench.h"
@@ -48,6 +48,13 @@ Texts straddled(const CodeSet& c, size_t size) {
     return {repeated(std::string{c.a, c.b}, size), std::string{c.b, c.a}};
 }
 
+// A needle as above, but long.
+Texts long_straddled(const CodeSet& c, size_t size) {
+    Texts texts = straddled(c, size);
+    texts.wanted = repeated(texts.wanted, size / 4);
+    return texts;
+}
+
 // Characters that all begin as the text's only one does.
 std::string likenesses(const CodeSet& c) {
     std::string set;
@@ -67,6 +74,15 @@ Texts short_tokens(const CodeSet& c, size_t size) {
     return {repeated(std::string{c.a, c.a, ',', c.a, c.a, c.b, c.b}, size), {',', c.b, c.b}};
 }
 
+void find_byte(Texts& t) {
+    benchmark::DoNotOptimize(mbstrchr(t.text.c_str(), t.wanted.front()));
+}
+void find_last_byte(Texts& t) {
+    benchmark::DoNotOptimize(mbstrrchr(t.text.c_str(), t.wanted.front()));
+}
+void step_back(Texts& t) {
+    benchmark::DoNotOptimize(mbidx(t.text.c_str(), static_cast<unsigned>(t.text.size() - 1)));
+}
 void find_first(Texts& t) {
     benchmark::DoNotOptimize(mbstrstr(t.text.c_str(), t.wanted.c_str()));
 }
@@ -88,16 +104,19 @@ struct Case {
     const char* text;
     void (*run)(Texts&);
     Texts (*make)(const CodeSet&, size_t);
-    bool wanted_grows = false; // with the text, so that the work may be as much as their product
 };
 
 constexpr Case kCases[] = {
-    {"mbstrstr", "needle almost there", find_first, almost, true},
+    {"mbstrchr", "byte off boundaries", find_byte, straddled},
+    {"mbstrrchr", "byte off boundaries", find_last_byte, straddled},
+    {"mbidx", "lead bytes alone", step_back, almost},
+    {"mbstrstr", "needle almost there", find_first, almost},
     {"mbstrstr", "needle off boundaries", find_first, straddled},
-    {"mbstrrstr", "needle almost there", find_last, almost, true},
+    {"mbstrstr", "long needle off boundaries", find_first, long_straddled},
+    {"mbstrrstr", "needle almost there", find_last, almost},
     {"mbstrrstr", "needle off boundaries", find_last, straddled},
     {"mbstrpbrk", "set of look-alikes", find_member, look_alikes},
-    {"mbstrpbrk", "set that grows too", find_member, many_look_alikes, true},
+    {"mbstrpbrk", "set that grows too", find_member, many_look_alikes},
     {"mbstrtok_r", "short tokens", tokenise, short_tokens},
 };
 
@@ -108,11 +127,11 @@ void add_growth() {
         for (const CodeSet& code_set : kCodeSets) {
             const std::string text = std::string(code_set.name) + ", " + attack.text;
             for (const size_t size : kSizes) {
-                const size_t units = attack.wanted_grows ? size * size / kSizes[0] : size;
-                Row("growth", attack.operation, text, size, "byte", units).measure("zvutil", [=] {
+                const Texts texts = attack.make(code_set, size);
+                const size_t bytes = texts.text.size() + texts.wanted.size();
+                Row("growth", attack.operation, text, size, "byte", bytes).measure("zvutil", [=] {
                     InitMbutilExt(code_set.id);
-                    return
-                        [=, texts = attack.make(code_set, size)]() mutable { attack.run(texts); };
+                    return [=, texts = texts]() mutable { attack.run(texts); };
                 });
             }
         }

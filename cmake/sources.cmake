@@ -2,31 +2,43 @@
 # would be a tenth larger.
 target_compile_options(zvutil PRIVATE $<$<CONFIG:Release>:-O2>)
 
+# What they store in a row from a table would be put together in a vector first, which takes longer.
 function(zvutil_hot_sources)
   set_property(SOURCE ${ARGN} TARGET_DIRECTORY zvutil
-      APPEND PROPERTY COMPILE_OPTIONS $<$<CONFIG:Release>:-O3>)
+      APPEND PROPERTY COMPILE_OPTIONS $<$<CONFIG:Release>:-O2;-fno-tree-slp-vectorize;-falign-loops=1;-falign-jumps=1;-falign-functions=16>)
 endfunction()
 
-# Some kernels exist a second time for x86 processors with AVX2, which the library picks when it
-# runs. They stand in source files of their own, and only those are compiled for such processors.
+# Kernels are compiled for vectors of 16 bytes, and for x86 processors with wider ones once more for
+# each width, which the library picks when it runs. Nothing else is compiled for such processors.
 include(CheckIncludeFile)
 check_include_file(sys/platform/x86.h ZVUTIL_ASKS_PROCESSOR)
 if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64" AND ZVUTIL_ASKS_PROCESSOR)
-  target_compile_definitions(zvutil PRIVATE ZVUTIL_AVX2)
+  target_compile_definitions(zvutil PRIVATE ZVUTIL_WIDE_KERNELS)
+  set(ZVUTIL_OPTIONS_32 -mavx2 -mbmi -mbmi2 -mpopcnt -mlzcnt)
+  set(ZVUTIL_OPTIONS_64 ${ZVUTIL_OPTIONS_32} -mavx512f -mavx512bw -mavx512vl -mavx512vbmi -mavx512vbmi2)
+  # GCC 12 makes constant blocks anew from numbers wherever they are used, which costs these loops a
+  # tenth; with this they stand in memory.
+  include(CheckCXXCompilerFlag)
+  check_cxx_compiler_flag(-mtune-ctrl=^inter_unit_moves_to_vec ZVUTIL_KEEPS_CONSTANTS)
+  if(ZVUTIL_KEEPS_CONSTANTS)
+    list(APPEND ZVUTIL_OPTIONS_32 -mtune-ctrl=^inter_unit_moves_to_vec)
+    list(APPEND ZVUTIL_OPTIONS_64 -mtune-ctrl=^inter_unit_moves_to_vec)
+  endif()
 endif()
 
-# GCC 12 makes constant blocks anew from numbers wherever they are used, which costs these loops a
-# tenth; with this they stand in memory.
-include(CheckCXXCompilerFlag)
-check_cxx_compiler_flag(-mtune-ctrl=^inter_unit_moves_to_vec ZVUTIL_KEEPS_CONSTANTS)
-
-function(zvutil_avx2_sources)
-  get_target_property(definitions zvutil COMPILE_DEFINITIONS)
-  if("ZVUTIL_AVX2" IN_LIST definitions)
-    target_sources(zvutil PRIVATE ${ARGN})
-    set_property(SOURCE ${ARGN} TARGET_DIRECTORY zvutil
-        APPEND PROPERTY COMPILE_OPTIONS -mavx2 -mbmi -mbmi2
-        $<$<BOOL:${ZVUTIL_KEEPS_CONSTANTS}>:-mtune-ctrl=^inter_unit_moves_to_vec>)
-    zvutil_hot_sources(${ARGN})
-  endif()
+# zvutil_kernels(FILE WIDTH...): the widths beside 16 that pay.
+function(zvutil_kernels file)
+  target_sources(zvutil PRIVATE ${file})
+  zvutil_hot_sources(${file})
+  cmake_path(GET file STEM name)
+  foreach(width IN LISTS ARGN)
+    if(ZVUTIL_OPTIONS_${width})
+      set(copy ${CMAKE_CURRENT_BINARY_DIR}/${name}_${width}.cpp)
+      file(CONFIGURE OUTPUT ${copy} CONTENT "#include \"${CMAKE_CURRENT_SOURCE_DIR}/${file}\"\n")
+      target_sources(zvutil PRIVATE ${copy})
+      set_property(SOURCE ${copy} TARGET_DIRECTORY zvutil
+          APPEND PROPERTY COMPILE_OPTIONS ${ZVUTIL_OPTIONS_${width}})
+      zvutil_hot_sources(${copy})
+    endif()
+  endforeach()
 endfunction()

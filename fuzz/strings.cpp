@@ -23,18 +23,35 @@ static void check_scanners(const std::string& s, unsigned n) {
     }
 }
 
+// As often as it takes to reach a size at which the library might begin to look anew.
+static std::string repeated(const std::string& s, size_t choice) {
+    static constexpr size_t kSizes[] = {1023, 1024, 1025, 1026,  2048,  4097,  5424,
+                                        5440, 5456, 5472, 16383, 16385, 22000, 50000};
+    const size_t size = kSizes[choice % std::size(kSizes)] - choice / std::size(kSizes) % 16;
+    std::string all;
+    while (all.size() < size && !s.empty()) all += s.substr(0, size - all.size());
+    return all;
+}
+
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     fuzz::Input input(data, size);
     const int code_set = input.one_of(test::kCodeSets);
     const unsigned n = input.byte() % 6;
-    const size_t position = input.below(1000);
-    const std::string s = input.text(), part = input.text();
+    const size_t position = input.two_bytes(), shape = position + size;
+    std::string s = input.text(), part = input.text();
     InitMbutilExt(code_set);
     check_scanners(s, n);
+    if (shape % 50 == 49) s = repeated(s, s.size() + part.size());
+    if (shape % 7 == 6) // no ASCII
+        for (char& c : s) c |= '\x80';
+    if (shape % 3 == 2 && !s.empty()) {
+        const std::string taken = s.substr(position % s.size(), 1 + position % 40 * (n + 1));
+        part = n % 2 == 0 ? taken : taken + part;
+    }
     using Properties = test::StringProperties<fuzz::Text, fuzz::Room>;
     Properties::searches(s, part, same);
     const size_t beyond = mbIsMultiByte() ? 2 : 0;
-    Properties::boundaries(s, std::min(position, s.size() + beyond), same);
+    Properties::boundaries(s, std::min(position % 1000, s.size() + beyond), same);
     Properties::boundaries(s, s.size() + beyond, same);
     Properties::comparisons(s, part, same);
     Properties::changes(s, part, code_set, same);

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <clocale>
+#include <random>
 
 #include "jaconv.h"
 #include "mbutil.h"
@@ -34,6 +35,31 @@ TEST(Characters, OfEveryFirstByteAndCodeSet) {
     }
 }
 
+TEST(Strings, NoTrailByteIsFound) {
+    const std::string padding(15, '!');
+    for (const Rules& rules : kRules) {
+        InitMbutilExt(rules.code_set);
+        for (int pair = 0x8001; pair <= 0xFFFF; ++pair) {
+            const char lead = char(pair >> 8), trail = char(pair);
+            if (trail == 0 || trail == lead || trail == '!') continue;
+            const bool whole = length_by_rules(rules, {lead, trail}, rules.longest) == 2;
+            // Alone, and across the border of two blocks.
+            for (const std::string& before : {std::string(), padding}) {
+                std::string text = before + lead + trail;
+                const size_t at = before.size() + 1, end = text.size();
+                const char* const found = whole ? nullptr : &text[at];
+                const char set[] = {trail, '\0'};
+                ASSERT_EQ(mbstrchr(text.c_str(), trail), found) << rules.code_set << ' ' << pair;
+                ASSERT_EQ(mbstrrchr(text.c_str(), trail), found) << rules.code_set << ' ' << pair;
+                ASSERT_EQ(mbstrcspn(text.c_str(), set), whole ? end : at)
+                    << rules.code_set << ' ' << pair;
+                ASSERT_EQ(strlen(mbstrtok(text.data(), set)), whole ? end : at)
+                    << rules.code_set << ' ' << pair;
+            }
+        }
+    }
+}
+
 TEST(Strings, ThePositionInAnotherCodeSet) {
     InitMbutilExt(ZV_EUC);
     EXPECT_EQ(mbidxtype("\xB0\xA1\x82\xA0", 3, ZV_SJIS), 2u) << "not the current code set";
@@ -49,9 +75,61 @@ TEST(Strings, OneByteCharactersAreChangedAndCheckedAsTheLocaleSays) {
     };
     for (const int code_set : kCodeSets) {
         InitMbutilExt(code_set);
-        for (int byte = 1; byte < 256; ++byte)
-            StringProperties<GuardedText, GuardedRoom>::changes("a" + std::string(3, char(byte)),
-                                                                "", code_set, same);
+        for (int byte = 1; byte < 256; ++byte) {
+            const std::string tail(20, '!'), many(37, char(byte));
+            for (const std::string& text : {"a" + many, std::string(15, '!') + char(byte) + tail})
+                StringProperties<GuardedText, GuardedRoom>::changes(text, "", code_set, same);
+        }
+    }
+}
+
+TEST(Strings, LongCharactersAnywhereInABlock) {
+    const auto same = [](const auto& actual, const auto& expected, const char* function) {
+        EXPECT_EQ(actual, expected) << function;
+    };
+    for (const int code_set : {ZV_EUC, ZV_EUC_H}) {
+        InitMbutilExt(code_set);
+        for (const std::string begin : {"\x8E", "\x8F", "\x8E\xA2"}) {
+            for (size_t before = 0; before < 40; ++before) {
+                for (size_t trails = 0; trails < 6; ++trails) {
+                    const std::string s =
+                        std::string(before, '!') + begin + std::string(trails, '\xA1');
+                    SCOPED_TRACE(testing::Message()
+                                 << code_set << ' ' << testing::PrintToString(s));
+                    using Properties = StringProperties<GuardedText, GuardedRoom>;
+                    Properties::searches(s, "\xA1", same);
+                    Properties::boundaries(s, s.size(), same);
+                }
+            }
+        }
+    }
+}
+
+TEST(Strings, LongNeedlesAmongTheirLikenesses) {
+    std::minstd_rand random(1);
+    const auto below = [&](size_t bound) { return random() % bound; };
+    // A word over and over, with a few of its letters exchanged.
+    const auto nearly_repeated = [&](const std::string& word, size_t size, size_t exchanges) {
+        std::string text;
+        while (text.size() < size) text += word;
+        text.resize(size);
+        while (exchanges-- > 0) text[below(size)] ^= 'a' ^ 'b';
+        return text;
+    };
+    InitMbutilExt(ZV_EUC);
+    for (int n = 0; n < 30000; ++n) {
+        std::string word(1 + below(12), 'a');
+        for (char& c : word) c = "ab"[below(2)];
+        std::string needle = nearly_repeated(word, 17 + below(30), below(3));
+        GuardedText text(nearly_repeated(below(2) ? word : needle, 200 + below(200), below(8)));
+        const std::string hay = text.data();
+        const size_t first = hay.find(needle), last = hay.rfind(needle);
+        ASSERT_EQ(mbstrstr(text.data(), needle.c_str()),
+                  first == hay.npos ? nullptr : text.data() + first)
+            << hay << ' ' << needle;
+        ASSERT_EQ(mbstrrstr(text.data(), needle.c_str()),
+                  last == hay.npos ? nullptr : text.data() + last)
+            << hay << ' ' << needle;
     }
 }
 

@@ -153,7 +153,8 @@ void SetCodePage(const char* locale, char* name);
  *
  * "de_DE.ISO8859-15@euro" becomes "de_DE.cp1252@euro"; code sets other than ISO 8859 stay, as do
  * its parts 3, 6 and 8, and parts 10 to 16 but 13 count as 1. A name without a code set part gets
- * the code page of the process locale, or itself again where that has none: "ja" becomes "ja.ja".
+ * the code page of the process locale, or itself again where that has none: "ja" becomes
+ * "ja.cp1252" in the locale "C" and "ja.ja" in a Japanese one.
  * @param locale a locale name, ASCII; of 100 bytes or more it is copied unchanged.
  * @param out    receives the name; room for the length of @p locale twice, plus 8 bytes. May be
  *               @p locale.
@@ -678,7 +679,7 @@ int mbfreadstring(char* buf, unsigned size, FILE* stream);
  * @return 1; 0 with nothing touched when IsConversionSupport() refuses the pair, when both paths
  *         lead to one file, or when the source cannot be opened (errno tells); 0 when the
  *         destination cannot be opened (errno tells) or there is no memory (it may be empty then).
- *         Read and write errors are not told.
+ *         Read errors, that of a directory too, and write errors are not told.
  */
 int mbconvertfile2native_ex(const char* source, const char* destination, char append, int code_set);
 /** @} */
@@ -795,8 +796,9 @@ char* convertToQuotedPrintable(char* dst, const char* src);
  * The line ends at its terminator, CR or LF, which is not copied; a text of several lines is
  * decoded line by line. "=" and CR or LF are dropped and the line goes on behind them, so that "=",
  * CR, LF ends it. Bytes that have no place in such text are dropped; "=" and a byte that is no
- * digit stay, of "=" and a single digit the digit and what follows it, a line end too: then the
- * line goes on behind it. "=00" becomes a zero byte, where a reader of strings sees the end.
+ * hexadecimal digit stay, of "=" and a single digit the digit and what follows it, a line end too:
+ * then the line goes on behind it. "=00" becomes a zero byte, where a reader of strings sees the
+ * end.
  * @param dst receives the decoded bytes; room for the length of @p src plus 1 bytes. May be @p src.
  * @param src the line.
  * @return @p dst.

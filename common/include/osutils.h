@@ -147,9 +147,9 @@ void OSGetEol(char* out);
  * @brief What this machine and this server are called.
  *
  * Names have at most 64 bytes, in the current code set, which is initialised where nothing has set
- * it; every output has room for 65 bytes. Letter case is told apart only where that is said; that
- * of ASCII, whatever the process locale. A look-up may ask the network and wait for it. Why it
- * failed is not reported.
+ * it; every output has room for 65 bytes. Letter case counts only where that is said; which letters
+ * are the same follows from the process locale, but for those of ASCII. A look-up may ask the
+ * network and wait for it. Why it failed is not reported.
  * @par Thread safety
  * Any number of threads at once after InitializeSrvUtil() gave 1; after it gave 0, once
  * OSGetHostnameNoDomain() has been called.
@@ -432,8 +432,9 @@ int OSFindLineInFile(const char* path, const char* text);
 /**
  * Appends a line to a file, under a write lock that it waits for.
  *
- * Lines from several processes never mix; threads of one process exclude each other themselves.
- * The file is made where there is none, with the permissions 0777 less the umask.
+ * Lines from several processes never mix. Locks do not keep threads of one process apart: the host
+ * does, for example with OSEnterCriticalSection(), or lines may be lost. The file is made where
+ * there is none, with the permissions 0777 less the umask.
  * @param path a path.
  * @param text the line, without its line feed.
  * @return 0; -1 with errno when the file cannot be opened or locked, or the line not be written

@@ -3,13 +3,14 @@
 
 namespace zv {
 
-// Whether the processor and the system have vectors of 32 bytes (AVX2) and the bit operations that
-// come with them.
-#ifdef ZVUTIL_AVX2
-bool has_avx2();
+// How many bytes the processor's and the system's vectors have: 64 with the AVX-512 instructions
+// that move single bytes (VBMI2), 32 with AVX2, each with the bit operations that come with them,
+// else 16.
+#ifdef ZVUTIL_WIDE_KERNELS
+int vector_size();
 #else
-constexpr bool has_avx2() {
-    return false;
+constexpr int vector_size() {
+    return 16;
 }
 #endif
 

@@ -41,7 +41,7 @@ inline size_t boundary(const std::string& s, size_t n) {
 inline long find_text(const std::string& s, const std::string& text, bool last) {
     const size_t size = text.size();
     return find(s, last, [&](size_t i) {
-        return s.compare(i, size, text) == 0 && boundary(s.substr(i), size) == size;
+        return s.compare(i, size, text) == 0 && boundary(s.substr(i, size + 4), size) == size;
     });
 }
 

@@ -1,285 +1,219 @@
 #include "conversion.h"
 
-#include <stddef.h>
 #include <string.h>
 
-#include "jaconv.h"
+#include "headers.h"
 #include "mbutil.h"
 #include "messages.h"
+#include "progress.h"
+#include "subjects.h"
 
 enum {
-    BLOCK = 64 * 1024,
-    SHIFT = 3 /* room in front of a block for ESC $ B */
+    BLOCK = 128 * 1024,
+    LONGEST_MARK = 4 /* of the byte orders */
 };
 
-/* The worst cases of convertStrExt() and of convertSubjectForMail(). */
-static size_t converted_room(size_t length) {
-    return 5 * length + 4;
-}
-static size_t subject_room(size_t length) {
-    return 64 * length + 64;
-}
+/* A conversion under way. */
+struct run {
+    const struct conversion* wanted;
+    const char* name;
+    struct output* output;
+    struct encoding from, text; /* of the input, and of what the pipeline makes of it */
+    struct pipeline pipeline;
+    struct line_end_filter line_ends;
+    struct buffer result, lines; /* lines: text that has to be taken line by line */
+    struct headers* headers;
+    unsigned long line;
+    bool ends_line; /* what was taken last */
+};
 
-static bool is_single_byte(int code_set) {
-    return code_set != ZV_JIS && mbmaxcharlenExt(code_set) == 1;
-}
-
-/*
- * Layout stays outside the text that is converted: the way from ISO to Windows code pages gives the
- * low control codes another meaning, and a character cut at a line's end takes none with it.
- */
-static bool is_layout(char c) {
-    return c == '\n' || c == '\r' || c == '\0';
-}
-
-/* Counts a byte that is rare. */
-static size_t count_byte(const char* text, size_t length, char byte) {
-    const char* const end = text + length;
-    size_t count = 0;
-    while ((text = memchr(text, (unsigned char)byte, (size_t)(end - text))) != NULL) {
-        ++count;
-        ++text;
-    }
-    return count;
-}
-
-static bool is_well_formed(const struct conversion* c, const char* text, size_t length) {
-    unsigned bad;
-    if (c->from != ZV_JIS)
-        return mbvalidatestring(text, &bad, c->from) == 1;
-    unsigned char all = 0;
-    for (size_t i = 0; i < length; ++i)
-        all |= (unsigned char)text[i];
-    return all < 0x80;
-}
-
-/* Counts the characters that have no counterpart in the other code set. */
-static size_t count_lost(const struct conversion* c, const char* text, size_t length,
-                         const char* result, size_t result_length) {
-    if (c->from == ZV_EUC && c->to != ZV_EUC) /* the supplementary characters of three bytes */
-        return count_byte(text, length, '\x8F');
-    if (c->from == c->to || (c->from != ZV_BIG5 && c->from != ZV_EUC_H))
-        return 0;
-    /* They become two question marks, and no character of two bytes holds one. */
-    const size_t before = count_byte(text, length, '?');
-    const size_t after = count_byte(result, result_length, '?');
-    return after > before ? (after - before + 1) / 2 : 0;
-}
-
-/* Converts text without a zero byte before its end, in front of which SHIFT bytes are free. */
-static bool convert_text(struct conversion* c, char* text, size_t length) {
-    if (c->two_byte) {
-        text -= SHIFT;
-        length += SHIFT;
-        memcpy(text, "\x1B$B", SHIFT);
-    }
-    char* result = output_room(c->output, converted_room(length));
-    if (result == NULL)
-        return false;
-    convertStrExt(text, c->from, result, c->to);
-    const size_t result_length = strlen(result);
-    c->lost += count_lost(c, text, length, result, result_length);
-    output_add(result_length);
-    return true;
-}
-
-static bool write_bytes(struct conversion* c, const char* bytes, size_t length) {
-    char* room = output_room(c->output, length);
-    if (room == NULL)
-        return false;
-    memcpy(room, bytes, length);
-    output_add(length);
-    return true;
-}
-
-/* Puts a byte back wherever the text has it. */
-static void put_back(char byte, char* result, const char* text, size_t length) {
-    const char* const end = text + length;
-    for (const char* next = text; (next = memchr(next, byte, (size_t)(end - next))) != NULL; ++next)
-        result[next - text] = byte;
-}
-
-static unsigned count_control_codes(const char* result, const char* text, size_t length) {
-    unsigned count = 0;
-    for (size_t i = 0; i < length; ++i)
-        count += (unsigned char)(text[i] & ~result[i]) >> 7; /* was not ASCII and now is */
-    return count;
-}
-
-/* Each byte becomes one byte, so layout and tabs can be put back where they were. */
-static bool convert_single_bytes(struct conversion* c, const char* text, size_t length) {
-    char* result = output_room(c->output, length + 1);
-    if (result == NULL)
-        return false;
-    for (size_t i = 0; i < length; ++i) { /* a zero byte ends what is converted at once */
-        convertStrExt(text + i, c->from, result + i, c->to);
-        i += strlen(text + i);
-    }
-    put_back('\n', result, text, length);
-    put_back('\r', result, text, length);
-    put_back('\t', result, text, length);
-    if (c->from == ZV_CP1250 || c->from == ZV_CP1251)
-        c->control_codes += count_control_codes(result, text, length);
-    output_add(length);
-    return true;
-}
-
-/* Writes a line, whose end has been cut off, as a subject. */
-static bool write_subject(struct conversion* c, char* line, size_t length) {
-    ++c->line;
-    if (length > 0 && line[length - 1] == '\r')
-        line[--length] = '\0';
-    if (strlen(line) != length)
-        return complain("%s:%lu: a zero byte in a subject", c->name, c->line);
-    c->malformed += !is_well_formed(c, line, length);
-    int code_set = c->from;
-    if (code_set == ZV_JIS) { /* its characters show only in the light of the escape sequences */
-        static char native[2 * BLOCK + 1];
-        line = convertStrExt(line, ZV_JIS, native, ZV_EUC);
-        code_set = ZV_EUC;
-    }
-    if (!write_bytes(c, "Subject: ", 9))
-        return false;
-    char* subject = output_room(c->output, subject_room(length));
-    if (subject == NULL)
-        return false;
-    convertSubjectForMail(subject, line, mbGetCodeSetForMail(c->to), code_set);
-    output_add(strlen(subject));
-    return write_bytes(c, "\n", 1);
-}
-
-/* How much of a block without layout may be converted by itself, and the shift state there. */
-static size_t whole_characters(const struct conversion* c, const char* block, size_t length,
-                               int* two_byte) {
-    const size_t limit = length - 4; /* leaves room for a character or an escape sequence */
-    if (c->from != ZV_JIS)
-        return mbidx(block, (unsigned)limit);
-    const unsigned char* const text = (const unsigned char*)block;
-    const unsigned char* p = text;
-    while (p < text + limit) {
-        const unsigned char byte = *p++;
-        if (byte == 0x1B) {
-            const int next = *p++;
-            SkipESCSeq(&p, next, two_byte);
-        } else if (*two_byte) {
-            ++p;
-        }
-    }
-    return (size_t)(p - text);
-}
-
-/* Converts the front of a block that holds one long piece of a line. Gives its length, 0 when that
- * failed. */
-static size_t convert_front(struct conversion* c, char* block, size_t length) {
-    if (c->subjects) {
-        complain("%s:%lu: the line is too long for a subject", c->name, c->line + 1);
-        return 0;
-    }
-    int two_byte = c->two_byte;
-    const size_t used = whole_characters(c, block, length, &two_byte);
-    const char kept = block[used];
-    block[used] = '\0';
-    c->malformed += !is_well_formed(c, block, used);
-    const bool good = convert_text(c, block, used);
-    block[used] = kept;
-    c->two_byte = two_byte;
-    return good ? used : 0;
-}
-
-/* Converts the pieces of a block one by one; layout ends each. */
-static bool convert_pieces(struct conversion* c, char* block, size_t length) {
-    size_t begin = 0;
-    for (size_t end = 0; end < length; ++end) {
-        const char layout = block[end];
-        if (!is_layout(layout))
+/* Where the text behind the byte order mark begins. A mark tells the order where the name does not.
+ * UTF-8 text that stays what it is keeps it. */
+static size_t skip_mark(struct encoding* from, const struct encoding* to, const char* text,
+                        size_t length) {
+    static const struct {
+        const char *bytes, *any_order, *this_order;
+        size_t length;
+    } kMarks[] = {{"\xFF\xFE\0\0", "UTF-32", "UTF-32LE", 4},
+                  {"\0\0\xFE\xFF", "UTF-32", "UTF-32BE", 4},
+                  {"\xFF\xFE", "UTF-16", "UTF-16LE", 2},
+                  {"\xFE\xFF", "UTF-16", "UTF-16BE", 2},
+                  {"\xEF\xBB\xBF", "UTF-8", "UTF-8", 3}};
+    for (size_t i = 0; i < sizeof kMarks / sizeof *kMarks; ++i) {
+        if (length < kMarks[i].length || memcmp(text, kMarks[i].bytes, kMarks[i].length) != 0)
             continue;
-        block[end] = '\0';
-        if (end > begin) {
-            c->malformed += !is_well_formed(c, block + begin, end - begin);
-            if (!convert_text(c, block + begin, end - begin))
-                return false;
-        }
-        if (!write_bytes(c, &layout, 1))
-            return false;
-        c->two_byte = 0;
-        begin = end + 1;
-    }
-    return true;
-}
-
-static bool write_subjects(struct conversion* c, char* block, size_t length) {
-    char* line = block;
-    while (line < block + length) {
-        char* end = memchr(line, '\n', (size_t)(block + length - line));
-        *end = '\0';
-        if (!write_subject(c, line, (size_t)(end - line)))
-            return false;
-        line = end + 1;
-    }
-    return true;
-}
-
-/* Converts the part of a block that whole lines are. */
-static bool convert_lines(struct conversion* c, char* block, size_t length) {
-    if (c->subjects)
-        return write_subjects(c, block, length);
-    /* In well-formed text no character reaches over the end of a line. JIS does not tell. */
-    const char kept = block[length];
-    block[length] = '\0';
-    const bool at_once =
-        c->from != ZV_JIS && strlen(block) == length && is_well_formed(c, block, length);
-    const bool good = at_once ? convert_text(c, block, length) : convert_pieces(c, block, length);
-    block[length] = kept;
-    return good;
-}
-
-/* The length of the whole lines in a block, whose first bytes are known to hold no line end. */
-static size_t whole_lines(const struct conversion* c, const char* block, size_t known,
-                          size_t length) {
-    while (length > known) {
-        const char last = block[length - 1];
-        if (c->subjects ? last == '\n' : is_layout(last))
-            return length;
-        --length;
+        const bool any_order = strcmp(from->iconv, kMarks[i].any_order) == 0;
+        if (!any_order && strcmp(from->iconv, kMarks[i].this_order) != 0)
+            continue;
+        from->iconv = kMarks[i].this_order;
+        return strcmp(from->iconv, to->iconv) == 0 ? 0 : kMarks[i].length;
     }
     return 0;
 }
 
-static bool convert_rest(struct conversion* c, char* block, size_t length) {
-    if (length == 0)
-        return true;
-    if (c->subjects)
-        return write_subject(c, block, length);
-    c->malformed += !is_well_formed(c, block, length);
-    return convert_text(c, block, length);
+static bool write_result(struct run* r, bool final) {
+    return line_ends_change(&r->line_ends, &r->result, final) &&
+           output_write(r->output, &r->result);
 }
 
-bool convert(struct conversion* c, struct input* input, struct output* output) {
-    static char room[SHIFT + BLOCK + 1];
-    char* const block = room + SHIFT;
-    const bool single_byte = !c->subjects && is_single_byte(c->from);
-    size_t filled = 0;
-    long got;
-    c->name = input->name;
-    c->output = output;
-    /* The current code set is that of the text at hand. */
-    InitMbutilExt(c->subjects && c->from == ZV_JIS ? ZV_EUC : c->from);
-    while ((got = input_read(input, block + filled, BLOCK - filled)) > 0) {
-        const size_t known = filled;
-        filled += (size_t)got;
-        block[filled] = '\0';
-        size_t used = single_byte ? filled : whole_lines(c, block, known, filled);
-        bool good = true;
-        if (single_byte)
-            good = convert_single_bytes(c, block, filled);
-        else if (used > 0)
-            good = convert_lines(c, block, used);
-        else if (filled == BLOCK)
-            good = (used = convert_front(c, block, filled)) > 0;
-        if (!good || !output_flush(output))
+/* Takes a line without its end. */
+static bool take_line(struct run* r, char* line, size_t length, bool ends_line) {
+    ++r->line;
+    r->ends_line = ends_line;
+    if (r->wanted->content == HEADERS)
+        return headers_take(r->headers, line, length, &r->result);
+    if (length > 0 && line[length - 1] == '\r')
+        line[--length] = '\0';
+    if (strlen(line) != length)
+        return complain_at(r->name, r->line, "a zero byte in a subject");
+    return r->wanted->content == SUBJECTS
+               ? write_subject(line, &r->text, &r->wanted->to, &r->result)
+               : write_standard_subject(line, length, &r->text, &r->result);
+}
+
+/* Takes the whole lines of what has come together; with `final`, the rest too. */
+static bool take_lines(struct run* r, bool final) {
+    struct buffer* lines = &r->lines;
+    if (buffer_extend(lines, 1) == NULL)
+        return false;
+    char* next = lines->bytes;
+    char* const end = next + lines->length;
+    *end = '\n'; /* where the last line ends that has no end of its own */
+    while (next < end) {
+        char* stop = memchr(next, '\n', (size_t)(end - next) + 1);
+        if (stop == end && !final)
+            break;
+        *stop = '\0';
+        if (!take_line(r, next, (size_t)(stop - next), stop < end))
             return false;
+        next = stop < end ? stop + 1 : end;
+    }
+    lines->length = (size_t)(end - next);
+    memmove(lines->bytes, next, lines->length);
+    return lines->length <= BLOCK ||
+           complain_at(r->name, r->line + 1, "the line is too long for mail");
+}
+
+static bool run_portion(struct run* r, char* text, size_t length, bool final, size_t* used) {
+    *used = length;
+    if (r->wanted->content == HEADERS)
+        return buffer_add(&r->lines, text, length) && take_lines(r, final) &&
+               (!final || headers_finish(r->headers, r->ends_line, &r->result)) &&
+               write_result(r, final);
+    const bool by_lines = r->wanted->content != TEXT;
+    troubles_enter(&r->pipeline.troubles, text);
+    if (!pipeline_run(&r->pipeline, text, length, final, by_lines ? &r->lines : &r->result, used))
+        return false;
+    troubles_leave(&r->pipeline.troubles, *used);
+    return (!by_lines || take_lines(r, final)) && write_result(r, final);
+}
+
+/* The length of the whole lines in a block, whose first bytes are known to hold no line end. */
+static size_t whole_lines(const struct run* r, const char* block, size_t known, size_t length) {
+    const size_t unit = r->wanted->content == HEADERS ? 1 : unit_of(&r->from);
+    if (unit == 1) {
+        const char* end = memrchr(block + known, '\n', length - known);
+        return end != NULL ? (size_t)(end - block) + 1 : 0;
+    }
+    for (size_t end = length - length % unit; end >= known + unit && end > 0; end -= unit) {
+        const char* last = block + end - unit;
+        const char* low = last[0] == '\n' ? last : last + unit - 1;
+        size_t zeros = 0;
+        for (size_t i = 0; i < unit; ++i)
+            zeros += last[i] == '\0';
+        if (*low == '\n' && zeros == unit - 1)
+            return end;
+    }
+    return 0;
+}
+
+/* How much of a block that is full and holds one piece of a line may be converted. */
+static size_t front(const struct run* r, const char* block, size_t length) {
+    const struct step* first = &r->pipeline.steps[0];
+    if (r->wanted->content == HEADERS || !first->by_library)
+        return length;
+    return library_step_front(&first->library, block, length);
+}
+
+/* Reads until a byte order mark can be told or the text ends. */
+static long read_front(struct input* input, char* block) {
+    long filled = 0, got;
+    do {
+        got = input_read(input, block + filled, BLOCK - (size_t)filled);
+        filled += got > 0 ? got : 0;
+    } while (got > 0 && filled < LONGEST_MARK);
+    return got < 0 ? got : filled;
+}
+
+/* Of the headers that are written. */
+static const struct encoding kAscii = {"ASCII", "ASCII", NO_CODE_SET};
+
+static bool open_run(struct run* r, const char* block, size_t filled, size_t* skipped) {
+    const struct conversion* c = r->wanted;
+    r->from = c->from;
+    r->text =
+        c->content == TEXT ? c->to : subject_encoding(&c->from, &c->to, c->content != SUBJECTS);
+    *skipped = 0;
+    const bool is_mail = c->content == SUBJECTS || c->content == STANDARD_SUBJECTS;
+    if (!line_ends_begin(&r->line_ends, c->line_ends, is_mail ? &kAscii : &c->to))
+        return false;
+    if (c->content == HEADERS) {
+        r->headers = headers_open(r->name, &c->from, &c->to, &c->wishes, r->output->written);
+        return r->headers != NULL;
+    }
+    *skipped = skip_mark(&r->from, &r->text, block, filled);
+    /* The current code set is that of the text that the library looks at. */
+    const struct encoding* native = c->content == TEXT ? &c->from : &r->text;
+    InitMbutilExt(native->code_set == ZV_WESTERN || native->code_set == NO_CODE_SET
+                      ? ZV_EUC
+                      : native->code_set);
+    return pipeline_open(&r->pipeline, r->name, &r->from, &r->text, &c->wishes, r->output->written);
+}
+
+/* Converts what has been read, and reads on unless that is all. */
+static bool run_all(struct run* r, struct input* input, char* block, size_t filled, bool ended) {
+    size_t known = 0; /* so many bytes at the front hold no line end */
+    for (;;) {
+        size_t used = ended ? filled : whole_lines(r, block, known, filled);
+        if (used == 0 && filled == BLOCK)
+            used = front(r, block, filled);
+        if ((used > 0 || ended) && !run_portion(r, block, used, ended, &used))
+            return false;
+        if (ended)
+            return true;
         filled -= used;
         memmove(block, block + used, filled + 1);
+        known = filled;
+        const long got = input_read(input, block + filled, BLOCK - filled);
+        if (got < 0)
+            return false;
+        filled += (size_t)got;
+        block[filled] = '\0';
+        ended = got == 0;
     }
-    return got == 0 && convert_rest(c, block, filled);
+}
+
+static bool report(const struct run* r) {
+    return r->headers != NULL ? headers_report(r->headers) : troubles_report(&r->pipeline.troubles);
+}
+
+bool convert(const struct conversion* conversion, struct input* input, struct output* output) {
+    static char room[BLOCK + 1];
+    struct run r = {.wanted = conversion, .name = input->name, .output = output};
+    const long filled = read_front(input, room);
+    size_t skipped;
+    if (filled < 0 || !open_run(&r, room, (size_t)filled, &skipped))
+        return false;
+    const size_t left = (size_t)filled - skipped;
+    memmove(room, room + skipped, left);
+    r.pipeline.troubles.offset = skipped;
+    const bool good = run_all(&r, input, room, left, filled == 0) && report(&r);
+    if (r.headers != NULL)
+        headers_close(r.headers);
+    else
+        pipeline_close(&r.pipeline);
+    buffer_free(&r.result);
+    buffer_free(&r.lines);
+    buffer_free(&r.line_ends.scratch);
+    return good;
 }

@@ -1,30 +1,29 @@
-/* The conversion of a whole file, line by line in bounded memory. */
+/* The conversion of a whole file, in portions of bounded size that end at line ends. */
 #ifndef ZVCONV_CONVERSION_H
 #define ZVCONV_CONVERSION_H
 
 #include <stdbool.h>
 
 #include "input.h"
+#include "line_ends.h"
 #include "output.h"
+#include "pipeline.h"
 
-struct conversion {
-    int from, to;
-    bool subjects; /* each line becomes the header line of a mail */
-
-    /* What was met on the way. */
-    unsigned long
-        control_codes;       /* characters that became control codes, which the way back reads */
-    unsigned long lost;      /* characters without a counterpart */
-    unsigned long malformed; /* lines that are not text of `from` */
-
-    /* For the conversion alone. */
-    const char* name; /* of the input */
-    struct output* output;
-    int two_byte; /* shift state of JIS text at the front of the block */
-    unsigned long line;
+enum content {
+    TEXT,
+    SUBJECTS,          /* each line becomes the header line of a mail, in the library's form */
+    STANDARD_SUBJECTS, /* the same in the form that every mail program reads */
+    HEADERS            /* mail headers become the text of their encoded words */
 };
 
-/* Converts all of the input. False after a complaint about the input or the output. */
-bool convert(struct conversion* conversion, struct input* input, struct output* output);
+struct conversion {
+    struct encoding from, to;
+    enum content content;
+    enum line_ends line_ends;
+    struct wishes wishes;
+};
+
+/* Converts all of the input. False after a complaint. */
+bool convert(const struct conversion* conversion, struct input* input, struct output* output);
 
 #endif

@@ -6,8 +6,6 @@
 #include <string.h>
 #include <unistd.h>
 
-#include "jaconv.h"
-#include "mbutil.h"
 #include "messages.h"
 #include "progress.h"
 
@@ -55,26 +53,14 @@ static bool spool(struct input* input) {
     return good && (fstat(input->descriptor, &input->status) == 0 || complain_of(input->name));
 }
 
-int input_detect(struct input* input) {
+off_t input_mark(struct input* input) {
     if (lseek(input->descriptor, 0, SEEK_CUR) < 0 && !spool(input))
-        return 0;
-    const off_t start = lseek(input->descriptor, 0, SEEK_CUR);
-    const int copy = dup(input->descriptor);
-    FILE* stream = copy < 0 ? NULL : fdopen(copy, "rb");
-    if (stream == NULL) {
-        complain_of(input->name);
-        return 0;
-    }
-    int code_set = DetectJPCodeType(stream);
-    bool good = !ferror(stream) || complain_of(input->name);
-    fclose(stream); /* which may move the position, as both descriptors share it */
-    good = good && (lseek(input->descriptor, start, SEEK_SET) == start || complain_of(input->name));
-    if (!good)
-        return 0;
-    if (code_set == ZV_EUC_OR_SJIS)
-        note("%s: fits EUC and SJIS, taken as EUC", input->name);
-    /* Without any Japanese character it is the same as all others. */
-    return code_set == ZV_WESTERN || code_set == ZV_EUC_OR_SJIS ? ZV_EUC : code_set;
+        return -1;
+    return lseek(input->descriptor, 0, SEEK_CUR);
+}
+
+bool input_return(struct input* input, off_t mark) {
+    return lseek(input->descriptor, mark, SEEK_SET) == mark || complain_of(input->name);
 }
 
 off_t input_size(const struct input* input) {

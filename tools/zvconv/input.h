@@ -15,8 +15,10 @@ struct input {
 bool input_open(struct input* input, const char* name, bool regular);
 void input_close(struct input* input);
 
-/* Tells in which Japanese encoding the text is; 0 after a complaint. */
-int input_detect(struct input* input);
+/* Makes an input that can be read once more from where it is: what cannot be positioned is copied
+ * to a temporary file. Gives the position, -1 after a complaint. */
+off_t input_mark(struct input* input);
+bool input_return(struct input* input, off_t mark);
 
 /* How many bytes are still to come, -1 when nobody knows. */
 off_t input_size(const struct input* input);

@@ -1,15 +1,20 @@
 /*
- * zvconv: converts text files between code sets and writes mail subjects.
+ * zvconv: converts text files between encodings, tells their encodings, writes and reads mail
+ * headers.
  *
  * A host program of libzvutil as its users write them: it uses the public headers alone.
  */
 #include <fcntl.h>
 #include <signal.h>
+#include <stdio.h>
 #include <stdlib.h>
+#include <string.h>
 #include <unistd.h>
 
-#include "code_sets.h"
 #include "conversion.h"
+#include "detection.h"
+#include "files.h"
+#include "jobs.h"
 #include "mbutil.h"
 #include "messages.h"
 #include "options.h"
@@ -23,46 +28,59 @@ static void occupy_standard_streams(void) {
     }
 }
 
-/* Tells of a loss. False unless it is accepted. */
-static bool report_loss(const struct options* options, const char* name, const char* loss,
-                        int code_set, unsigned long count) {
-    if (count > 0 && !options->force)
-        return complain("%s: %s %s: %lu (--force accepts that)", name, loss,
-                        name_of_code_set(code_set), count);
-    if (count > 0)
-        note("%s: %s %s: %lu", name, loss, name_of_code_set(code_set), count);
-    return true;
+/* Finds the encoding of an input. Text of ASCII alone is text of whatever makes it quickest. */
+static bool detect_encoding(const struct options* options, struct input* input,
+                            struct conversion* c) {
+    struct guess guess;
+    if (!detect(input, &guess))
+        return false;
+    if (!guess.decided)
+        return complain("%s: %s; say with -f what it is", input->name, guess.found);
+    if (c->wishes.verbose)
+        note("%s: taken as %s for %s", input->name, guess.encoding.name, guess.found);
+    const struct encoding euc = encoding_of(ZV_EUC);
+    const bool is_ascii = guess.encoding.code_set == NO_CODE_SET && unit_of(&guess.encoding) == 1 &&
+                          !is_unicode(&guess.encoding);
+    c->from = is_ascii && (library_serves(ZV_EUC, c->to.code_set) || c->wishes.full_katakana)
+                  ? euc
+                  : guess.encoding;
+    return !options->conversion.wishes.full_katakana || katakana_can_be_widened(&c->from, &c->to) ||
+           complain("%s: --katakana: neither %s nor %s is a Japanese encoding of 8 bits",
+                    input->name, c->from.name, c->to.name);
 }
 
-static bool report(const struct options* options, const struct conversion* c) {
-    if (c->control_codes > 0)
-        note("%s: characters that became control codes in %s: %lu", c->name,
-             name_of_code_set(c->to), c->control_codes);
-    const bool well_formed =
-        report_loss(options, c->name, "malformed lines of", c->from, c->malformed);
-    return report_loss(options, c->name, "characters without counterpart in", c->to, c->lost) &&
-           well_formed;
+/* Whether text without faults stays what it is. */
+static bool changes_nothing(const struct conversion* c) {
+    return c->content == TEXT && c->line_ends == KEEP_LINE_ENDS && !c->wishes.full_katakana &&
+           c->wishes.policy == REFUSE && strcmp(c->from.iconv, c->to.iconv) == 0;
 }
 
 static bool convert_input(const struct options* options, struct input* input,
                           struct output* output) {
-    struct conversion c = {.from = options->from, .to = options->to, .subjects = options->subjects};
-    if (c.from == DETECT && (c.from = input_detect(input)) == 0)
+    struct conversion c = options->conversion;
+    if (output_feeds(output, &input->status))
+        return complain("%s: is what it would be written to", input->name);
+    if (options->detects && !detect_encoding(options, input, &c))
         return false;
-    if (!is_served(c.from, options->target))
-        return complain("%s: no conversion from %s to %s", input->name, name_of_code_set(c.from),
-                        name_of_code_set(options->target));
-    progress_begin(input_size(input), !options->quiet && !isatty(output->descriptor));
+    output->idle = changes_nothing(&c);
+    progress_begin(input_size(input),
+                   !options->quiet && options->jobs <= 1 && !isatty(output->descriptor));
     const bool good = convert(&c, input, output);
     progress_end();
-    return good && report(options, &c);
+    return good;
+}
+
+/* The files that are named, or standard input. */
+static char** named_files(const struct options* options, int* count) {
+    static char standard_input[] = "-";
+    static char* none[] = {standard_input};
+    *count = options->count > 0 ? options->count : 1;
+    return options->count > 0 ? options->files : none;
 }
 
 static bool convert_all(const struct options* options) {
-    static char standard_input[] = "-";
-    static char* none[] = {standard_input};
-    char** const files = options->count > 0 ? options->files : none;
-    const int count = options->count > 0 ? options->count : 1;
+    int count;
+    char** const files = named_files(options, &count);
     struct output output;
     bool good = true;
     if (!output_open(&output, options->output))
@@ -76,7 +94,7 @@ static bool convert_all(const struct options* options) {
             good = false;
         }
     }
-    return output_close(&output, good, options->backup, NULL);
+    return output_close(&output, good, &options->replacing, NULL);
 }
 
 static bool convert_in_place(const struct options* options, const char* name) {
@@ -87,10 +105,56 @@ static bool convert_in_place(const struct options* options, const char* name) {
     bool good = output_open(&output, name);
     if (good) {
         good = convert_input(options, &input, &output);
-        good = output_close(&output, good, options->backup, &input.status);
+        good = output_close(&output, good, &options->replacing, &input.status);
     }
     input_close(&input);
     return good;
+}
+
+/* What every process knows of the files. */
+struct shared {
+    const struct options* options;
+    const struct files* files;
+};
+
+static bool convert_one(void* context, int index) {
+    const struct shared* shared = context;
+    return convert_in_place(shared->options, shared->files->names[index]);
+}
+
+static bool convert_in_places(const struct options* options) {
+    struct files files;
+    if (!files_collect(&files, options->files, options->count, options->recursive,
+                       options->patterns, options->pattern_count)) {
+        files_free(&files);
+        return false;
+    }
+    struct shared shared = {options, &files};
+    const bool good = run_jobs(options->jobs, files.count, convert_one, &shared) && files.complete;
+    files_free(&files);
+    return good;
+}
+
+static bool guess_all(const struct options* options) {
+    int count;
+    char** const files = named_files(options, &count);
+    bool good = true;
+    for (int i = 0; i < count; ++i) {
+        struct input input;
+        struct guess guess;
+        if (!input_open(&input, files[i], false)) {
+            good = false;
+            continue;
+        }
+        if (!detect(&input, &guess))
+            good = false;
+        else if (!guess.decided)
+            good = complain("%s: %s", input.name, guess.found);
+        else
+            printf("%s: %s (%s)\n", input.name, guess.encoding.name, guess.line_ends);
+        input_close(&input);
+    }
+    return ((fflush(stdout) == 0 && !ferror(stdout)) || complain_of("standard output")) && good;
 }
 
 int main(int argc, char** argv) {
@@ -102,10 +166,8 @@ int main(int argc, char** argv) {
         return status;
     if (options.quiet)
         silence_notes();
-    bool good = true;
-    if (!options.in_place)
-        good = convert_all(&options);
-    for (int i = 0; options.in_place && i < options.count; ++i)
-        good = convert_in_place(&options, options.files[i]) && good;
+    const bool good = options.guesses    ? guess_all(&options)
+                      : options.in_place ? convert_in_places(&options)
+                                         : convert_all(&options);
     return good ? EXIT_SUCCESS : EXIT_FAILURE;
 }

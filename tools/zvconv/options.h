@@ -4,19 +4,24 @@
 
 #include <stdbool.h>
 
-enum {
-    DETECT = -1, /* the code set of '-f auto' */
+#include "conversion.h"
 
+enum {
     EXIT_MISUSED = 2, /* exit status for a command line that cannot be served */
-    GO_ON = -1
+    GO_ON = -1,
+    PATTERNS = 64
 };
 
 struct options {
-    int from, to;
-    int target; /* of the conversion: `to`, or the code set in which its mail is written */
-    bool subjects, in_place, force, quiet;
+    struct conversion conversion;
+    bool detects; /* the encoding of each file */
+    bool guesses; /* and does no more */
+    bool in_place, recursive, quiet;
+    int jobs;
+    const char* patterns[PATTERNS];
+    int pattern_count;
     const char* output; /* NULL for standard output */
-    const char* backup; /* suffix of the old file's name, NULL for no backup */
+    struct replacing replacing;
     char** files;
     int count;
 };

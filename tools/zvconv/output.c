@@ -2,19 +2,13 @@
 
 #include <errno.h>
 #include <fcntl.h>
-#include <stddef.h>
 #include <string.h>
 #include <unistd.h>
 
 #include "messages.h"
 
-/* There is one output at a time. */
-static char buffer[5 * 1024 * 1024];
-static size_t filled;
-
 bool output_open(struct output* output, const char* name) {
     struct stat status;
-    filled = 0;
     *output = (struct output){.name = name};
     if (name == NULL || strcmp(name, "-") == 0) {
         output->name = "standard output";
@@ -30,40 +24,37 @@ bool output_open(struct output* output, const char* name) {
     return output->descriptor >= 0 || complain_of(output->name);
 }
 
-bool output_close(struct output* output, bool good, const char* backup_suffix,
+bool output_feeds(const struct output* output, const struct stat* input) {
+    struct stat status;
+    return fstat(output->descriptor, &status) == 0 && S_ISREG(status.st_mode) &&
+           status.st_dev == input->st_dev && status.st_ino == input->st_ino;
+}
+
+bool output_close(struct output* output, bool good, const struct replacing* replacing,
                   const struct stat* read) {
-    good = output_flush(output) && good;
     if (!output->replaces)
         return (close(output->descriptor) == 0 || complain_of(output->name)) && good;
-    if (good)
-        return replacement_commit(&output->replacement, backup_suffix, read);
+    if (good && !(output->idle && read != NULL))
+        return replacement_commit(&output->replacement, replacing, read);
     replacement_abandon(&output->replacement);
-    return false;
+    return good;
 }
 
-char* output_room(struct output* output, unsigned long bytes) {
-    if (bytes > sizeof buffer - filled && !output_flush(output))
-        return NULL;
-    return buffer + filled;
-}
-
-void output_add(unsigned long bytes) {
-    filled += bytes;
-}
-
-bool output_flush(struct output* output) {
-    const char* next = buffer;
-    while (filled > 0) {
-        const ssize_t written = write(output->descriptor, next, filled);
+bool output_write(struct output* output, struct buffer* bytes) {
+    const char* next = bytes->bytes;
+    size_t left = bytes->length;
+    bytes->length = 0;
+    output->written = output->written || left > 0;
+    while (left > 0) {
+        const ssize_t written = write(output->descriptor, next, left);
         if (written < 0 && errno == EINTR)
             continue;
         if (written < 0) {
-            filled = 0;
             output->failed = true;
             return complain_of(output->name);
         }
         next += written;
-        filled -= (size_t)written;
+        left -= (size_t)written;
     }
     return true;
 }

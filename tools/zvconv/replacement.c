@@ -166,8 +166,10 @@ static void release(struct replacement* r) {
     free(r->target);
 }
 
-bool replacement_commit(struct replacement* r, const char* backup_suffix, const struct stat* read) {
-    bool good = (adopt_rights(r) && fsync(r->descriptor) == 0) || complain_of(r->name);
+bool replacement_commit(struct replacement* r, const struct replacing* replacing,
+                        const struct stat* read) {
+    bool good = (adopt_rights(r) && (!replacing->syncs || fsync(r->descriptor) == 0)) ||
+                complain_of(r->name);
     if (good && read != NULL && has_changed(r, read))
         good = complain("%s: changed while it was converted", r->name);
     if (!good) {
@@ -177,7 +179,7 @@ bool replacement_commit(struct replacement* r, const char* backup_suffix, const 
     const sigset_t before = block_signals();
     good = close(r->descriptor) == 0 || complain_of(r->name);
     r->descriptor = -1;
-    good = good && (backup_suffix == NULL || !r->exists || keep_backup(r, backup_suffix));
+    good = good && (replacing->backup == NULL || !r->exists || keep_backup(r, replacing->backup));
     good = good && (rename(r->temporary, r->target) == 0 || complain_of(r->name));
     if (!good) {
         restore_signals(before);
@@ -186,7 +188,7 @@ bool replacement_commit(struct replacement* r, const char* backup_suffix, const 
     }
     unfinished = NULL;
     restore_signals(before);
-    good = sync_folder(r->target) || complain_of(r->name);
+    good = !replacing->syncs || sync_folder(r->target) || complain_of(r->name);
     release(r);
     return good;
 }

@@ -19,14 +19,20 @@ struct replacement {
     int descriptor; /* where the new file is to be written */
 };
 
+/* How files are replaced. */
+struct replacing {
+    const char* backup; /* suffix of the old file's name, NULL for no backup */
+    bool syncs;         /* everything is brought to the disk */
+};
+
 /* Creates the new file, readable for its owner alone. Complains when there is no place for it or
  * the old one may not be written. */
 bool replacement_begin(struct replacement* replacement, const char* name);
 
 /* Puts the new file in place with the old one's owner, mode and access list, as far as allowed. The
- * old one is kept under its name and backup_suffix, unless that is NULL. With `read`, the status of
+ * old one is kept as `replacing` says. With `read`, the status of
  * the old file when it was opened, a file that has changed since stays as it is. */
-bool replacement_commit(struct replacement* replacement, const char* backup_suffix,
+bool replacement_commit(struct replacement* replacement, const struct replacing* replacing,
                         const struct stat* read);
 
 /* Removes the new file. */

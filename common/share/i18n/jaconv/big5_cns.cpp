@@ -1,7 +1,11 @@
 #include "big5_cns.h"
 
+#include <algorithm>
+#include <array>
+
 #include "big5_cns_tables.h"
 #include "jaconv.h"
+#include "kernel_choice.h"
 #include "kernels.h"
 
 namespace zv {
@@ -9,8 +13,6 @@ namespace {
 
 constexpr size_t kPairSize = 2;
 constexpr size_t kShiftedSize = 4; // the shift, the plane and a pair
-// A character of four bytes is shorter in Big5 by half.
-constexpr size_t kSafeFromEucTw = 2 * kBlockSize;
 constexpr TextCode kUnknown = text_code(pair_code('?', '?'));
 
 Byte* put_code(Byte* out, TextCode code) {
@@ -30,121 +32,210 @@ Byte* put_big5(Byte* out, TextCode big5) {
     return put_code(out, big5 == 0 ? kUnknown : big5);
 }
 
-// A block of pairs in a table. The first entry, which is empty, stands for what is not in it.
-struct TableBlock {
-    PairBlock lead;
-    PairBlock trail;
+// The kernels take ASCII and characters of plane 1, which holds nearly all of those in use.
 
-    explicit TableBlock(ByteBlock bytes)
-        : lead(std::bit_cast<PairBlock>(bytes) & 0xFF),
-          trail(std::bit_cast<PairBlock>(bytes) >> 8) {}
+Mask find_gr(ByteBlock bytes) {
+    return range_mask(bytes, 0xA1, 0xFE);
+}
 
-    static PairBlock is_within(PairBlock bytes, std::int16_t first, std::int16_t last) {
-        const SignedPairBlock values = std::bit_cast<SignedPairBlock>(bytes);
-        return std::bit_cast<PairBlock>((values >= first) & (values <= last));
+// What a direction looks up: where pairs stand in the table, and which codes are those of plane 1.
+struct Big5ToEucTw {
+    static constexpr const CnsOfBig5& kTable = kCnsOfBig5;
+    static constexpr bool kShrinks = false;
+
+    static Mask find_pairs(ByteBlock bytes) {
+        const Mask gr = find_gr(bytes);
+        return even_pairs<Mask>(gr, gr | range_mask(bytes, 0x40, 0x7E));
     }
-    static PairBlock is_gr(PairBlock bytes) { return is_within(bytes, 0xA1, 0xFE); }
-
-    template <class Map>
-    PairBlock look_up(const Map& map, PairBlock cells, PairBlock in_table) const {
-        const PairBlock places = ((lead - 0xA0) * Map::kRowSize + cells) & in_table;
-        PairBlock codes{};
-#pragma GCC unroll 8
-        for (size_t i = 0; i < kBlockSize / kPairSize; ++i)
-            codes[i] = map.codes[places[i]];
-        return codes;
+    static PairBlock cells(ByteBlock bytes) {
+        const PairBlock trails = second_of(bytes);
+        return trails - 0x40 - (trails >> 7) * (0x62 - 0x40);
     }
+    static bool all_plain(unsigned codes) { return (~codes & kHighBits) == 0; }
 };
 
-// The kernels of characters of plane 1, which holds nearly all of those in use.
-struct PairKernel {
-    static constexpr size_t kCharacter = kPairSize;
+struct EucTwToBig5 {
+    static constexpr const Big5OfCns& kTable = kBig5OfCns;
+    static constexpr bool kShrinks = true; // characters of four bytes, by half
+
+    static Mask find_pairs(ByteBlock bytes) {
+        const Mask gr = find_gr(bytes);
+        return even_pairs<Mask>(gr, gr);
+    }
+    static PairBlock cells(ByteBlock bytes) { return second_of(bytes) - 0xA1; }
+    static bool all_plain(unsigned codes) { return (codes & kFirstHighBit) != 0; }
 };
 
-struct Big5ToEucTwPairs : PairKernel {
-    static constexpr size_t kSafeLeft = kBlockSize;
+// Walks through plain text and writes what becomes of it, or only tells where it ends.
+template <class Direction, bool Writes = true>
+class Walk {
+public:
+    Walk(Source source, Byte* out) : source_(source), out_(out) {}
 
-    static PairBlock high_trails(TableBlock block) { return TableBlock::is_gr(block.trail); }
-    static PairBlock in_table(TableBlock block) {
-        return TableBlock::is_gr(block.lead) &
-               (TableBlock::is_within(block.trail, 0x40, 0x7E) | high_trails(block));
+    Converted walk() {
+        while (source_.next != source_.end &&
+               (*source_.next < 0x80 ? take_ascii() : take_pairs())) {
+        }
+        return {source_.next, out_};
     }
-    static PairBlock not_plain(ByteBlock bytes) { return ~in_table(TableBlock(bytes)); }
-    static PairBlock convert(ByteBlock bytes) {
-        const TableBlock block(bytes);
-        const PairBlock offset = 0x40 + (high_trails(block) & (0x62 - 0x40));
-        return block.look_up(kCnsOfBig5, block.trail - offset, in_table(block));
+
+private:
+    // Whether whatever follows, a whole block may be written.
+    bool is_far_from_end() const {
+        return source_.left() >= kBlockSize * (Writes && Direction::kShrinks ? 2 : 1);
     }
-    static PairBlock rejected(PairBlock cns) { return ~cns; }
+    void put(size_t i, TextCode code) {
+        if constexpr (Writes)
+            std::memcpy(out_ + i * kPairSize, &code, kPairSize);
+    }
+    void advance(size_t length) {
+        source_.next += length;
+        if constexpr (Writes)
+            out_ += length;
+    }
+
+    // Most runs in other text are one byte, a line end or a space.
+    bool take_ascii() {
+        if (source_.left() > 1 && source_.next[1] >= 0x80) {
+            if constexpr (Writes)
+                *out_ = *source_.next;
+            advance(1);
+            return true;
+        }
+        for (std::array<ByteBlock, 4> blocks; source_.left() >= sizeof blocks;) {
+            std::memcpy(&blocks, source_.next, sizeof blocks);
+            if (high_bits(blocks[0] | blocks[1] | blocks[2] | blocks[3]) != 0)
+                break;
+            if constexpr (Writes)
+                std::memcpy(out_, &blocks, sizeof blocks);
+            advance(sizeof blocks);
+        }
+        const size_t length = std::min(source_.left(), kBlockSize);
+        const ByteBlock bytes = load_up_to(source_.next, length);
+        const Mask high = high_bits(bytes);
+        const size_t run = high != 0 ? count_before(high) : length;
+        if constexpr (Writes) {
+            if (run == kBlockSize || is_far_from_end())
+                store_block(out_, bytes);
+            else
+                store_front(out_, bytes, run);
+        }
+        advance(run);
+        return true;
+    }
+
+    // False at what is not plain. The places go through memory: a processor loads each of them as
+    // fast as it could take it out of a vector.
+    bool take_pairs() {
+        constexpr size_t kPairs = kBlockSize / kPairSize;
+        const size_t length = std::min(source_.left(), kBlockSize);
+        const ByteBlock bytes = load_up_to(source_.next, length);
+        const Mask pairs = Direction::find_pairs(bytes);
+        const size_t known = pairs == kAllMarked ? kPairs : count_before(~pairs) / kPairSize;
+        const PairBlock rows = first_of(bytes) - 0xA0;
+        alignas(kBlockSize) std::uint16_t places[kPairs];
+        store_block(reinterpret_cast<Byte*>(places),
+                    rows * Direction::kTable.kRowSize + Direction::cells(bytes));
+        // The compiler would take them out of the vector one by one.
+        asm("" : "+m"(places));
+        if (known == kPairs && is_far_from_end()) [[likely]] {
+            unsigned codes = ~0u;
+#pragma GCC unroll 32
+            for (size_t i = 0; i < kPairs; ++i) {
+                const TextCode code = Direction::kTable.codes[places[i]];
+                codes &= code;
+                put(i, code);
+            }
+            if (Direction::all_plain(codes)) [[likely]] {
+                advance(kBlockSize);
+                return true;
+            }
+        }
+        size_t i = 0;
+        for (; i < known; ++i) {
+            const TextCode code = Direction::kTable.codes[places[i]];
+            if (!Direction::all_plain(code))
+                break;
+            put(i, code);
+        }
+        advance(i * kPairSize);
+        return i == known && i != 0;
+    }
+
+    Source source_;
+    Byte* out_;
 };
 
-struct EucTwToBig5Pairs : PairKernel {
-    static constexpr size_t kSafeLeft = kSafeFromEucTw;
+template <class Direction>
+Converted walk(Source source, Byte* out) {
+    return Walk<Direction>(source, out).walk();
+}
 
-    static PairBlock in_table(TableBlock block) {
-        return TableBlock::is_gr(block.lead) & TableBlock::is_gr(block.trail);
+// Steps over EUC-TW text without characters of four bytes, perhaps beyond its end.
+const Byte* skip_pairs(Source source) {
+    LeadWalk leads;
+    for (; source.next < source.end; source.next += kWindow) {
+        const Window bytes = load_window_up_to(source.next, source.left());
+        if (find_in(bytes, [](ByteBlock block) { return byte_mask(block, kSingleShift2); }) != 0)
+            break;
+        leads.enter(find_in(bytes, find_gr));
     }
-    static PairBlock not_plain(ByteBlock bytes) { return ~in_table(TableBlock(bytes)); }
-    static PairBlock convert(ByteBlock bytes) {
-        const TableBlock block(bytes);
-        return block.look_up(kBig5OfCns, block.trail - 0xA1, in_table(block));
+    return source.next + leads.carried();
+}
+
+// The rules.
+
+bool put_big5_as_euc_tw(Source& source, Byte*& out) {
+    if (!is_gr(*source.next)) {
+        *out++ = *source.next++;
+        return true;
     }
-    static PairBlock rejected(PairBlock big5) { return ~(big5 | kSecondHighBit); }
-};
+    if (source.left() < kPairSize)
+        return false;
+    out = put_cns(out, kCnsOfBig5.find(source.next[0], source.next[1]));
+    source.next += kPairSize;
+    return true;
+}
+
+bool put_euc_tw_as_big5(Source& source, Byte*& out) {
+    const Byte* const in = source.next;
+    const bool shifted = *in == kSingleShift2;
+    if (!shifted && !is_gr(*in)) {
+        *out++ = *source.next++;
+        return true;
+    }
+    const size_t size = shifted ? kShiftedSize : kPairSize;
+    if (source.left() < size)
+        return false;
+    source.next += size;
+    const unsigned plane = shifted ? in[1] - 0xA0u : 1;
+    const bool known = in_range(plane, 1, kCnsPlanes);
+    out = put_big5(out, known ? kBig5OfCns.find(in[size - 2], in[size - 1], plane) : 0);
+    return true;
+}
+
+// Adds what a Big5 character grows by to a length.
+bool measure_big5_as_euc_tw(Source& source, size_t& length) {
+    if (!is_gr(*source.next)) {
+        ++source.next;
+        return true;
+    }
+    if (source.left() < kPairSize)
+        return false;
+    const TextCode cns = kCnsOfBig5.find(source.next[0], source.next[1]);
+    length += cns != 0 && plane_of(cns) != 1 ? kShiftedSize - kPairSize : 0;
+    source.next += kPairSize;
+    return true;
+}
 
 } // namespace
 
-// Behind each run of plain characters some go by the rule, so that text which is rarely plain is
-// rarely looked up twice.
-constexpr int kByRule = 4;
-
 Converted big5_to_euc_tw(Source source, Byte* out) {
-    while (source.next != source.end) {
-        out = convert_run<Big5ToEucTwPairs>(source, out);
-        for (int i = 0; i < kByRule && source.next != source.end; ++i) {
-            const Byte* in = source.next;
-            if (*in < 0x80) {
-                out = copy_ascii(source, out);
-                break;
-            }
-            if (!is_gr(*in)) {
-                *out++ = *source.next++;
-            } else if (source.left() < kPairSize) {
-                return {source.next, out};
-            } else {
-                out = put_cns(out, kCnsOfBig5.find(in[0], in[1]));
-                source.next += kPairSize;
-            }
-        }
-    }
-    return {source.next, out};
+    return convert_with(source, out, walk<Big5ToEucTw>, put_big5_as_euc_tw);
 }
 
 Converted euc_tw_to_big5(Source source, Byte* out) {
-    while (source.next != source.end) {
-        out = convert_run<EucTwToBig5Pairs>(source, out);
-        for (int i = 0; i < kByRule && source.next != source.end; ++i) {
-            const Byte* in = source.next;
-            const bool shifted = *in == kSingleShift2;
-            const size_t size = shifted ? kShiftedSize : kPairSize;
-            if (*in < 0x80) {
-                out = copy_ascii<kSafeFromEucTw>(source, out);
-                break;
-            }
-            if (!shifted && !is_gr(*in)) {
-                *out++ = *source.next++;
-            } else if (source.left() < size) {
-                return {source.next, out};
-            } else {
-                const unsigned plane = shifted ? in[1] - 0xA0u : 1;
-                const bool known = in_range(plane, 1, kCnsPlanes);
-                source.next += size;
-                out = put_big5(out, known ? kBig5OfCns.find(source.next[-2], source.next[-1], plane)
-                                          : 0);
-            }
-        }
-    }
-    return {source.next, out};
+    return convert_with(source, out, walk<EucTwToBig5>, put_euc_tw_as_big5);
 }
 
 } // namespace zv
@@ -192,21 +283,14 @@ int CnsCode(int ordinal, unsigned char* cns) {
 int euchLength(const char* s) {
     zv::Source source(s);
     size_t length = source.left();
-    // Only what moves to another plane than the first grows, by two bytes.
-    while (source.left() >= zv::kPairSize && length < INT_MAX) {
-        zv::skip_run<zv::Big5ToEucTwPairs>(source);
-        for (int i = 0; i < zv::kByRule && source.left() >= zv::kPairSize; ++i) {
-            if (*source.next < 0x80) {
-                zv::skip_ascii(source);
-                break;
-            }
-            if (zv::is_gr(*source.next)) {
-                const zv::TextCode cns = zv::kCnsOfBig5.find(source.next[0], source.next[1]);
-                length += cns != 0 && zv::plane_of(cns) != 1 ? 2 : 0;
-                source.next += zv::kPairSize;
-            } else {
-                ++source.next;
-            }
+    // Only what moves to another plane than the first grows, by two bytes. Behind it some
+    // characters go by the rule, so that text full of it is rarely looked up twice.
+    constexpr int kByRule = 8;
+    while (source.next != source.end && length < INT_MAX) {
+        source.next = zv::Walk<zv::Big5ToEucTw, false>(source, nullptr).walk().read;
+        for (int i = 0; i < kByRule && source.next != source.end; ++i) {
+            if (!zv::measure_big5_as_euc_tw(source, length))
+                return zv::saturated(length);
         }
     }
     return zv::saturated(length);
@@ -215,20 +299,16 @@ int euchLength(const char* s) {
 int big5Length(const char* s) {
     zv::Source source(s);
     size_t length = source.left();
+    if (length / 2 >= INT_MAX)
+        return INT_MAX; // it shrinks by half at most
     // Only four-byte characters shrink, by two bytes.
-    while (source.left() >= zv::kShiftedSize && length / 2 < INT_MAX) {
-        if (*source.next < 0x80) {
-            zv::skip_ascii(source);
-        } else if (*source.next == zv::kSingleShift2) {
-            length -= 2;
-            source.next += zv::kShiftedSize;
-        } else if (zv::is_gr(*source.next)) {
-            source.next += zv::kPairSize;
-            // In most texts more of them follow.
-            while (source.left() >= 4 && zv::is_gr(source.next[0]) && zv::is_gr(source.next[2]))
-                source.next += 4;
+    const zv::Byte* next = zv::skip_pairs(source);
+    while (source.end - next >= static_cast<ptrdiff_t>(zv::kShiftedSize)) {
+        if (*next == zv::kSingleShift2) {
+            length -= zv::kShiftedSize - zv::kPairSize;
+            next += zv::kShiftedSize;
         } else {
-            ++source.next;
+            next += zv::is_gr(*next) ? zv::kPairSize : 1;
         }
     }
     return zv::saturated(length);

@@ -6,6 +6,7 @@
 namespace {
 
 constexpr int kUndecided = 0;
+constexpr int kEscape = 0x1B;
 
 bool between(int byte, int first, int last) {
     return byte >= first && byte <= last;
@@ -16,15 +17,19 @@ bool is_shift_jis_only(int byte) {
     return between(byte, 0x81, 0x9F) && byte != 0x8E;
 }
 
-// Reads a stream by bytes and remembers the last one, which tells whether the end has been met.
+// Reads a stream by bytes and remembers the last one, which tells whether the end has been met. The
+// stream is locked once for all of them.
 class Detector {
 public:
-    explicit Detector(std::FILE* stream) : stream_(stream) {}
+    explicit Detector(std::FILE* stream) : stream_(stream) { flockfile(stream); }
+    ~Detector() { funlockfile(stream_); }
+    Detector(const Detector&) = delete;
+    Detector& operator=(const Detector&) = delete;
 
     int run() {
         while ((answer_ == kUndecided || answer_ == ZV_EUC_OR_SJIS) && last_ != EOF) {
-            const int byte = read();
-            if (byte == 0x1B)
+            const int byte = read_past_ascii();
+            if (byte == kEscape)
                 after_escape();
             else if (is_shift_jis_only(byte))
                 answer_ = ZV_SJIS;
@@ -41,7 +46,16 @@ public:
     }
 
 private:
-    int read() { return last_ = std::fgetc(stream_); }
+    int read() { return last_ = getc_unlocked(stream_); }
+
+    // The next byte that may tell something.
+    int read_past_ascii() {
+        int byte;
+        do {
+            byte = getc_unlocked(stream_);
+        } while (between(byte, 0, 0x7F) && byte != kEscape);
+        return last_ = byte;
+    }
 
     void after_escape() {
         const int c = read();

@@ -1,11 +1,10 @@
 #include "japanese.h"
 
 #include "jaconv.h"
-#include "japanese_avx2.h"
 #include "japanese_codes.h"
-#include "japanese_pairs.h"
+#include "japanese_kernels.h"
 #include "katakana.h"
-#include "scanners.h"
+#include "kernel_choice.h"
 
 namespace zv {
 namespace {
@@ -14,47 +13,25 @@ constexpr bool is_line_end(Byte byte) {
     return byte == '\n' || byte == '\r';
 }
 
-// Converts the well-formed character at the front of the source, whose converted code is given, and
-// the run of plain ones that it may begin.
-template <class Pairs>
-Byte* convert_run(Source& source, Byte* out, Code code) {
-    const Byte* before = source.next;
-    out = convert_run<Pairs>(source, out);
-    if (source.next != before)
-        return out;
-    source.next += 2;
-    return put_pair(out, code.first, code.second);
-}
-
 // Writes JIS text and keeps its shift state.
 class JisWriter {
 public:
     JisWriter(Byte* out, JisMode mode) : out_(out), mode_(mode) {}
 
-    template <class Pairs>
-    void put_run(Source& source, Code jis) {
+    void put_code(Code jis) {
         switch_to(JisMode::two_byte);
-        out_ = convert_run<Pairs>(source, out_, jis);
+        out_ = put_pair(out_, jis.first, jis.second);
     }
     void put_katakana(Byte half_width) {
         const BytePair wide = widen_katakana(half_width);
-        const Code jis = jis_from_shift_jis(wide.first, wide.second);
-        switch_to(JisMode::two_byte);
-        out_ = put_pair(out_, jis.first, jis.second);
+        put_code(jis_from_shift_jis(wide.first, wide.second));
     }
     void put_single(Byte byte) {
         switch_to(JisMode::single_byte);
         *out_++ = byte;
     }
     // A pair that is no character passes through in whatever mode the text is.
-    void put_malformed(Source& source) {
-        out_ = put_pair(out_, source.next[0], source.next[1]);
-        source.next += 2;
-    }
-    void put_ascii_run(Source& source) {
-        switch_to(JisMode::single_byte);
-        out_ = copy_ascii(source, out_);
-    }
+    void put_malformed(Byte first, Byte second) { out_ = put_pair(out_, first, second); }
 
     Byte* end() const { return out_; }
     JisMode mode() const { return mode_; }
@@ -79,13 +56,12 @@ void finish_jis(Converted converted, const Source& source, JisMode mode) {
     finish({converted.read, out.end()}, source);
 }
 
-// Steps over the escape sequence at the front of a source; false when the end cuts it short. Which
-// it is is left to branches, which processors foresee, since all that follows waits for its length.
+// Steps over the escape sequence at the front of a source; false when the end cuts it short.
 bool skip_escape(Source& source, JisMode& mode) {
     if (source.left() < 2)
         return false;
     const Byte kind = source.next[1];
-    if (is_designation(kind)) [[likely]] {
+    if (is_designation(kind)) {
         if (source.left() < 3)
             return false;
         source.next += 3;
@@ -96,179 +72,151 @@ bool skip_escape(Source& source, JisMode& mode) {
     return true;
 }
 
-// Copies JIS text in single-byte mode up to an escape sequence or the end.
-Byte* copy_to_escape(Source& source, Byte* out) {
-    // Most runs are short, and the most frequent one is a line end.
-    if (source.left() >= kBlockSize) {
-        if (source.next[1] == kEscape) {
-            *out++ = *source.next++;
-            return out;
-        }
-        const ByteBlock block = load_block(source.next);
-        if (const Mask escapes = high_bits(block == kEscape); escapes != 0) {
-            const size_t run = count_before(escapes);
-            copy_short(out, source.next, run);
-            source.next += run;
-            return out + run;
-        }
+// The rules.
+
+bool put_shift_jis_as_euc(Source& source, Byte*& out) {
+    const Byte byte = *source.next;
+    if (ShiftJisScanner::is_lead(byte)) {
+        if (source.left() < 2)
+            return false;
+        const Byte trail = source.next[1];
+        Code code = {byte, trail};
+        if (ShiftJisScanner::is_trail(trail))
+            code = euc_from_jis(jis_from_shift_jis(byte, trail));
+        out = put_pair(out, code.first, code.second);
+        source.next += 2;
+        return true;
     }
-    const void* escape = std::memchr(source.next, kEscape, source.left());
-    const Byte* run_end = escape != nullptr ? static_cast<const Byte*>(escape) : source.end;
-    const size_t run = static_cast<size_t>(run_end - source.next);
-    std::memcpy(out, source.next, run);
-    source.next = run_end;
-    return out + run;
+    if (ShiftJisScanner::is_half_katakana(byte))
+        *out++ = kSingleShift2;
+    *out++ = byte;
+    ++source.next;
+    return true;
 }
 
-// Reads JIS text; `encode` gives the two bytes of a code in the target encoding.
-template <class Pairs, class Encode>
-Converted decode_jis(Source source, Byte* out, JisMode& mode, Encode encode, JisKernel kernel) {
-    WideKernel<JisMode> wide(kernel);
-    while (source.next != source.end) {
-        out = wide.run(source, out, mode);
-        if (source.next == source.end)
-            break;
-        const Byte byte = *source.next;
-        if (byte == kEscape) {
-            if (!skip_escape(source, mode))
-                break;
-        } else if (mode == JisMode::single_byte) {
-            out = copy_to_escape(source, out);
-        } else if (is_line_end(byte)) {
-            mode = JisMode::single_byte;
-        } else {
-            if (source.left() < 2)
-                break;
-            out = convert_run<Pairs>(source, out, encode({byte, source.next[1]}));
-        }
+bool put_euc_as_shift_jis(Source& source, Byte*& out) {
+    const Byte byte = *source.next;
+    if (!is_gr(byte) && byte != kSingleShift2) {
+        *out++ = byte;
+        ++source.next;
+        return true;
     }
-    return {source.next, out};
+    if (source.left() < 2)
+        return false;
+    const Byte trail = source.next[1];
+    source.next += 2;
+    if (byte == kSingleShift2 && ShiftJisScanner::is_half_katakana(trail)) {
+        *out++ = trail;
+        return true;
+    }
+    Code code = {byte, trail};
+    if (is_gr(byte) && is_gr(trail))
+        code = shift_jis_from_jis(jis_from_euc(byte, trail));
+    out = put_pair(out, code.first, code.second);
+    return true;
+}
+
+bool put_shift_jis_as_jis(Source& source, JisWriter& out) {
+    const Byte byte = *source.next;
+    if (ShiftJisScanner::is_lead(byte)) {
+        if (source.left() < 2)
+            return false;
+        const Byte trail = source.next[1];
+        if (ShiftJisScanner::is_trail(trail))
+            out.put_code(jis_from_shift_jis(byte, trail));
+        else
+            out.put_malformed(byte, trail);
+        source.next += 2;
+        return true;
+    }
+    if (ShiftJisScanner::is_half_katakana(byte))
+        out.put_katakana(byte);
+    else
+        out.put_single(byte);
+    ++source.next;
+    return true;
+}
+
+bool put_euc_as_jis(Source& source, JisWriter& out) {
+    const Byte byte = *source.next;
+    if (!is_gr(byte) && byte != kSingleShift2) {
+        out.put_single(byte);
+        ++source.next;
+        return true;
+    }
+    if (source.left() < 2)
+        return false;
+    const Byte trail = source.next[1];
+    if (is_gr(byte) && is_gr(trail))
+        out.put_code(jis_from_euc(byte, trail));
+    else if (byte == kSingleShift2 && ShiftJisScanner::is_half_katakana(trail))
+        out.put_katakana(trail);
+    else
+        out.put_malformed(byte, trail);
+    source.next += 2;
+    return true;
+}
+
+// `encode` gives the two bytes of a code in the target encoding.
+template <Code (*encode)(Code)>
+bool decode_jis(Source& source, Byte*& out, JisMode& mode) {
+    const Byte byte = *source.next;
+    if (byte == kEscape)
+        return skip_escape(source, mode);
+    if (mode == JisMode::two_byte && !is_line_end(byte)) {
+        if (source.left() < 2)
+            return false;
+        const Code code = encode({byte, source.next[1]});
+        out = put_pair(out, code.first, code.second);
+        source.next += 2;
+        return true;
+    }
+    mode = JisMode::single_byte;
+    *out++ = byte;
+    ++source.next;
+    return true;
+}
+
+// A rule of an encoder, bool(Source&, JisWriter&), as one of a converter.
+template <bool (*rule)(Source&, JisWriter&)>
+bool put_jis(Source& source, Byte*& out, JisMode& mode) {
+    JisWriter writer(out, mode);
+    const bool is_whole = rule(source, writer);
+    out = writer.end();
+    mode = writer.mode();
+    return is_whole;
 }
 
 } // namespace
 
 Converted shift_jis_to_euc(Source source, Byte* out) {
-    WideKernel<> wide(wide_shift_jis_to_euc);
-    while (source.next != source.end) {
-        out = wide.run(source, out);
-        const Byte byte = *source.next;
-        if (byte < 0x80) {
-            out = copy_ascii(source, out);
-        } else if (ShiftJisScanner::is_lead(byte)) {
-            if (source.left() < 2)
-                break;
-            const Byte trail = source.next[1];
-            if (ShiftJisScanner::is_trail(trail)) {
-                const Code jis = jis_from_shift_jis(byte, trail);
-                out = convert_run<ShiftJisToEucPairs>(source, out, euc_from_jis(jis));
-            } else {
-                out = put_pair(out, byte, trail);
-                source.next += 2;
-            }
-        } else {
-            if (ShiftJisScanner::is_half_katakana(byte))
-                *out++ = kSingleShift2;
-            *out++ = byte;
-            ++source.next;
-        }
-    }
-    return {source.next, out};
+    const auto kernel = widest([]<int Size> { return JapaneseKernels<Size>::shift_jis_to_euc; });
+    return convert_with(source, out, kernel, put_shift_jis_as_euc);
 }
 
 Converted euc_to_shift_jis(Source source, Byte* out) {
-    WideKernel<> wide(wide_euc_to_shift_jis);
-    while (source.next != source.end) {
-        out = wide.run(source, out);
-        const Byte byte = *source.next;
-        if (byte < 0x80) {
-            out = copy_ascii<kSafeFromEucToShiftJis>(source, out);
-        } else if (is_gr(byte)) {
-            if (source.left() < 2)
-                break;
-            const Byte trail = source.next[1];
-            if (is_gr(trail)) {
-                const Code code = shift_jis_from_jis(jis_from_euc(byte, trail));
-                out = convert_run<EucToShiftJisPairs>(source, out, code);
-            } else {
-                out = put_pair(out, byte, trail);
-                source.next += 2;
-            }
-        } else if (byte == kSingleShift2) {
-            if (source.left() < 2)
-                break;
-            const Byte trail = source.next[1];
-            if (!ShiftJisScanner::is_half_katakana(trail))
-                *out++ = byte;
-            *out++ = trail;
-            source.next += 2;
-        } else {
-            *out++ = byte;
-            ++source.next;
-        }
-    }
-    return {source.next, out};
+    const auto kernel = widest([]<int Size> { return JapaneseKernels<Size>::euc_to_shift_jis; });
+    return convert_with(source, out, kernel, put_euc_as_shift_jis);
 }
 
 Converted shift_jis_to_jis(Source source, Byte* out, JisMode& mode) {
-    JisWriter jis(out, mode);
-    while (source.next != source.end) {
-        const Byte byte = *source.next;
-        if (byte < 0x80) {
-            jis.put_ascii_run(source);
-        } else if (ShiftJisScanner::is_lead(byte)) {
-            if (source.left() < 2)
-                break;
-            const Byte trail = source.next[1];
-            if (ShiftJisScanner::is_trail(trail))
-                jis.put_run<ShiftJisToJisPairs>(source, jis_from_shift_jis(byte, trail));
-            else
-                jis.put_malformed(source);
-        } else {
-            if (ShiftJisScanner::is_half_katakana(byte))
-                jis.put_katakana(byte);
-            else
-                jis.put_single(byte);
-            ++source.next;
-        }
-    }
-    mode = jis.mode();
-    return {source.next, jis.end()};
+    const auto kernel = widest([]<int Size> { return JapaneseKernels<Size>::shift_jis_to_jis; });
+    return convert_with(source, out, kernel, put_jis<put_shift_jis_as_jis>, mode);
 }
 
 Converted euc_to_jis(Source source, Byte* out, JisMode& mode) {
-    JisWriter jis(out, mode);
-    while (source.next != source.end) {
-        const Byte byte = *source.next;
-        if (byte < 0x80) {
-            jis.put_ascii_run(source);
-        } else if (is_gr(byte) || byte == kSingleShift2) {
-            if (source.left() < 2)
-                break;
-            const Byte trail = source.next[1];
-            if (is_gr(byte) && is_gr(trail)) {
-                jis.put_run<EucToJisPairs>(source, jis_from_euc(byte, trail));
-            } else if (byte == kSingleShift2 && ShiftJisScanner::is_half_katakana(trail)) {
-                jis.put_katakana(trail);
-                source.next += 2;
-            } else {
-                jis.put_malformed(source);
-            }
-        } else {
-            jis.put_single(byte);
-            ++source.next;
-        }
-    }
-    mode = jis.mode();
-    return {source.next, jis.end()};
+    const auto kernel = widest([]<int Size> { return JapaneseKernels<Size>::euc_to_jis; });
+    return convert_with(source, out, kernel, put_jis<put_euc_as_jis>, mode);
 }
 
 Converted jis_to_shift_jis(Source source, Byte* out, JisMode& mode) {
-    return decode_jis<JisToShiftJisPairs>(source, out, mode, shift_jis_from_jis,
-                                          wide_jis_to_shift_jis);
+    const auto kernel = widest([]<int Size> { return JapaneseKernels<Size>::jis_to_shift_jis; });
+    return convert_with(source, out, kernel, decode_jis<shift_jis_from_jis>, mode);
 }
 
 Converted jis_to_euc(Source source, Byte* out, JisMode& mode) {
-    return decode_jis<JisToEucPairs>(source, out, mode, euc_from_jis, wide_jis_to_euc);
+    const auto kernel = widest([]<int Size> { return JapaneseKernels<Size>::jis_to_euc; });
+    return convert_with(source, out, kernel, decode_jis<euc_from_jis>, mode);
 }
 
 Byte* finish_from_jis(Converted converted, const Source& source) {

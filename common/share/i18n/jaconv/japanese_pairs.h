@@ -7,23 +7,17 @@ namespace zv {
 inline namespace ZVUTIL_LANES {
 
 // The arithmetic of japanese_codes.h on all bytes of a block: what they become if they are lead
-// bytes, and if they are trail bytes. `next` and `before` are the bytes that follow and precede
-// them. Sums wrap; comparisons give -1 for true.
-
-// Where `mask` is all ones `a`, where it is zero `b`.
-inline ByteBlock choose(SignedByteBlock mask, ByteBlock a, ByteBlock b) {
-#ifdef __AVX2__
-    return mask < 0 ? a : b;
-#else
-    return (as_unsigned(mask) & a) | (~as_unsigned(mask) & b);
-#endif
-}
+// bytes, if they are trail bytes, and in a block of nothing but pairs. `next` and `before` are the
+// bytes that follow and precede them. Sums wrap; comparisons give -1 for true.
 
 // The bytes halved, upwards.
 inline ByteBlock half(ByteBlock bytes) {
-#if defined(__AVX2__)
-    using Chars [[gnu::vector_size(kBlockSize)]] = char;
-    return std::bit_cast<ByteBlock>(__builtin_ia32_pavgb256(std::bit_cast<Chars>(bytes), Chars{}));
+#if defined(__AVX512VBMI2__)
+    return std::bit_cast<ByteBlock>(
+        _mm512_avg_epu8(std::bit_cast<__m512i>(bytes), _mm512_setzero_si512()));
+#elif defined(__AVX2__)
+    return std::bit_cast<ByteBlock>(
+        _mm256_avg_epu8(std::bit_cast<__m256i>(bytes), _mm256_setzero_si256()));
 #else
     return (bytes >> 1) + (bytes & 1);
 #endif
@@ -33,10 +27,11 @@ inline ByteBlock half(ByteBlock bytes) {
 inline constexpr Byte kJoinLeads = 0x20;
 
 struct ShiftJisToEucBytes {
-    static SignedByteBlock could_lead(ByteBlock bytes) {
-        return (bytes ^ kJoinLeads) - 0xA1 <= 0xCF - 0xA1;
+    static ByteBlock convert_pairs(ByteBlock bytes) {
+        return join_pairs(lead(bytes, second_to_first(bytes)), trail(bytes, bytes));
     }
-    static SignedByteBlock could_trail(ByteBlock bytes) { return bytes - 0x40 <= 0xFC - 0x40; }
+    static Mask could_lead(ByteBlock bytes) { return range_mask(bytes ^ kJoinLeads, 0xA1, 0xCF); }
+    static Mask could_trail(ByteBlock bytes) { return range_mask(bytes, 0x40, 0xFC); }
     // The trail bytes of odd rows, below 9F, become negative, those of even rows do not.
     static SignedByteBlock row_sign(ByteBlock trail) { return as_signed(trail + 0x61); }
     static ByteBlock lead(ByteBlock bytes, ByteBlock next) {
@@ -45,13 +40,16 @@ struct ShiftJisToEucBytes {
     }
     static ByteBlock trail(ByteBlock, ByteBlock bytes) {
         const SignedByteBlock odd = row_sign(bytes);
-        return choose(odd < 0, as_unsigned(odd + (as_signed(bytes) < 0)), bytes + 2);
+        return odd < 0 ? as_unsigned(odd + (as_signed(bytes) < 0)) : bytes + 2;
     }
 };
 
 // From EUC, or with high bits of 0 from JIS.
 template <Byte HighBit>
 struct ToShiftJisBytes {
+    static ByteBlock convert_pairs(ByteBlock bytes) {
+        return join_pairs(lead(bytes, bytes), trail(first_to_second(bytes), bytes));
+    }
     static ByteBlock lead(ByteBlock bytes, ByteBlock) {
         constexpr auto kOffset = static_cast<Byte>(0x90 - HighBit / 2);
         return (half(bytes) + kOffset) ^ kJoinLeads;
@@ -65,70 +63,8 @@ struct ToShiftJisBytes {
 };
 
 struct EucToShiftJisBytes : ToShiftJisBytes<0x80> {
-    static SignedByteBlock could_lead(ByteBlock bytes) { return bytes - 0xA1 <= 0xFE - 0xA1; }
-    static SignedByteBlock could_trail(ByteBlock bytes) { return could_lead(bytes); }
-};
-
-// Kernels of convert_run(): blocks of pairs.
-
-// Where the output never is shorter than the source, what is left of the source is safe. A
-// half-width katakana of EUC is shorter in Shift-JIS by half; an escape sequence of JIS leaves
-// nothing.
-inline constexpr size_t kSafeWhereNothingShrinks = kBlockSize;
-inline constexpr size_t kSafeFromEucToShiftJis = 2 * kBlockSize;
-inline constexpr size_t kNeverSafe = static_cast<size_t>(-1);
-
-template <size_t SafeLeft>
-struct PairKernel {
-    static constexpr size_t kCharacter = 2;
-    static constexpr size_t kSafeLeft = SafeLeft;
-
-    static SignedByteBlock first_bytes() {
-        return std::bit_cast<SignedByteBlock>(PairBlock{} + 0xFF);
-    }
-    template <class Bytes>
-    static ByteBlock convert_pairs(ByteBlock bytes) {
-        const PairBlock pairs = std::bit_cast<PairBlock>(bytes);
-        const ByteBlock next = std::bit_cast<ByteBlock>(pairs >> 8);
-        const ByteBlock before = std::bit_cast<ByteBlock>(pairs << 8);
-        return choose(first_bytes(), Bytes::lead(bytes, next), Bytes::trail(before, bytes));
-    }
-};
-
-struct ShiftJisToEucPairs : PairKernel<kSafeWhereNothingShrinks> {
-    static ByteBlock not_plain(ByteBlock bytes) {
-        return ~choose(first_bytes(), as_unsigned(ShiftJisToEucBytes::could_lead(bytes)),
-                       as_unsigned(ShiftJisToEucBytes::could_trail(bytes)));
-    }
-    static ByteBlock convert(ByteBlock bytes) { return convert_pairs<ShiftJisToEucBytes>(bytes); }
-};
-
-struct EucToShiftJisPairs : PairKernel<kSafeFromEucToShiftJis> {
-    static ByteBlock not_plain(ByteBlock bytes) {
-        return ~as_unsigned(EucToShiftJisBytes::could_lead(bytes));
-    }
-    static ByteBlock convert(ByteBlock bytes) { return convert_pairs<EucToShiftJisBytes>(bytes); }
-};
-
-struct ShiftJisToJisPairs : ShiftJisToEucPairs {
-    static ByteBlock convert(ByteBlock bytes) { return ShiftJisToEucPairs::convert(bytes) & 0x7F; }
-};
-
-struct EucToJisPairs : PairKernel<kSafeWhereNothingShrinks> {
-    static ByteBlock not_plain(ByteBlock bytes) { return EucToShiftJisPairs::not_plain(bytes); }
-    static ByteBlock convert(ByteBlock bytes) { return bytes & 0x7F; }
-};
-
-// Bytes below 21 may be line ends or the escape, those from 80 on, which are negative, are no JIS.
-// 7F is none either, but the arithmetic is the same.
-struct JisToEucPairs : PairKernel<kNeverSafe> {
-    static SignedByteBlock is_plain(ByteBlock bytes) { return as_signed(bytes) > 0x20; }
-    static SignedByteBlock not_plain(ByteBlock bytes) { return ~is_plain(bytes); }
-    static ByteBlock convert(ByteBlock bytes) { return bytes | 0x80; }
-};
-
-struct JisToShiftJisPairs : JisToEucPairs {
-    static ByteBlock convert(ByteBlock bytes) { return convert_pairs<ToShiftJisBytes<0>>(bytes); }
+    static Mask could_lead(ByteBlock bytes) { return range_mask(bytes, 0xA1, 0xFE); }
+    static Mask could_trail(ByteBlock bytes) { return could_lead(bytes); }
 };
 
 } // namespace ZVUTIL_LANES

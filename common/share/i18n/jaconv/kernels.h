@@ -1,49 +1,90 @@
 #ifndef ZVUTIL_JACONV_KERNELS_H
 #define ZVUTIL_JACONV_KERNELS_H
 
+#include <array>
 #include <bit>
 #include <cstdint>
 #include <utility>
 
 #include "bytes.h"
 
+#ifdef __AVX2__
+#include <immintrin.h>
+#endif
+
 namespace zv {
 
-// Block loops over a known length that run ahead of the scalar rules and stop at the first byte
-// that is not plain. They give byte for byte what the rules give.
-//
-// A block is stored whole and then counted only as far as it was plain, so what follows overwrites
-// the rest. Nothing is stored beyond the end of the result, for which a caller may have measured
-// the room: kSafeLeft is how many bytes of source must be left so that a whole block of output is
-// certain to come of them. With fewer, only what counts is stored.
+// What kernels are made of: vectors as wide as the processor's that the file is compiled for, and
+// what the compiler's vector types lack. A kernel is written once and compiled for each width.
 
-#ifdef __AVX2__
+#if defined(__AVX512VBMI2__)
+#define ZVUTIL_LANES lanes64
+#elif defined(__AVX2__)
 #define ZVUTIL_LANES lanes32
 #else
 #define ZVUTIL_LANES lanes16
 #endif
 
+// What is a few instructions for wide vectors is out of line for others.
+#ifdef __AVX2__
+#define ZVUTIL_WIDE_INLINE inline
+#else
+#define ZVUTIL_WIDE_INLINE [[gnu::noinline]] inline
+#endif
+// The same for the widest ones. Such functions take blocks by reference: where one takes a wide
+// block by value, GCC 12 forgets to clear the upper halves of the vectors, and all that follows is
+// slow.
+#ifdef __AVX512VBMI2__
+#define ZVUTIL_WIDEST_INLINE inline
+#else
+#define ZVUTIL_WIDEST_INLINE [[gnu::noinline]] inline
+#endif
+
 // Each width has names of its own, so that the linker never takes one for the other.
 inline namespace ZVUTIL_LANES {
 
-#ifdef __AVX2__
+#if defined(__AVX512VBMI2__)
+inline constexpr size_t kBlockSize = 64;
+#elif defined(__AVX2__)
 inline constexpr size_t kBlockSize = 32;
 #else
 inline constexpr size_t kBlockSize = 16;
 #endif
 
-// A block as bytes, and as pairs: in a pair the first byte is the low one.
 using ByteBlock [[gnu::vector_size(kBlockSize)]] = Byte;
 using SignedByteBlock [[gnu::vector_size(kBlockSize)]] = signed char;
 using PairBlock [[gnu::vector_size(kBlockSize)]] = std::uint16_t;
-using SignedPairBlock [[gnu::vector_size(kBlockSize)]] = std::int16_t;
-static_assert(std::endian::native == std::endian::little);
 
 inline SignedByteBlock as_signed(ByteBlock bytes) {
     return std::bit_cast<SignedByteBlock>(bytes);
 }
 inline ByteBlock as_unsigned(SignedByteBlock bytes) {
     return std::bit_cast<ByteBlock>(bytes);
+}
+
+// The bytes of a block in pairs. The order of bytes in a number matters here alone.
+inline constexpr bool kFirstIsLow = std::endian::native == std::endian::little;
+inline PairBlock as_pairs(ByteBlock bytes) {
+    return std::bit_cast<PairBlock>(bytes);
+}
+// The first and the second bytes as numbers.
+inline PairBlock first_of(ByteBlock bytes) {
+    return kFirstIsLow ? as_pairs(bytes) & 0xFF : as_pairs(bytes) >> 8;
+}
+inline PairBlock second_of(ByteBlock bytes) {
+    return kFirstIsLow ? as_pairs(bytes) >> 8 : as_pairs(bytes) & 0xFF;
+}
+// The first bytes where the second ones stand, and the other way round; zeros elsewhere.
+inline ByteBlock first_to_second(ByteBlock bytes) {
+    return std::bit_cast<ByteBlock>(kFirstIsLow ? as_pairs(bytes) << 8 : as_pairs(bytes) >> 8);
+}
+inline ByteBlock second_to_first(ByteBlock bytes) {
+    return std::bit_cast<ByteBlock>(kFirstIsLow ? as_pairs(bytes) >> 8 : as_pairs(bytes) << 8);
+}
+// The first bytes of one block and the second ones of another.
+inline ByteBlock join_pairs(ByteBlock first, ByteBlock second) {
+    const PairBlock at_first = PairBlock{} + (kFirstIsLow ? 0x00FF : 0xFF00);
+    return std::bit_cast<ByteBlock>((as_pairs(first) & at_first) | (as_pairs(second) & ~at_first));
 }
 
 inline ByteBlock load_block(const Byte* from) {
@@ -57,58 +98,334 @@ inline void store_block(Byte* to, Block block) {
     std::memcpy(to, &block, kBlockSize);
 }
 
-// Stores the front of a block alone.
-template <class Block>
-inline void store_front(Byte* to, Block block, size_t length) {
-    Byte bytes[kBlockSize];
-    store_block(bytes, block);
-    copy_short(to, bytes, length);
-}
-
-// The block that begins so many bytes earlier.
-template <size_t bytes>
-inline ByteBlock earlier(ByteBlock before, ByteBlock block) {
-    return [=]<size_t... places>(std::index_sequence<places...>) {
-        return __builtin_shufflevector(before, block, (kBlockSize - bytes + places)...);
-    }
-    (std::make_index_sequence<kBlockSize>());
-}
-
 // One bit for each byte of a block, the lowest for the first.
-using Mask = std::uint32_t;
+using Mask = std::conditional_t<kBlockSize == 64, std::uint64_t, std::uint32_t>;
+
+inline constexpr Mask kAllMarked = ~Mask{} >> (8 * sizeof(Mask) - kBlockSize);
+
+// The first bits of a mask; less than all.
+inline Mask first_bits(size_t count) {
+    return (Mask{1} << count) - 1;
+}
 
 // The high bits of the bytes.
 template <class Block>
 inline Mask high_bits(Block block) {
-#if defined(__AVX2__)
-    using Chars [[gnu::vector_size(kBlockSize)]] = char;
-    return static_cast<Mask>(__builtin_ia32_pmovmskb256(std::bit_cast<Chars>(block)));
+#if defined(__AVX512VBMI2__)
+    return _mm512_movepi8_mask(std::bit_cast<__m512i>(block));
+#elif defined(__AVX2__)
+    return static_cast<Mask>(_mm256_movemask_epi8(std::bit_cast<__m256i>(block)));
 #elif defined(__SSE2__)
     using Chars [[gnu::vector_size(kBlockSize)]] = char;
     return static_cast<Mask>(__builtin_ia32_pmovmskb128(std::bit_cast<Chars>(block)));
 #else
     // Each product gathers the eight high bits of a word in its highest byte.
     using Words [[gnu::vector_size(kBlockSize)]] = std::uint64_t;
-    const Words bits = (std::bit_cast<Words>(block) >> 7 & 0x0101010101010101) * 0x0102040810204080;
+    constexpr std::uint64_t kGather = kFirstIsLow ? 0x0102040810204080 : 0x8040201008040201;
+    const Words bits = (std::bit_cast<Words>(block) >> 7 & 0x0101010101010101) * kGather;
     return static_cast<Mask>(bits[0] >> 56 | bits[1] >> 56 << 8);
 #endif
 }
 
-// One bit for each byte of two blocks.
-using LongMask = std::uint64_t;
-
-template <class Block>
-inline LongMask long_mask(Block front, Block back) {
-    return high_bits(front) | LongMask{high_bits(back)} << kBlockSize;
+// The bytes of a range, and those that are one byte.
+inline Mask range_mask(ByteBlock bytes, Byte first, Byte last) {
+    const ByteBlock above_first = bytes - first;
+    const auto width = static_cast<Byte>(last - first);
+#ifdef __AVX512VBMI2__
+    return _mm512_cmple_epu8_mask(std::bit_cast<__m512i>(above_first),
+                                  _mm512_set1_epi8(static_cast<char>(width)));
+#else
+    return high_bits(above_first <= width);
+#endif
+}
+inline Mask byte_mask(ByteBlock bytes, Byte byte) {
+#ifdef __AVX512VBMI2__
+    return _mm512_cmpeq_epi8_mask(std::bit_cast<__m512i>(bytes),
+                                  _mm512_set1_epi8(static_cast<char>(byte)));
+#else
+    return high_bits(bytes == byte);
+#endif
 }
 
 // How many bytes at the front of a block are none of those that a mask marks; there are some.
-inline size_t count_before(Mask marked) {
+inline size_t count_before(std::uint64_t marked) {
     return static_cast<size_t>(std::countr_zero(marked));
 }
 
-inline size_t last_marked(Mask marked) {
+inline size_t last_marked(std::uint64_t marked) {
     return static_cast<size_t>(std::bit_width(marked)) - 1;
+}
+
+inline size_t count_marked(std::uint64_t marked) {
+    return static_cast<size_t>(std::popcount(marked));
+}
+
+// The bytes that a mask marks are all ones, the others zero.
+inline ByteBlock spread(Mask mask) {
+#ifdef __AVX512VBMI2__
+    return std::bit_cast<ByteBlock>(_mm512_movm_epi8(mask));
+#else
+    using Words [[gnu::vector_size(kBlockSize)]] = std::uint64_t;
+#ifdef __AVX2__
+    using Masks [[gnu::vector_size(kBlockSize)]] = Mask;
+    const ByteBlock copies = std::bit_cast<ByteBlock>(Masks{} + mask);
+    const ByteBlock eights =
+        __builtin_shufflevector(copies, copies, 0, 0, 0, 0, 0, 0, 0, 0, 1, 1, 1, 1, 1, 1, 1, 1, 18,
+                                18, 18, 18, 18, 18, 18, 18, 19, 19, 19, 19, 19, 19, 19, 19);
+#else
+    constexpr std::uint64_t kCopies = 0x0101010101010101;
+    const auto eights =
+        std::bit_cast<ByteBlock>(Words{(mask & 0xFF) * kCopies, (mask >> 8 & 0xFF) * kCopies});
+#endif
+    constexpr std::uint64_t kBitOfPlace = kFirstIsLow ? 0x8040201008040201 : 0x0102040810204080;
+    const auto bits = std::bit_cast<ByteBlock>(Words{} + kBitOfPlace);
+    return as_unsigned((eights & bits) == bits);
+#endif
+}
+
+// The bytes of one block where a mask marks them, those of another where another mask does, those
+// of a third elsewhere.
+inline ByteBlock choose(Mask mask_a, ByteBlock a, Mask mask_b, ByteBlock b, ByteBlock other) {
+#ifdef __AVX512VBMI2__
+    const __m512i chosen =
+        _mm512_mask_mov_epi8(std::bit_cast<__m512i>(other), mask_a, std::bit_cast<__m512i>(a));
+    return std::bit_cast<ByteBlock>(
+        _mm512_mask_mov_epi8(chosen, mask_b, std::bit_cast<__m512i>(b)));
+#else
+    const ByteBlock is_a = spread(mask_a), is_b = spread(mask_b);
+    return (is_a & a) | (is_b & b) | (other & ~(is_a | is_b));
+#endif
+}
+
+// The bytes moved on or back by one place, with a zero at the end that becomes free.
+inline ByteBlock moved_on(ByteBlock bytes) {
+#ifdef __AVX2__
+    return [=]<size_t... places>(std::index_sequence<places...>) {
+        return __builtin_shufflevector(ByteBlock{}, bytes, (kBlockSize - 1 + places)...);
+    }
+    (std::make_index_sequence<kBlockSize>());
+#else
+    using Whole [[gnu::vector_size(kBlockSize)]] = unsigned __int128;
+    const auto whole = std::bit_cast<Whole>(bytes);
+    return std::bit_cast<ByteBlock>(kFirstIsLow ? whole << 8 : whole >> 8);
+#endif
+}
+inline ByteBlock moved_back(ByteBlock bytes) {
+#ifdef __AVX2__
+    return [=]<size_t... places>(std::index_sequence<places...>) {
+        return __builtin_shufflevector(bytes, ByteBlock{}, (1 + places)...);
+    }
+    (std::make_index_sequence<kBlockSize>());
+#else
+    using Whole [[gnu::vector_size(kBlockSize)]] = unsigned __int128;
+    const auto whole = std::bit_cast<Whole>(bytes);
+    return std::bit_cast<ByteBlock>(kFirstIsLow ? whole >> 8 : whole << 8);
+#endif
+}
+
+// Sixteen bytes, of which a text has fewer: zeros behind them. They are put together in registers,
+// since a processor waits where it loads at once what was stored in parts.
+using TwoWords [[gnu::vector_size(16)]] = std::uint64_t;
+inline TwoWords load_words(const Byte* from, size_t length) {
+    std::uint64_t first = 0, second = 0;
+    if constexpr (!kFirstIsLow) {
+        TwoWords words{};
+        std::memcpy(&words, from, length);
+        return words;
+    }
+    if (length >= 8) {
+        std::memcpy(&first, from, 8);
+        if (length != 8) {
+            std::memcpy(&second, from + length - 8, 8);
+            second >>= 8 * (16 - length);
+        }
+    } else if (length >= 4) {
+        std::uint32_t front, back;
+        std::memcpy(&front, from, 4);
+        std::memcpy(&back, from + length - 4, 4);
+        first = front | std::uint64_t{back} << 8 * (length - 4);
+    } else if (length != 0) {
+        const std::uint64_t middle = from[length / 2], last = from[length - 1];
+        first = from[0] | middle << 8 * (length / 2) | last << 8 * (length - 1);
+    }
+    return TwoWords{first, second};
+}
+
+// The front of a block, less than all; zeros behind it.
+ZVUTIL_WIDE_INLINE ByteBlock load_front(const Byte* from, size_t length) {
+#if defined(__AVX512VBMI2__)
+    return std::bit_cast<ByteBlock>(_mm512_maskz_loadu_epi8(first_bits(length), from));
+#elif defined(__AVX2__)
+    // What a shuffle takes, by the number of bytes by which it moves them back.
+    static constexpr auto kPlaces = [] {
+        std::array<Byte, 32> places{};
+        for (unsigned i = 0; i < places.size(); ++i)
+            places[i] = static_cast<Byte>(i < 16 ? i : 0x80);
+        return places;
+    }();
+    const auto load = [](const Byte* text) {
+        return _mm_loadu_si128(reinterpret_cast<const __m128i*>(text));
+    };
+    if (length < 16)
+        return std::bit_cast<ByteBlock>(
+            _mm256_zextsi128_si256(std::bit_cast<__m128i>(load_words(from, length))));
+    const __m128i rest =
+        _mm_shuffle_epi8(load(from + length - 16), load(kPlaces.data() + 32 - length));
+    return std::bit_cast<ByteBlock>(_mm256_set_m128i(rest, load(from)));
+#else
+    return std::bit_cast<ByteBlock>(load_words(from, length));
+#endif
+}
+
+// The front of a text, which may be shorter than a block.
+inline ByteBlock load_up_to(const Byte* from, size_t left) {
+    return left >= kBlockSize ? load_block(from) : load_front(from, left);
+}
+
+// Stores the front of a block, less than all of it, and nothing else.
+ZVUTIL_WIDEST_INLINE void store_front(Byte* to, const ByteBlock& block, size_t length) {
+#ifdef __AVX512VBMI2__
+    _mm512_mask_storeu_epi8(to, first_bits(length), std::bit_cast<__m512i>(block));
+#else
+    copy_short(to, reinterpret_cast<const Byte*>(&block), length);
+#endif
+}
+
+// Copies less than a block.
+inline void copy_front(Byte* to, const Byte* from, size_t length) {
+    if constexpr (kBlockSize > 32)
+        store_front(to, load_front(from, length), length);
+    else
+        copy_short(to, from, length);
+}
+
+// As wide kernels write in pieces, what they wrote last may be followed by so many bytes that mean
+// nothing.
+inline constexpr size_t kOvershoot = 64;
+
+// Writes the bytes that a mask marks.
+ZVUTIL_WIDEST_INLINE Byte* put_kept(Byte* out, const ByteBlock& bytes, Mask kept) {
+#if defined(__AVX512VBMI2__)
+    store_block(out, _mm512_maskz_compress_epi8(kept, std::bit_cast<__m512i>(bytes)));
+    return out + count_marked(kept);
+#elif defined(__AVX2__)
+    // By eights: where those that are kept stand.
+    using Places = std::array<std::array<Byte, 8>, 256>;
+    static constexpr Places kPlaces = [] {
+        Places places{};
+        for (unsigned mask = 0; mask < places.size(); ++mask) {
+            size_t length = 0;
+            for (unsigned i = 0; i < 8; ++i) {
+                if ((mask >> i & 1) != 0)
+                    places[mask][length++] = static_cast<Byte>(i);
+            }
+        }
+        return places;
+    }();
+    const auto put_half = [&](__m128i half, Mask front, Mask back) {
+        const auto places = [](Mask mask) {
+            return _mm_loadl_epi64(reinterpret_cast<const __m128i*>(kPlaces[mask].data()));
+        };
+        const __m128i second = _mm_add_epi8(places(back), _mm_set1_epi8(8));
+        const __m128i chosen = _mm_shuffle_epi8(half, _mm_unpacklo_epi64(places(front), second));
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(out), chosen);
+        out += count_marked(front);
+        _mm_storeh_pi(reinterpret_cast<__m64*>(out), _mm_castsi128_ps(chosen));
+        out += count_marked(back);
+    };
+    const __m256i all = std::bit_cast<__m256i>(bytes);
+    put_half(_mm256_castsi256_si128(all), kept & 0xFF, kept >> 8 & 0xFF);
+    put_half(_mm256_extracti128_si256(all, 1), kept >> 16 & 0xFF, kept >> 24);
+    return out;
+#else
+    for (size_t i = 0; i < kBlockSize; ++i) {
+        *out = bytes[i];
+        out += kept >> i & 1;
+    }
+    return out;
+#endif
+}
+
+// Writes all bytes, with another one before each that a mask marks.
+inline Byte* put_marked(Byte* out, ByteBlock bytes, Mask marked, Byte mark) {
+    const auto interleave =
+        []<size_t... places>(ByteBlock a, ByteBlock b, std::index_sequence<places...>) {
+        return std::array{
+            ByteBlock(__builtin_shufflevector(a, b, (places % 2 * kBlockSize + places / 2)...)),
+            ByteBlock(__builtin_shufflevector(
+                a, b, (places % 2 * kBlockSize + places / 2 + kBlockSize / 2)...))};
+    };
+    constexpr std::make_index_sequence<kBlockSize> kPlaces;
+    const auto both = interleave(ByteBlock{} + mark, bytes, kPlaces);
+    const auto kept = interleave(spread(marked), ~ByteBlock{}, kPlaces);
+    out = put_kept(out, both[0], high_bits(kept[0]));
+    return put_kept(out, both[1], high_bits(kept[1]));
+}
+
+// Text is looked through by windows of so many bytes, one for each bit of a long mask at most.
+inline constexpr size_t kWindow = kBlockSize == 16 ? 16 : 64;
+inline constexpr size_t kBlocks = kWindow / kBlockSize;
+using LongMask = std::uint64_t;
+inline constexpr LongMask kAllOfWindow = ~LongMask{} >> (64 - kWindow);
+
+inline Mask mask_of_block(LongMask mask, size_t i) {
+    return static_cast<Mask>(mask >> i * kBlockSize) & kAllMarked;
+}
+
+// A window's blocks; behind a shorter text there are zeros.
+using Window = std::array<ByteBlock, kBlocks>;
+inline Window load_window(const Byte* text) {
+    Window blocks;
+#pragma GCC unroll 4
+    for (size_t i = 0; i < kBlocks; ++i)
+        blocks[i] = load_block(text + i * kBlockSize);
+    return blocks;
+}
+ZVUTIL_WIDE_INLINE Window load_last_window(const Byte* text, size_t left) {
+    Window blocks;
+    for (size_t i = 0; i < kBlocks; ++i) {
+        const size_t at = i * kBlockSize;
+        blocks[i] = at < left ? load_up_to(text + at, left - at) : ByteBlock{};
+    }
+    return blocks;
+}
+inline Window load_window_up_to(const Byte* text, size_t left) {
+    return left >= kWindow ? load_window(text) : load_last_window(text, left);
+}
+
+// Stores what a function, ByteBlock(ByteBlock), makes of a window.
+template <class Convert>
+inline void store_window(Byte* to, const Window& blocks, Convert convert) {
+#pragma GCC unroll 4
+    for (size_t i = 0; i < kBlocks; ++i)
+        store_block(to + i * kBlockSize, convert(blocks[i]));
+}
+
+// What `find`, Mask(ByteBlock), finds in blocks.
+template <size_t Blocks, class Find>
+inline LongMask find_in(const std::array<ByteBlock, Blocks>& blocks, Find find) {
+    LongMask found = 0;
+#pragma GCC unroll 4
+    for (size_t i = 0; i < Blocks; ++i)
+        found |= LongMask{find(blocks[i])} << i * kBlockSize;
+    return found;
+}
+
+// The first bits of a long mask; one at least.
+constexpr LongMask first_long_bits(size_t count) {
+    return ~LongMask{} >> (64 - count);
+}
+
+// The places behind those that a mask marks, and the first one if the window before asks for it.
+constexpr LongMask places_behind(LongMask marked, LongMask first) {
+    return (marked << 1 | first) & kAllOfWindow;
+}
+
+// The bytes of the pairs at even places whose first and second bytes are marked.
+template <class Bits>
+constexpr Bits even_pairs(Bits could_lead, Bits could_trail) {
+    const Bits leads = could_lead & could_trail >> 1 & static_cast<Bits>(0x5555555555555555);
+    return leads | leads << 1;
 }
 
 // Every other bit of each run of bits, from its lowest on: in a run of bytes that could be lead
@@ -122,28 +439,17 @@ constexpr Bits every_other(Bits runs) {
     return (from_even & kEven) | (runs & ~from_even & ~kEven);
 }
 
-// Text is looked through by windows of so many bytes, one for each bit of a long mask.
-inline constexpr size_t kWindow = 64;
-
-// What `mark` finds in a window.
-template <class Mark>
-inline LongMask window_mask(const Byte* text, Mark mark) {
-    LongMask marked = 0;
-#pragma GCC unroll 4
-    for (size_t at = 0; at < kWindow; at += kBlockSize)
-        marked |= LongMask{high_bits(mark(load_block(text + at)))} << at;
-    return marked;
-}
-
 // The lead bytes of window after window, where what stands behind a lead byte is its trail byte
 // whatever it is.
 class LeadWalk {
 public:
     void enter(LongMask could_lead) {
-        behind_leads_ = carried_;
         leads_ = every_other(could_lead & ~carried_);
-        behind_leads_ |= leads_ << 1;
-        carried_ = leads_ >> (kWindow - 1);
+        behind_leads_ = places_behind(leads_, carried_);
+        // The window's last run of possible leads says whether it ends with one; where it is the
+        // whole window, what came before does. So windows rarely wait for each other.
+        if (could_lead != kAllOfWindow)
+            carried_ = static_cast<LongMask>(std::countl_one(could_lead << (64 - kWindow))) & 1;
     }
 
     LongMask leads() const { return leads_; }
@@ -156,112 +462,6 @@ private:
     LongMask behind_leads_ = 0;
     LongMask carried_ = 0;
 };
-
-// Converts the run of plain characters at the front of the source. The `Kernel` marks what is not
-// plain by high bits, says what becomes of the rest, how long a character is, and from where on a
-// block may be stored whole. A kernel that looks characters up marks in the converted block those
-// that have no plain counterpart.
-template <class Kernel>
-inline Byte* convert_run(Source& source, Byte* out) {
-    const auto whole = [](size_t length) {
-        return length / Kernel::kCharacter * Kernel::kCharacter;
-    };
-    while (source.left() >= kBlockSize) {
-        const ByteBlock block = load_block(source.next);
-        const Mask not_plain = high_bits(Kernel::not_plain(block));
-        const auto converted = Kernel::convert(block);
-        Mask rejected = 0;
-        if constexpr (requires { Kernel::rejected(converted); })
-            rejected = high_bits(Kernel::rejected(converted));
-        if ((not_plain | rejected) == 0) [[likely]] {
-            store_block(out, converted);
-            source.next += kBlockSize;
-            out += kBlockSize;
-            continue;
-        }
-        if (source.left() >= Kernel::kSafeLeft) [[likely]] {
-            store_block(out, converted);
-            // What comes next need not wait for what was looked up.
-            size_t plain = not_plain != 0 ? whole(count_before(not_plain)) : kBlockSize;
-            if ((rejected & ((std::uint64_t{1} << plain) - 1)) != 0) [[unlikely]]
-                plain = whole(count_before(rejected));
-            source.next += plain;
-            return out + plain;
-        }
-        const size_t plain = whole(count_before(not_plain | rejected));
-        store_front(out, converted, plain);
-        source.next += plain;
-        return out + plain;
-    }
-    return out;
-}
-
-struct AsciiKernel {
-    static constexpr size_t kCharacter = 1;
-    static ByteBlock not_plain(ByteBlock bytes) { return bytes; }
-};
-
-// Copies the run of ASCII at the front of the source, which is not empty. Most runs in other text
-// are one byte, a line end or a space, or end in their first block; most others are long. What
-// follows a single byte need not wait until its block has been looked through.
-template <size_t SafeLeft = kBlockSize>
-inline Byte* copy_ascii(Source& source, Byte* out) {
-    constexpr size_t kBlocks = 4;
-    if (source.left() > 1 && source.next[1] >= 0x80) {
-        *out = *source.next++;
-        return out + 1;
-    }
-    while (source.left() >= kBlockSize) {
-        const ByteBlock block = load_block(source.next);
-        if (const Mask high = high_bits(block); high != 0) {
-            const size_t run = count_before(high);
-            if (source.left() >= SafeLeft) [[likely]]
-                store_block(out, block);
-            else
-                copy_short(out, source.next, run);
-            source.next += run;
-            return out + run;
-        }
-        store_block(out, block);
-        source.next += kBlockSize;
-        out += kBlockSize;
-        while (source.left() >= kBlocks * kBlockSize) {
-            ByteBlock blocks[kBlocks];
-            std::memcpy(blocks, source.next, sizeof blocks);
-            if (high_bits(blocks[0] | blocks[1] | blocks[2] | blocks[3]) != 0)
-                break;
-            std::memcpy(out, blocks, sizeof blocks);
-            source.next += sizeof blocks;
-            out += sizeof blocks;
-        }
-    }
-    while (source.next != source.end && *source.next < 0x80)
-        *out++ = *source.next++;
-    return out;
-}
-
-// Steps over the run of plain characters at the front of the source, as far as whole blocks reach.
-template <class Kernel>
-inline void skip_run(Source& source) {
-    while (source.left() >= kBlockSize) {
-        const ByteBlock block = load_block(source.next);
-        Mask not_plain = high_bits(Kernel::not_plain(block));
-        if constexpr (requires { Kernel::rejected(Kernel::convert(block)); })
-            not_plain |= high_bits(Kernel::rejected(Kernel::convert(block)));
-        if (not_plain != 0) {
-            source.next += count_before(not_plain) / Kernel::kCharacter * Kernel::kCharacter;
-            return;
-        }
-        source.next += kBlockSize;
-    }
-}
-
-// Steps over the run of ASCII at the front of the source.
-inline void skip_ascii(Source& source) {
-    skip_run<AsciiKernel>(source);
-    while (source.next != source.end && *source.next < 0x80)
-        ++source.next;
-}
 
 } // namespace ZVUTIL_LANES
 } // namespace zv

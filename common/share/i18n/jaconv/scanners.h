@@ -7,7 +7,6 @@ namespace zv {
 
 // The byte rules of the multibyte code sets, one scanner a code set. A scanner tells
 //   kLongest            the length of its longest character,
-//   kLowestTrail        the lowest trail byte; a byte below it always begins a character,
 //   announced(lead)     the length that a first byte announces; 0 for NUL, -1 for no first byte,
 //   continues(s, i)     whether byte i of the character at s, behind its first, is in range.
 // No trail byte is NUL, so a scan of terminated text stops at the terminator by itself.
@@ -22,14 +21,12 @@ inline constexpr Byte kSingleShift2 = 0x8E;
 // Text without multibyte characters.
 struct SingleByteScanner {
     static constexpr int kLongest = 1;
-    static constexpr int kLowestTrail = 0x100;
     static constexpr int announced(Byte) { return 1; }
     static constexpr bool continues(const Byte*, int) { return true; }
 };
 
 struct EucScanner {
     static constexpr int kLongest = 3;
-    static constexpr int kLowestTrail = 0xA1;
     static constexpr int announced(Byte lead) {
         if (lead < 0x80)
             return lead != 0;
@@ -44,7 +41,6 @@ struct EucScanner {
 
 struct ShiftJisScanner {
     static constexpr int kLongest = 2;
-    static constexpr int kLowestTrail = 0x40;
     static constexpr bool is_lead(unsigned byte) {
         return in_range(byte, 0x81, 0x9F) || in_range(byte, 0xE0, 0xEF);
     }
@@ -63,7 +59,6 @@ struct ShiftJisScanner {
 // GB 2312, simplified Chinese EUC and Korean EUC: two bytes of A1-FE.
 struct GrPairScanner {
     static constexpr int kLongest = 2;
-    static constexpr int kLowestTrail = 0xA1;
     static constexpr int announced(Byte lead) {
         if (lead < 0x80)
             return lead != 0;
@@ -74,7 +69,6 @@ struct GrPairScanner {
 
 struct Big5Scanner {
     static constexpr int kLongest = 2;
-    static constexpr int kLowestTrail = 0x40;
     static constexpr bool is_trail(unsigned byte) {
         return in_range(byte, 0x40, 0x7E) || is_gr(byte);
     }
@@ -85,7 +79,6 @@ struct Big5Scanner {
 // EUC-TW; its two-byte characters may have the trail bytes of Big5.
 struct EucTwScanner {
     static constexpr int kLongest = 4;
-    static constexpr int kLowestTrail = 0x40;
     static constexpr int announced(Byte lead) {
         return lead == kSingleShift2 ? 4 : GrPairScanner::announced(lead);
     }
@@ -98,7 +91,6 @@ struct EucTwScanner {
 
 struct Ksc87Scanner {
     static constexpr int kLongest = 2;
-    static constexpr int kLowestTrail = 0x41;
     static constexpr int announced(Byte lead) {
         if (lead < 0x80)
             return lead != 0;
@@ -112,7 +104,6 @@ struct Ksc87Scanner {
 
 struct Ksc92Scanner {
     static constexpr int kLongest = 2;
-    static constexpr int kLowestTrail = 0x41;
     static constexpr int announced(Byte lead) {
         if (lead < 0x80)
             return lead != 0;

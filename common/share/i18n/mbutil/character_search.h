@@ -2,118 +2,103 @@
 #define ZVUTIL_MBUTIL_CHARACTER_SEARCH_H
 
 #include <algorithm>
-#include <bitset>
 #include <cstring>
 
-#include "../jaconv/character_blocks.h"
+#include "accepts.h"
+#include "boundary.h"
 
 namespace zv {
 
-// How far a terminated text is known to go on. What is decided early needs no look at what is far
-// behind it.
-class KnownText {
+// Terminated texts are looked through in parts of this many bytes, so that what is decided early
+// needs no look at what is far behind it.
+inline constexpr size_t kPart = 1024;
+static_assert(kPart % kBlockSize == 0);
+
+inline size_t part_of(const Byte* text, size_t size = kPart) {
+    return strnlen(reinterpret_cast<const char*>(text), size);
+}
+
+// What a search looks for: single bytes, and bytes with another one behind them. It marks what it
+// is, and perhaps more, for it holds the last single ones and the pairs as ranges.
+class Wanted {
 public:
-    explicit KnownText(const Byte* text) : end_(text) {}
-
-    // Whether a block may be read at s.
-    bool has_block(const Byte* s) { return end_ >= s + kBlockSize || has_block_behind(s); }
-
-private:
-    static constexpr size_t kLongestReach = size_t{16} * 1024;
-
-    [[gnu::noinline]] bool has_block_behind(const Byte* s) {
-        if (at_terminator_)
-            return false;
-        end_ = s + strnlen(reinterpret_cast<const char*>(s), reach_);
-        at_terminator_ = *end_ == 0;
-        reach_ = std::min(4 * reach_, kLongestReach);
-        return end_ >= s + kBlockSize;
+    void add(const Byte* character, size_t length) {
+        if (length == 1) {
+            count_ = std::min(count_ + 1, kSingles);
+            singles_[count_ - 1].add(character[0]);
+        } else {
+            firsts_.add(character[0]);
+            seconds_.add(character[1]);
+        }
     }
-
-    const Byte* end_;
-    size_t reach_ = 4 * kBlockSize;
-    bool at_terminator_ = false;
-};
-
-// The first bytes that a search looks for. A block is compared with few of them one by one, with
-// more only as a range that holds them all.
-class WantedBytes {
-public:
-    void add(Byte byte) {
-        if (all_[byte])
-            return;
-        all_[byte] = true;
-        if (count_ == 0)
-            std::memset(few_, byte, sizeof few_); // so that unused ones mean nothing else
-        if (count_ < kFew)
-            few_[count_] = byte;
-        lowest_ = std::min(lowest_, byte);
-        highest_ = std::max(highest_, byte);
-        ++count_;
-    }
-    bool has(Byte byte) const { return all_[byte]; }
-
-    // Marks those of a block, and perhaps others.
-    Mask find(ByteBlock block) const {
-        if (count_ > kFew)
-            return high_bits((block >= lowest_) & (block <= highest_));
-        return high_bits((block == few_[0]) | (block == few_[1]) | (block == few_[2]));
+    Mask find(ByteBlock block, ByteBlock next) const {
+        SignedByteBlock marks{};
+        if (firsts_.first != 0)
+            marks = firsts_.marks(block) & seconds_.marks(next);
+        for (size_t i = 0; i < count_; ++i)
+            marks |= singles_[i].marks(block);
+        return high_bits(marks);
     }
 
 private:
-    static constexpr int kFew = 3;
+    static constexpr size_t kSingles = 3;
 
-    std::bitset<256> all_;
-    Byte few_[kFew] = {};
-    Byte lowest_ = 0xFF;
-    Byte highest_ = 0;
-    int count_ = 0;
+    // Its first byte is 0 while it is empty: no text has one.
+    struct Range {
+        void add(Byte byte) {
+            const Byte low = first == 0 ? byte : std::min(byte, first);
+            width = static_cast<Byte>(std::max<Byte>(byte, first + width) - low);
+            first = low;
+        }
+        SignedByteBlock marks(ByteBlock bytes) const { return bytes - first <= width; }
+
+        Byte first = 0;
+        Byte width = 0;
+    };
+    Range singles_[kSingles];
+    Range firsts_;
+    Range seconds_;
+    size_t count_ = 0;
 };
 
-// Whether a search ends at a character whose first byte is wanted. Refers to a function object that
-// outlives the search.
-class Accepts {
-public:
-    template <class Function>
-    explicit Accepts(const Function& function)
-        : function_(&function), call_([](const void* f, const Byte* p) {
-              return (*static_cast<const Function*>(f))(p);
-          }) {}
-    bool operator()(const Byte* p) const { return call_(function_, p); }
-
-private:
-    const void* function_;
-    bool (*call_)(const void*, const Byte*);
-};
-
-// The first character of a terminated text whose first byte is wanted and which is accepted, or
-// null.
+// Looks through the next part of a terminated text, whole blocks, for a character that is wanted
+// and accepted. `text` moves on, and `known` is a boundary not beyond it.
 template <class Scanner>
-const Byte* find_character(const Byte* s, const WantedBytes& wanted, Accepts accepts) {
-    KnownText known(s);
-    for (;;) {
-        if constexpr (Scanner::kLongest > 1) {
-            BlockWalk<Scanner> walk;
-            for (; known.has_block(s); s += kBlockSize) {
-                const ByteBlock block = load_block(s);
-                const Mask candidates = wanted.find(block);
-                if (!walk.enter(block))
-                    break;
-                for (Mask left = candidates & walk.starts(); left != 0; left &= left - 1) {
-                    const Byte* const p = s + count_before(left);
-                    if (wanted.has(*p) && accepts(p))
-                        return p;
-                }
+[[gnu::noinline]] const Byte* find_in_part(const Byte*& known, const Byte*& text,
+                                           const Wanted& given, Accepts accepts,
+                                           size_t part = kPart) {
+    using Leads = ByteClass<ByteRoles<Scanner>::is_lead>;
+    const Wanted wanted = given; // which nothing else changes
+    for (const Byte* const end = text + part_of(text, part); text != end;) {
+        const size_t size = std::min(static_cast<size_t>(end - text), kBlockSize);
+        Byte tail[kBlockSize + 1] = {};
+        const Byte* bytes = text;
+        if (size < kBlockSize) {
+            copy_short(tail, text, size);
+            bytes = tail;
+        }
+        const ByteBlock block = load_block(bytes);
+        Mask found = wanted.find(block, load_block(bytes + 1)) & kAllMarked >> (kBlockSize - size);
+        if (found != 0) {
+            known = last_boundary<Scanner>(known, text);
+            BlockWalk<Scanner> walk(known != text);
+            const bool regular = known == text || (known + 1 == text && Leads::has(*known));
+            const bool settled = regular && walk.enter(block);
+            if (settled)
+                found &= walk.starts();
+            for (; found != 0; found &= found - 1) {
+                const Byte* const p = text + count_before(found);
+                if (!settled)
+                    known = last_boundary<Scanner>(known, p);
+                if ((settled || known == p) && accepts(p))
+                    return p;
             }
-            s -= walk.carried();
+            if (settled)
+                known = text + size - walk.carried();
         }
-        for (const Byte* const stop = s + kBlockSize; s < stop; s += step<Scanner>(s)) {
-            if (*s == 0)
-                return nullptr;
-            if (wanted.has(*s) && accepts(s))
-                return s;
-        }
+        text += size;
     }
+    return nullptr;
 }
 
 } // namespace zv

@@ -1,8 +1,9 @@
 #include <strings.h>
 
-#include <cctype>
+#include <algorithm>
 #include <cstring>
 
+#include "../../../platform/letter_case.h"
 #include "character_search.h"
 #include "scanner_choice.h"
 
@@ -18,27 +19,70 @@ int order_as_signed(Byte a, Byte b) {
     return order_of(static_cast<signed char>(a), static_cast<signed char>(b));
 }
 
-int order_ignoring_case(Byte a, Byte b) {
-    if (a == b)
-        return 0;
-    return order_as_signed(static_cast<Byte>(std::tolower(a)), static_cast<Byte>(std::tolower(b)));
-}
+// How a comparison takes the characters of two texts, which are equal up to them: the order of the
+// first, and how far it reaches in both.
+struct Step {
+    int order;
+    size_t length;
+};
 
-// Steps over blocks that are equal, to a boundary of both texts: the last one that is not behind
-// their first difference, where one is found.
+// By length first, then as signed bytes; characters of one byte in lower case.
 template <class Scanner>
-size_t skip_equal_blocks(const Byte* a, const Byte* b, zv::KnownText& known_a,
-                         zv::KnownText& known_b) {
+struct IgnoringCase {
+    static constexpr int end(Byte a, Byte b) { return order_of(a != 0, b != 0); }
+
+    Step operator()(const Byte* a, const Byte* b) const {
+        const int length = zv::step<Scanner>(a);
+        int order = order_of(length, zv::step<Scanner>(b));
+        if (length == 1 && order == 0)
+            order = order_of_singles(*a, *b);
+        for (int i = 0; i < length && length > 1 && order == 0; ++i)
+            order = order_as_signed(a[i], b[i]);
+        return {order, static_cast<size_t>(length)};
+    }
+    int order_of_singles(Byte a, Byte b) const {
+        return lower(a) == lower(b)
+                   ? 0
+                   : order_as_signed(static_cast<Byte>(lower(a)), static_cast<Byte>(lower(b)));
+    }
+
+    zv::LetterCase lower = zv::LetterCase::lower();
+};
+
+// As far as the first byte of the one announces, whatever trail bytes it has.
+template <class Scanner>
+struct AsAnnounced {
+    int end(Byte a, Byte b) const { return a != 0 ? 1 : fold && b != 0 ? -1 : 0; }
+
+    Step operator()(const Byte* a, const Byte* b) const {
+        const int announced = Scanner::announced(*a);
+        if (announced <= 1)
+            return {order_of_singles(*a, *b), 1};
+        size_t length = 0;
+        while (length < static_cast<size_t>(announced) && a[length] != 0 && a[length] == b[length])
+            ++length;
+        return {length == static_cast<size_t>(announced) ? 0 : a[length] - b[length], length};
+    }
+
+    int order_of_singles(Byte a, Byte b) const { return fold ? lower(a) - lower(b) : a - b; }
+
+    bool fold; // characters of one byte into lower case
+    zv::LetterCase lower = zv::LetterCase::lower();
+};
+
+// How far blocks are equal that are known to be there, as a boundary: the last one not behind the
+// first difference, where there is one.
+template <class Scanner>
+size_t skip_equal_blocks(const Byte* a, const Byte* b, size_t n) {
     zv::BlockWalk<Scanner> walk;
     size_t offset = 0;
-    for (; known_a.has_block(a + offset) && known_b.has_block(b + offset);
-         offset += zv::kBlockSize) {
+    for (; n - offset >= zv::kBlockSize; offset += zv::kBlockSize) {
         const zv::ByteBlock block = zv::load_block(a + offset);
-        const auto difference = block != zv::load_block(b + offset);
-        const bool reached = walk.carried() != 0;
+        const zv::Mask differ = zv::high_bits(block != zv::load_block(b + offset));
+        const zv::Mask reached = walk.carried();
         if (!walk.enter(block))
             break;
-        if (const zv::Mask differ = zv::high_bits(difference); differ != 0) {
+        if (differ != 0) {
             // The lowest bits, up to the first difference.
             const zv::Mask starts = walk.certain_starts() & (differ ^ (differ - 1));
             return starts != 0 ? offset + zv::last_marked(starts) : offset - reached;
@@ -47,61 +91,50 @@ size_t skip_equal_blocks(const Byte* a, const Byte* b, zv::KnownText& known_a,
     return offset - walk.carried();
 }
 
-template <class Scanner>
-int compare_ignoring_case(const Byte* a, const Byte* b) {
-    constexpr int kByRule = 4; // words that differ in case are short
-    zv::KnownText known_a(a);
-    zv::KnownText known_b(b);
-    for (;;) {
-        if constexpr (Scanner::kLongest > 1) {
-            const size_t equal = skip_equal_blocks<Scanner>(a, b, known_a, known_b);
-            a += equal;
-            b += equal;
+// Compares the characters that begin before n.
+template <class Scanner, class Rule>
+int compare(const Byte* a, const Byte* b, size_t n, Rule rule) {
+    constexpr size_t kByRule = 4; // words that differ in case are short
+    size_t at = 0;
+    size_t common = 0; // so much is known to be there of both
+    bool more = true;  // may be
+    for (size_t by_rule = kByRule;;) {
+        if (more && common < at + zv::kBlockSize && at < n && (at != 0 || *a == *b)) {
+            const size_t part = std::min(zv::part_of(a + at), zv::part_of(b + at));
+            common = std::min(at + part, n);
+            more = part == zv::kPart && common < n;
         }
-        for (int n = 0; n < kByRule; ++n) {
-            if (*a == 0 || *b == 0)
-                return order_of(*a != 0, *b != 0);
-            const int length = zv::step<Scanner>(a);
-            int order = order_of(length, zv::step<Scanner>(b));
-            if (order != 0)
-                return order;
-            if (length == 1) {
-                order = order_ignoring_case(*a, *b);
-            } else {
-                for (int i = 0; i < length && order == 0; ++i)
-                    order = order_as_signed(a[i], b[i]);
+        by_rule = std::min(2 * by_rule, 16 * kByRule);
+        if (common >= at + zv::kBlockSize) {
+            const size_t equal = skip_equal_blocks<Scanner>(a + at, b + at, common - at);
+            at += equal;
+            if (equal >= zv::kBlockSize)
+                by_rule = kByRule;
+        }
+        for (const size_t stop = at + by_rule; at < stop;) {
+            if (at < common && (a[at] | b[at]) < 0x80 && rule.order_of_singles(a[at], b[at]) == 0) {
+                ++at;
+                continue;
             }
-            if (order != 0)
-                return order;
-            a += length;
-            b += length;
+            if (at >= n)
+                return 0;
+            if (a[at] == 0 || b[at] == 0)
+                return rule.end(a[at], b[at]);
+            const Step step = rule(a + at, b + at);
+            if (step.order != 0)
+                return step.order;
+            at += step.length;
         }
     }
 }
 
-// Compares a with b while a has bytes below n; a character that begins there is compared whole,
-// case kept. One-byte characters are folded first. Ends at the first difference.
-template <class Scanner, class Fold>
-int compare_bounded(const Byte* a, const Byte* b, size_t n, Fold fold, bool a_may_be_shorter) {
-    size_t i = 0;
-    while (i < n && a[i] != 0) {
-        // The first byte alone decides: a character whose trail bytes are bad is compared too.
-        const int announced = Scanner::announced(a[i]);
-        const size_t length = announced > 1 ? static_cast<size_t>(announced) : 1;
-        int order;
-        if (length > 1) {
-            order = std::strncmp(reinterpret_cast<const char*>(a + i),
-                                 reinterpret_cast<const char*>(b + i), length);
-        } else {
-            order = a[i] == b[i] ? 0 : fold(a[i]) - fold(b[i]);
-        }
-        if (order != 0)
-            return order;
-        if (length > 1 && std::memchr(a + i, 0, length) != nullptr)
-            return 0; // both end in the same cut character
-        i += length;
-    }
-    return i < n && !a_may_be_shorter && b[i] != 0 ? -1 : 0;
+int compare_as_announced(const char* a, const char* b, unsigned n, bool fold) {
+    if (a == nullptr || b == nullptr)
+        return 0;
+    return zv::with_current_scanner([&](auto scanner) {
+        using Scanner = decltype(scanner);
+        return compare<Scanner>(zv::as_bytes(a), zv::as_bytes(b), n, AsAnnounced<Scanner>{fold});
+    });
 }
 
 } // namespace
@@ -112,28 +145,18 @@ int mbstricmp(const char* a, const char* b) {
     if (a == nullptr || b == nullptr)
         return 0;
     return zv::with_current_scanner([&](auto scanner) {
-        return compare_ignoring_case<decltype(scanner)>(zv::as_bytes(a), zv::as_bytes(b));
+        using Scanner = decltype(scanner);
+        return compare<Scanner>(zv::as_bytes(a), zv::as_bytes(b), SIZE_MAX,
+                                IgnoringCase<Scanner>());
     });
 }
 
 int mbstrnicmp(const char* a, const char* b, unsigned n) {
-    if (!zv::current_is_multibyte())
-        return strncasecmp(a, b, n);
-    if (a == nullptr || b == nullptr)
-        return 0;
-    const auto fold = [](Byte byte) { return std::tolower(byte); };
-    return zv::with_current_scanner([&](auto scanner) {
-        return compare_bounded<decltype(scanner)>(zv::as_bytes(a), zv::as_bytes(b), n, fold, false);
-    });
+    return zv::current_is_multibyte() ? compare_as_announced(a, b, n, true) : strncasecmp(a, b, n);
 }
 
 int mbcharcmp(const char* a, const char* b, unsigned n) {
     if (!zv::current_is_multibyte())
         return order_as_signed(static_cast<Byte>(*a), static_cast<Byte>(*b));
-    if (a == nullptr || b == nullptr)
-        return 0;
-    const auto keep = [](Byte byte) { return static_cast<int>(byte); };
-    return zv::with_current_scanner([&](auto scanner) {
-        return compare_bounded<decltype(scanner)>(zv::as_bytes(a), zv::as_bytes(b), n, keep, true);
-    });
+    return compare_as_announced(a, b, n, false);
 }

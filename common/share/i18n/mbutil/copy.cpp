@@ -7,8 +7,11 @@ namespace {
 // Writes exactly n bytes of dst, as strncpy() does, but leaves out a character that n would cut.
 unsigned copy_whole_characters(char* dst, const char* src, unsigned n) {
     size_t copied = strnlen(src, n);
-    if (copied == n && n > 0 && src[n] != '\0')
-        copied = mbidx(src, n);
+    if (copied == n && n > 0 && src[n] != '\0') {
+        const zv::Byte* const text = zv::as_bytes(src);
+        const zv::Byte* const end = zv::last_boundary_in(text, text + n, zv::native_code_set);
+        copied = static_cast<size_t>(end - text);
+    }
     std::memcpy(dst, src, copied);
     std::memset(dst + copied, 0, n - copied);
     return static_cast<unsigned>(copied);

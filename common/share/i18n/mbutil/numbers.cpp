@@ -4,6 +4,8 @@
 
 namespace {
 
+using zv::Byte;
+
 const MbToSbNumber* number_table(int code_set) {
     switch (code_set) {
     case ZV_SJIS:
@@ -23,14 +25,36 @@ const MbToSbNumber* number_table(int code_set) {
     }
 }
 
-// The ASCII character for the two bytes at p; 0 when the table has none.
-char narrow(const MbToSbNumber* table, const char* p) {
-    for (; table->mb[0] != 0; ++table) {
-        if (std::memcmp(table->mb, p, 2) == 0)
-            return table->sb;
+// The entries of a table by their second bytes.
+class Numbers {
+public:
+    explicit Numbers(const MbToSbNumber* table) : table_(table) {
+        Byte count = 0;
+        while (table[count].mb[0] != 0)
+            ++count;
+        // Backwards, so that the first of equal entries is found first.
+        for (; count != 0; --count) {
+            Byte& first = first_[table[count - 1].mb[1]];
+            next_[count - 1] = first;
+            first = count;
+        }
     }
-    return '\0';
-}
+    // The ASCII character for the two bytes at p; 0 when the table has none.
+    char narrow(const Byte* p) const {
+        for (Byte entry = first_[p[1]]; entry != 0; entry = next_[entry - 1]) {
+            if (table_[entry - 1].mb[0] == p[0])
+                return table_[entry - 1].sb;
+        }
+        return '\0';
+    }
+
+private:
+    static constexpr size_t kMost = 24; // entries of a table
+
+    const MbToSbNumber* table_;
+    Byte first_[256] = {}; // entries count from 1
+    Byte next_[kMost];
+};
 
 } // namespace
 
@@ -40,19 +64,20 @@ int ConvertMBNumberToSBNumber(const char* src, char* dst) {
         std::strcpy(dst, src);
         return 0;
     }
+    const Numbers numbers(table);
     zv::with_current_scanner([&](auto scanner) {
-        while (*src != '\0') {
-            const int length = zv::step<decltype(scanner)>(zv::as_bytes(src));
-            const char ascii = length > 1 ? narrow(table, src) : '\0';
-            if (ascii != '\0') {
-                *dst++ = ascii;
-            } else {
-                std::memcpy(dst, src, static_cast<size_t>(length));
-                dst += length;
-            }
-            src += length;
+        const Byte* from = zv::as_bytes(src);
+        Byte* to = zv::as_bytes(dst);
+        while (*from != 0) {
+            const int length = zv::step<decltype(scanner)>(from);
+            const char ascii = length > 1 ? numbers.narrow(from) : '\0';
+            if (ascii != '\0')
+                *to++ = static_cast<Byte>(ascii);
+            for (int i = 0; i < length && ascii == '\0'; ++i)
+                *to++ = from[i];
+            from += length;
         }
+        *to = 0;
     });
-    *dst = '\0';
     return 0;
 }

@@ -5,10 +5,13 @@
 #include <bit>
 #include <cstdint>
 
+#include "../../../platform/processor.h"
 #include "current_code_set.h"
 
 namespace zv {
 namespace {
+
+constexpr int kWideVectors = 32;
 
 constexpr char kDigits[] = "0123456789ABCDEF";
 
@@ -73,11 +76,8 @@ inline char* put(char* out, Token token) {
 
 char* put_tokens(char* out, const Byte* bytes, size_t length) {
     const Byte* const end = bytes + length;
-    if (length >= kQuotedBlock / 2 && has_avx2()) {
-        const Converted converted = wide_encode_quoted({bytes, length}, as_bytes(out));
-        bytes = converted.read;
-        out = reinterpret_cast<char*>(converted.written);
-    }
+    if (length >= kQuotedBlock / 2 && vector_size() >= kWideVectors)
+        return reinterpret_cast<char*>(wide_encode_quoted({bytes, length}, as_bytes(out)));
     // Blocks of one kind are common: words of ASCII, and code sets whose bytes all lie above 7E.
     for (; end - bytes >= static_cast<ptrdiff_t>(kBlock); bytes += kBlock) {
         std::uint64_t block;
@@ -189,10 +189,24 @@ private:
         do {
             look_ahead();
             is_last = is_at_end();
-            out_ = kernel_.run(text_, out_, is_last);
+            run_kernel(is_last);
         } while (!is_last && text_.left() < kDecodedBlock);
         if (text_.next - next != out_ - out)
             ensure_initialised(); // there were digits
+    }
+
+    // Text that is rarely decoded is left to the rules for a while, since a block that is given up
+    // costs more than a byte by them.
+    void run_kernel(bool is_last) {
+        constexpr size_t kMostOfBlock = kDecodedBlock / 2;
+        if (!has_kernel_ || text_.left() <= kMostOfBlock || text_.next < resume_)
+            return;
+        const Byte* const before = text_.next;
+        const Converted converted = wide_decode_quoted(text_, out_, is_last);
+        text_.next = converted.read;
+        out_ = converted.written;
+        if (text_.next < before + kMostOfBlock / 2)
+            resume_ = text_.next + kDecodedBlock;
     }
 
     // Copies a run of plain bytes.
@@ -256,7 +270,8 @@ private:
     Source text_; // as far as it is known
     size_t piece_ = 2048;
     Byte* out_;
-    WideKernel<const bool> kernel_{wide_decode_quoted};
+    const bool has_kernel_ = vector_size() >= kWideVectors;
+    const Byte* resume_ = nullptr;
 };
 
 } // namespace

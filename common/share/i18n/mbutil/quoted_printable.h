@@ -3,7 +3,7 @@
 
 #include <string_view>
 
-#include "quoted_printable_avx2.h"
+#include "quoted_printable_kernels.h"
 
 namespace zv {
 

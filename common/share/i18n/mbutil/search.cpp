@@ -1,8 +1,12 @@
+#include <bitset>
 #include <cstring>
 
 #include "character_search.h"
 #include "character_sets.h"
-#include "scanner_choice.h"
+#include "two_way.h"
+
+// The C library finds what looks like the character or the string that is looked for; what it finds
+// counts where it begins a character. Where much looks alike, text is looked through by blocks.
 
 namespace zv {
 namespace {
@@ -11,89 +15,148 @@ const char* as_text(const Byte* bytes) {
     return reinterpret_cast<const char*>(bytes);
 }
 
-// Where a byte cannot be a trail byte, every occurrence begins a character and the C library's
-// vectorised searches give the exact result.
 template <class Scanner>
-constexpr bool always_begins_character(Byte byte) {
-    return Scanner::kLongest == 1 || byte < std::min<int>(Scanner::kLowestTrail, 0x80);
+bool always_begins_character(Byte byte) {
+    return !ByteClass<ByteRoles<Scanner>::is_trail>::has(byte);
 }
 
-WantedBytes only(Byte byte) {
-    WantedBytes wanted;
-    wanted.add(byte);
+Wanted only(Byte byte) {
+    Wanted wanted;
+    wanted.add(&byte, 1);
     return wanted;
-}
-
-// No other search character finds anything.
-constexpr bool is_char_value(int c) {
-    return c == static_cast<signed char>(c);
 }
 
 enum class Occurrence { first, last };
 
+// So much may the C library find closely together that is no character.
+constexpr int kFew = 4;
+
 template <class Scanner>
-const Byte* find_byte(const Byte* s, int c, Occurrence which) {
-    if (c == 0 || !is_char_value(c))
-        return nullptr;
-    if (always_begins_character<Scanner>(static_cast<Byte>(c))) {
-        const char* const text = as_text(s);
-        return as_bytes(which == Occurrence::first ? std::strchr(text, c) : std::strrchr(text, c));
+const Byte* find_first(const Byte* s, Byte byte) {
+    const Byte* known = s;
+    for (int close = 0;;) {
+        const Byte* const p = as_bytes(std::strchr(as_text(s), byte));
+        if (p == nullptr)
+            return nullptr;
+        known = last_boundary<Scanner>(known, p);
+        if (known == p)
+            return p;
+        close = p < s + kBlockSize ? close + 1 : 0;
+        s = p + 1;
+        if (close == kFew) {
+            close = 0;
+            const auto any = [](const Byte*) { return true; };
+            if (const Byte* const found = find_in_part<Scanner>(known, s, only(byte), Accepts(any)))
+                return found;
+        }
+    }
+}
+
+template <class Scanner>
+const Byte* find_last(const Byte* s, Byte byte) {
+    const Byte* p = as_bytes(std::strrchr(as_text(s), byte));
+    const Byte* run = p;
+    for (int close = 0; close < kFew;) {
+        if (p == nullptr || always_begins_character<Scanner>(byte))
+            return p;
+        if (p <= run)
+            run = run_before<Scanner>(s, p);
+        if (boundary_in_run<Scanner>(s, run, p) == p)
+            return p;
+        const Byte* const behind = p;
+        p = static_cast<const Byte*>(memrchr(s, byte, static_cast<size_t>(p - s)));
+        close = p + kBlockSize > behind ? close + 1 : 0;
     }
     const Byte* found = nullptr;
-    const auto is_it = [&](const Byte* p) {
-        found = p;
-        return which == Occurrence::first;
+    const auto remember = [&](const Byte* character) {
+        found = character;
+        return false;
     };
-    find_character<Scanner>(s, only(static_cast<Byte>(c)), Accepts(is_it));
+    for (const Byte* known = s; *s != 0;)
+        find_in_part<Scanner>(known, s, only(byte), Accepts(remember));
     return found;
 }
 
 char* find_byte(const char* s, int c, Occurrence which) {
-    if (s == nullptr)
+    if (s == nullptr || c == 0 || c != static_cast<signed char>(c))
         return nullptr;
     return with_current_scanner([&](auto scanner) {
-        const Byte* const found = find_byte<decltype(scanner)>(as_bytes(s), c, which);
+        using Scanner = decltype(scanner);
+        const auto byte = static_cast<Byte>(c);
+        const Byte* const found = which == Occurrence::first
+                                      ? find_first<Scanner>(as_bytes(s), byte)
+                                      : find_last<Scanner>(as_bytes(s), byte);
         return const_cast<char*>(as_text(found));
     });
 }
 
-// Whether whole characters at hay spell the needle. A needle that ends inside a character differs
-// there by its terminator.
-template <class Scanner>
-bool spells(const Byte* hay, const Byte* needle) {
-    while (*needle != 0) {
-        if (*hay == 0)
+const Byte* find_string(const Byte* hay, const Byte* needle, Occurrence which) {
+    constexpr size_t kFront = 16; // so much of a needle the C library is asked for
+    constexpr size_t kLongest = 4;
+    const int code_set = native_code_set;
+    const size_t size = std::strlen(as_text(needle));
+    Byte copy[kFront + 1];
+    const Byte* front = needle;
+    if (size > kFront) {
+        copy[kFront] = 0;
+        std::memcpy(copy, needle, kFront);
+        front = copy;
+    }
+    const Byte* known = hay;
+    const Byte* found = nullptr;
+    const Byte* sure = nullptr; // up to here, what is equal to the needle has the same characters
+    const auto ends_character = [&](const Byte* p) {
+        if (sure == nullptr)
+            sure = last_boundary_in(needle, needle + size - std::min(size, kLongest - 1), code_set);
+        auto end = static_cast<size_t>(sure - needle);
+        while (end < size)
+            end += static_cast<size_t>(mbbytesinchartype(as_text(p + end), code_set));
+        if (end != size)
             return false;
-        const int length = step<Scanner>(hay);
-        for (int i = 0; i < length; ++i) {
-            if (hay[i] != needle[i])
-                return false;
-        }
-        hay += length;
-        needle += length;
-    }
-    return true;
-}
-
-template <class Scanner>
-const Byte* find_string(const Byte* hay, const Byte* needle) {
-    // The C library compares bytes faster; what is equal may still end inside a character.
-    const size_t length = std::strlen(as_text(needle));
-    const auto spells_needle = [=](const Byte* p) {
-        return (p[1] == needle[1] || needle[1] == 0) &&
-               std::strncmp(as_text(p), as_text(needle), length) == 0 && spells<Scanner>(p, needle);
+        found = p;
+        return which == Occurrence::first;
     };
-    return find_character<Scanner>(hay, only(*needle), Accepts(spells_needle));
-}
-
-template <class Scanner>
-const Byte* find_last_string(const Byte* hay, const Byte* needle) {
-    const Byte* last = nullptr;
-    while ((hay = find_string<Scanner>(hay, needle)) != nullptr) {
-        last = hay;
-        hay += step<Scanner>(hay);
+    const auto is_whole = [&](const Byte* p) {
+        known = last_boundary_in(known, p, code_set);
+        return known == p && ends_character(p);
+    };
+    // Long needles that are almost there again and again cost too much to compare.
+    const Byte* const begin = hay;
+    size_t compared = 0;
+    bool gives_up = false;
+    const auto stands_at = [&](const Byte* p, size_t equal) {
+        compared += size;
+        gives_up = size > kFront && compared > kFew * size + static_cast<size_t>(p - begin);
+        return gives_up ||
+               (std::strncmp(as_text(p) + equal, as_text(needle) + equal, size - equal) == 0 &&
+                ends_character(p));
+    };
+    const Byte* p = hay;
+    for (int close = 0;; hay = p + 1) {
+        p = as_bytes(std::strstr(as_text(hay), as_text(front)));
+        if (p == nullptr)
+            return found;
+        known = last_boundary_in(known, p, code_set);
+        if (known == p && stands_at(p, std::min(size, kFront)))
+            break;
+        close = p < hay + kBlockSize ? close + 1 : 0;
+        if (close == kFew) {
+            close = 0;
+            Wanted wanted;
+            wanted.add(needle, std::min<size_t>(size, 2));
+            const auto is_it = [&](const Byte* at) { return stands_at(at, 0); };
+            hay = p + 1;
+            p = with_scanner(code_set, [&](auto scanner) {
+                return find_in_part<decltype(scanner)>(known, hay, wanted, Accepts(is_it));
+            });
+            if (p != nullptr)
+                break;
+            p = hay - 1;
+        }
     }
-    return last;
+    if (gives_up)
+        find_by_two_ways(p, needle, size, Accepts(is_whole));
+    return found;
 }
 
 // The length of the member of the set that stands at p, 0 when none does. A member that is a
@@ -111,38 +174,95 @@ template <class Scanner>
     return 0;
 }
 
+// The members of a large set, a bit for each character that there can be.
 template <class Scanner>
-SetMatch find_in_set(const char* s, const char* set) {
-    WantedBytes first_bytes;
-    bool c_library_serves = true;
-    for (const Byte* q = as_bytes(set); *q != 0; q += step<Scanner>(q)) {
-        first_bytes.add(*q);
-        c_library_serves &= always_begins_character<Scanner>(*q);
+class Members {
+public:
+    explicit Members(const Byte* set) {
+        for (int length; *set != 0; set += length) {
+            length = step<Scanner>(set);
+            all_[number(set, length)] = true;
+        }
     }
-    if (c_library_serves) {
-        const size_t offset = std::strcspn(s, set);
-        return {offset, s[offset] != '\0'};
+    bool has(const Byte* p) const { return all_[*p] || all_[number(p, step<Scanner>(p))]; }
+
+private:
+    static constexpr size_t kPairs = 0x10000;
+    static constexpr size_t kRow = 94;
+    static constexpr size_t kPlanes = 15;
+
+    // Longer characters than two bytes begin with a single shift, which needs no place.
+    static size_t number(const Byte* p, int length) {
+        switch (length) {
+        case 1:
+            return p[0];
+        case 2:
+            return size_t{p[0]} << 8 | p[1];
+        case 3:
+            return size_t{p[1] & 0x7Fu} << 8 | p[2];
+        default:
+            return kPairs + (((p[1] - 0xA2u) * kRow + p[2] - 0xA1) * kRow + p[3] - 0xA1);
+        }
     }
-    size_t length = 0;
-    const auto is_member = [&](const Byte* p) {
-        length = match_at<Scanner>(p, as_bytes(set));
-        return length != 0;
-    };
-    const Byte* const found = find_character<Scanner>(as_bytes(s), first_bytes, Accepts(is_member));
-    if (found == nullptr)
-        return {std::strlen(s), 0};
-    return {static_cast<size_t>(found - as_bytes(s)), length};
+
+    std::bitset<kPairs + (Scanner::kLongest == 4 ? kPlanes * kRow * kRow : 0)> all_;
+};
+
+// The first character that is wanted and accepted, or the terminator.
+template <class Scanner>
+[[gnu::noinline]] const Byte* find_member(const Byte* s, const Wanted& wanted, Accepts accepts) {
+    const Byte* known = s;
+    for (size_t part = kPart / 16; *s != 0; part = std::min(4 * part, kPart)) {
+        if (const Byte* const p = find_in_part<Scanner>(known, s, wanted, accepts, part))
+            return p;
+    }
+    return s;
 }
 
-char* as_result(const Byte* found) {
-    return const_cast<char*>(as_text(found));
+template <class Scanner>
+[[gnu::noinline]] SetMatch find_in_large_set(const Byte* s, const Byte* set, const Wanted& wanted) {
+    const Members<Scanner> members(set);
+    const auto is_member = [&](const Byte* p) { return members.has(p); };
+    const Byte* const p = find_member<Scanner>(s, wanted, Accepts(is_member));
+    return {static_cast<size_t>(p - s), match_at<Scanner>(p, set)};
+}
+
+template <class Scanner>
+SetMatch find_in_set(const Byte* s, const Byte* set) {
+    constexpr int kLarge = 16;
+    Wanted wanted;
+    int members = 0;
+    bool c_library_serves = true;
+    for (const Byte* member = set; *member != 0; ++members) {
+        const auto length = static_cast<size_t>(step<Scanner>(member));
+        c_library_serves &= length == 1 && always_begins_character<Scanner>(*member);
+        wanted.add(member, length);
+        member += length;
+    }
+    if (c_library_serves) {
+        const size_t offset = std::strcspn(as_text(s), as_text(set));
+        return {offset, s[offset] != 0};
+    }
+    if (members > kLarge)
+        return find_in_large_set<Scanner>(s, set, wanted);
+    size_t length = 0;
+    const auto is_member = [&](const Byte* p) {
+        length = match_at<Scanner>(p, set);
+        return length != 0;
+    };
+    const Byte* const p = find_member<Scanner>(s, wanted, Accepts(is_member));
+    return {static_cast<size_t>(p - s), length};
+}
+
+char* find_string(const char* hay, const char* needle, Occurrence which) {
+    return const_cast<char*>(as_text(find_string(as_bytes(hay), as_bytes(needle), which)));
 }
 
 } // namespace
 
 SetMatch find_in_set(const char* s, const char* set) {
     return with_current_scanner(
-        [&](auto scanner) { return find_in_set<decltype(scanner)>(s, set); });
+        [&](auto scanner) { return find_in_set<decltype(scanner)>(as_bytes(s), as_bytes(set)); });
 }
 
 } // namespace zv
@@ -168,22 +288,14 @@ char* mbstrstr(const char* hay, const char* needle) {
         return const_cast<char*>(std::strstr(hay, needle));
     if (hay == nullptr || needle == nullptr || *needle == '\0')
         return const_cast<char*>(hay);
-    return zv::with_current_scanner([&](auto scanner) {
-        return zv::as_result(
-            zv::find_string<decltype(scanner)>(zv::as_bytes(hay), zv::as_bytes(needle)));
-    });
+    return zv::find_string(hay, needle, zv::Occurrence::first);
 }
 
 char* mbstrrstr(const char* hay, const char* needle) {
     zv::ensure_initialised();
     if (hay == nullptr || needle == nullptr)
         return const_cast<char*>(hay);
-    if (*needle == '\0')
-        return nullptr;
-    return zv::with_current_scanner([&](auto scanner) {
-        return zv::as_result(
-            zv::find_last_string<decltype(scanner)>(zv::as_bytes(hay), zv::as_bytes(needle)));
-    });
+    return *needle == '\0' ? nullptr : zv::find_string(hay, needle, zv::Occurrence::last);
 }
 
 char* mbstrpbrk(const char* s, const char* set) {

@@ -1,20 +1,27 @@
 #include "boundary.h"
 
+namespace {
+
+unsigned boundary_not_beyond(const char* s, unsigned n, int code_set) {
+    const zv::Byte* const text = zv::as_bytes(s);
+    return static_cast<unsigned>(zv::last_boundary_in(text, text + strnlen(s, n), code_set) - text);
+}
+
+} // namespace
+
 unsigned mbidxtype(const char* s, unsigned n, int code_set) {
     // Read without initialising: a host may ask before the code set is known.
-    if (MBUTIL_I_Am_MultiByte == 0)
-        return n;
-    return static_cast<unsigned>(zv::boundary_at(s, n, code_set));
+    return MBUTIL_I_Am_MultiByte == 0 ? n : boundary_not_beyond(s, n, code_set);
 }
 
 unsigned mbidx(const char* s, unsigned n) {
-    return mbidxtype(s, n, zv::current_code_set());
+    return zv::current_is_multibyte() ? boundary_not_beyond(s, n, zv::native_code_set) : n;
 }
 
 unsigned mbnextidx(const char* s, unsigned idx) {
     if (!zv::current_is_multibyte())
         return s[idx] == '\0' || s[idx + 1] == '\0' ? 0 : idx + 1;
-    const unsigned start = mbidx(s, idx);
+    const unsigned start = boundary_not_beyond(s, idx, zv::native_code_set);
     if (s[start] == '\0')
         return 0;
     const unsigned next = start + static_cast<unsigned>(mbbytesinchar(s + start));

@@ -13,16 +13,16 @@ zv::SetMatch find_delimiter(const char* s, const char* delimiters) {
 }
 
 char* next_token(char* s, const char* delimiters, char** resume) {
-    char* token = *resume;
-    if (s != nullptr) {
-        if (*s == '\0')
-            return *resume = nullptr;
-        const zv::SetMatch leading = find_delimiter(s, delimiters);
-        token = leading.offset == 0 ? s + leading.length : s;
-    }
+    if (s != nullptr && *s == '\0')
+        return *resume = nullptr;
+    char* token = s != nullptr ? s : *resume;
     if (token == nullptr)
         return nullptr;
-    const zv::SetMatch delimiter = find_delimiter(token, delimiters);
+    zv::SetMatch delimiter = find_delimiter(token, delimiters);
+    if (s != nullptr && delimiter.offset == 0) {
+        token += delimiter.length;
+        delimiter = find_delimiter(token, delimiters);
+    }
     char* end = token + delimiter.offset;
     if (delimiter.length == 0) {
         *resume = nullptr;

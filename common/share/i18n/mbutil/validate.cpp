@@ -22,20 +22,12 @@ struct PassesAlways {
     bool operator()(Byte) const { return true; }
 };
 
-// Steps over blocks of well-formed text, to a boundary.
 template <class Scanner>
-const Byte* skip_well_formed(const Byte* p, zv::KnownText& known) {
-    if constexpr (Scanner::kLongest > 1) {
-        zv::BlockWalk<Scanner> walk;
-        for (; known.has_block(p); p += zv::kBlockSize) {
-            const zv::ByteBlock block = zv::load_block(p);
-            const zv::Mask carried = walk.carried();
-            if (!walk.enter(block) || walk.malformed(block) != 0)
-                return p - carried;
-        }
-        p -= walk.carried();
-    }
-    return p;
+const Byte* skip_well_formed_part(const Byte* p) {
+    constexpr size_t kWide = 128; // what wide blocks leave over costs more
+    const size_t left = zv::part_of(p);
+    return left >= kWide && zv::vector_size() >= 32 ? zv::wide_skip_well_formed<Scanner>(p, left)
+                                                    : zv::skip_well_formed<Scanner>(p, left);
 }
 
 // Whether every character is well formed and every one-byte character passes; the position of the
@@ -45,10 +37,13 @@ int validate(const char* s, unsigned* badpos, int code_set, Passes passes) {
     return zv::with_scanner(code_set, [&](auto scanner) {
         using Scanner = decltype(scanner);
         const Byte* text = zv::as_bytes(s);
-        zv::KnownText known(text);
         for (const Byte* p = text;;) {
-            if constexpr (std::is_same_v<Passes, PassesAlways>)
-                p = skip_well_formed<Scanner>(p, known);
+            if constexpr (std::is_same_v<Passes, PassesAlways>) {
+                const Byte* const before = p;
+                p = skip_well_formed_part<Scanner>(p);
+                if (p - before >= static_cast<ptrdiff_t>(zv::kPart / 2))
+                    continue;
+            }
             for (size_t n = 0; n < zv::kBlockSize; ++n) {
                 if (*p == 0)
                     return 1;

@@ -1,12 +1,27 @@
-// Compiled for processors with AVX2: nothing that others run may be compiled here.
-#include "quoted_printable_avx2.h"
-
-#include <immintrin.h>
+// Compiled for vectors of 32 bytes. Wider ones would gain nothing: encoding waits for the ends of
+// the lines.
+#include "quoted_printable_kernels.h"
 
 #include "../jaconv/kernels.h"
 
+#ifdef __AVX2__
+
 namespace zv {
 namespace {
+
+// One bit for each byte of two blocks.
+LongMask long_mask(auto front, auto back) {
+    return high_bits(front) | LongMask{high_bits(back)} << kBlockSize;
+}
+
+// The block that begins so many bytes earlier.
+template <size_t bytes>
+ByteBlock earlier(ByteBlock before, ByteBlock block) {
+    return [=]<size_t... places>(std::index_sequence<places...>) {
+        return __builtin_shufflevector(before, block, (kBlockSize - bytes + places)...);
+    }
+    (std::make_index_sequence<kBlockSize>());
+}
 
 __m128i load(const Byte* from) {
     return _mm_loadu_si128(reinterpret_cast<const __m128i*>(from));
@@ -18,29 +33,9 @@ __m256i as_block(ByteBlock bytes) {
     return std::bit_cast<__m256i>(bytes);
 }
 
-size_t count(std::uint64_t mask) {
-    return static_cast<size_t>(__builtin_popcountll(mask));
-}
-
-// The bytes that are left of a text, zeros behind its end. The whole text is no shorter than this.
-__m128i load_last(const Byte* end, size_t left) {
-    constexpr size_t kSize = sizeof(__m128i);
-    static constexpr struct Places {
-        Byte places[2 * kSize];
-        constexpr Places() : places() {
-            for (unsigned i = 0; i < 2 * kSize; ++i)
-                places[i] = static_cast<Byte>(i < kSize ? i : 0x80);
-        }
-    } kPlaces;
-    const size_t taken = left < kSize ? kSize : left;
-    return _mm_shuffle_epi8(load(end - taken), load(kPlaces.places + (taken - left)));
-}
-size_t left_behind(size_t left, size_t length) {
-    return left < length ? 0 : left - length;
-}
-ByteBlock load_last_block(const Byte* end, size_t left) {
-    return std::bit_cast<ByteBlock>(
-        _mm256_set_m128i(load_last(end, left_behind(left, sizeof(__m128i))), load_last(end, left)));
+// The bytes that are left of a text, zeros behind its end, from a place on that may lie behind it.
+ByteBlock load_last_block(Source text, size_t from) {
+    return from < text.left() ? load_up_to(text.next + from, text.left() - from) : ByteBlock{};
 }
 
 // How four bytes are encoded, of which some are escaped: where each byte of the result stands in a
@@ -112,26 +107,8 @@ Byte* encode_block(Byte* out, ByteBlock bytes, size_t length) {
     }
     if (length == kBlockSize)
         return next;
-    return out + length + 2 * count(escaped & ((Mask{1} << length) - 1));
+    return out + length + 2 * count_marked(escaped & ((Mask{1} << length) - 1));
 }
-
-// The places of those of eight bytes that are kept, from a first one on.
-struct KeptBytes {
-    Byte places[256][8];
-};
-constexpr KeptBytes make_kept_bytes(unsigned first) {
-    KeptBytes kept{};
-    for (unsigned mask = 0; mask < 256; ++mask) {
-        Byte* place = kept.places[mask];
-        for (unsigned i = 0; i < 8; ++i) {
-            if ((mask >> i & 1) != 0)
-                *place++ = static_cast<Byte>(first + i);
-        }
-    }
-    return kept;
-}
-constexpr KeptBytes kLowerKept = make_kept_bytes(0);
-constexpr KeptBytes kUpperKept = make_kept_bytes(8);
 
 // Sums above FF are FF.
 ByteBlock more(ByteBlock bytes, int amount) {
@@ -223,50 +200,23 @@ public:
 
     // Writes no more bytes than the block has.
     Byte* put(Byte* out) const {
-        out = put_half(out, as_block(front_), kept_ & 0xFFFFFFFF);
-        return put_half(out, as_block(back_), kept_ >> kBlockSize);
+        out = put_kept(out, front_, static_cast<Mask>(kept_));
+        return put_kept(out, back_, static_cast<Mask>(kept_ >> kBlockSize));
     }
 
     // Writes what becomes of the first bytes, and nothing else.
     Byte* put_front(Byte* out, size_t length) const {
+        if (length == 0)
+            return out;
         Byte bytes[kDecodedBlock];
-        store_block(bytes, front_);
-        store_block(bytes + kBlockSize, back_);
-        return put_kept(out, bytes, bytes + length, kept_);
+        const LongMask kept = kept_ & first_long_bits(length);
+        put_kept(put_kept(bytes, front_, static_cast<Mask>(kept)), back_,
+                 static_cast<Mask>(kept >> kBlockSize));
+        std::memcpy(out, bytes, count_marked(kept));
+        return out + count_marked(kept);
     }
 
 private:
-    static Byte* put_half(Byte* out, __m256i bytes, LongMask kept) {
-        out = put_quarter(out, _mm256_castsi256_si128(bytes), kept & 0xFF, kept >> 8 & 0xFF);
-        return put_quarter(out, _mm256_extracti128_si256(bytes, 1), kept >> 16 & 0xFF, kept >> 24);
-    }
-    // Writes eight bytes at a time, of which those that are kept count.
-    static Byte* put_quarter(Byte* out, __m128i bytes, LongMask lower, LongMask upper) {
-        const __m128d places = _mm_castsi128_pd(
-            _mm_loadl_epi64(reinterpret_cast<const __m128i*>(kLowerKept.places[lower])));
-        const auto* const others = reinterpret_cast<const double*>(kUpperKept.places[upper]);
-        const __m128i chosen =
-            _mm_shuffle_epi8(bytes, _mm_castpd_si128(_mm_loadh_pd(places, others)));
-        _mm_storel_epi64(reinterpret_cast<__m128i*>(out), chosen);
-        out += count(lower);
-        _mm_storeh_pi(reinterpret_cast<__m64*>(out), _mm_castsi128_ps(chosen));
-        return out + count(upper);
-    }
-
-    // By pointers, so that the loop is not unrolled: it runs once a text.
-    [[gnu::noinline]] static Byte* put_kept(Byte* out, const Byte* bytes, const Byte* end,
-                                            LongMask kept) {
-        for (; end - bytes >= 16; bytes += 16, kept >>= 16)
-            out = put_quarter(out, load(bytes), kept & 0xFF, kept >> 8 & 0xFF);
-        if (bytes == end)
-            return out;
-        kept &= (LongMask{1} << (end - bytes)) - 1;
-        Byte rest[16];
-        put_quarter(rest, load(bytes), kept & 0xFF, kept >> 8);
-        copy_short(out, rest, count(kept));
-        return out + count(kept);
-    }
-
     ByteBlock front_, back_;
     ByteBlock digits_; // of the second half
     LongMask signs_, kept_;
@@ -276,14 +226,9 @@ private:
 // Decodes as much as can be of a block of text where something cannot, or of what is left of a
 // text. What can be decoded may end before this block, in an escape that the block before drops.
 [[gnu::noinline]] Converted decode_front(Source text, Byte* out, ByteBlock before) {
-    const ByteBlock bytes =
-        text.left() >= kBlockSize ? load_block(text.next) : load_last_block(text.end, text.left());
+    const ByteBlock bytes = load_last_block(text, 0);
     const DecodedHalf front({before, bytes}, classify_digits(before));
-    const DecodedHalf back(
-        {bytes, text.left() >= kDecodedBlock
-                    ? load_block(text.next + kBlockSize)
-                    : load_last_block(text.end, left_behind(text.left(), kBlockSize))},
-        front.digits);
+    const DecodedHalf back({bytes, load_last_block(text, kBlockSize)}, front.digits);
     const DecodedBlock block(front, back, high_bits(before == '=') >> (kBlockSize - 1));
 
     const int found = __builtin_ctzll(long_mask(front.bad, back.bad));
@@ -297,15 +242,15 @@ private:
 
 } // namespace
 
-Converted wide_encode_quoted(Source source, Byte* out) {
+Byte* wide_encode_quoted(Source source, Byte* out) {
     for (; source.left() >= kQuotedBlock; source.next += kQuotedBlock)
         out = encode_block(out, load_block(source.next), kQuotedBlock);
     if (source.next != source.end)
-        out = encode_block(out, load_last_block(source.end, source.left()), source.left());
-    return {source.end, out};
+        out = encode_block(out, load_front(source.next, source.left()), source.left());
+    return out;
 }
 
-Converted wide_decode_quoted(Source source, Byte* out, const bool& is_last) {
+Converted wide_decode_quoted(Source source, Byte* out, bool is_last) {
     ByteBlock before = {};
     if (source.left() >= kDecodedBlock) {
         const ByteBlock bytes = load_block(source.next);
@@ -338,3 +283,5 @@ Converted wide_decode_quoted(Source source, Byte* out, const bool& is_last) {
 }
 
 } // namespace zv
+
+#endif

@@ -1,0 +1,24 @@
+#ifndef ZVUTIL_MBUTIL_STRINGS_KERNELS_H
+#define ZVUTIL_MBUTIL_STRINGS_KERNELS_H
+
+#include "../jaconv/character_blocks.h"
+
+namespace zv {
+
+// The walks of character_blocks.h over long texts, for vectors of 32 bytes where the processor has
+// them.
+#ifdef ZVUTIL_WIDE_KERNELS
+template <class Scanner>
+const Byte* wide_run_of_leads(const Byte* first, const Byte* p);
+template <class Scanner>
+const Byte* wide_skip_well_formed(const Byte* p, size_t left);
+#else
+template <class Scanner>
+constexpr auto wide_run_of_leads = run_of_leads<Scanner>;
+template <class Scanner>
+constexpr auto wide_skip_well_formed = skip_well_formed<Scanner>;
+#endif
+
+} // namespace zv
+
+#endif

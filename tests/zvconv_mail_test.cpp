@@ -1,0 +1,101 @@
+// Mail headers that zvconv writes and reads.
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+#include "support/oracle.h"
+#include "support/zvconv.h"
+
+namespace {
+
+using test::Zvconv;
+
+const struct {
+    const char *sample, *from, *to, *iconv, *library_to;
+} kSamples[] = {{"japanese.euc", "EUC", "EUC", "EUC-JP", "EUC"},
+                {"japanese.sjis", "SJIS", "JIS", "SJIS", "SJIS"},
+                {"japanese.jis", "JIS", "UTF-8", "ISO-2022-JP", nullptr},
+                {"chinese.big5", "BIG5", "EUC_H", "BIG5", nullptr},
+                {"russian.8859-5", "8859_5", "1251", "ISO-8859-5", "1251"},
+                {"polish.8859-2", "8859_2", "8859_2", "ISO-8859-2", "8859_2"}};
+
+TEST(ZvconvMail, StandardSubjectsAreReadByAllAndDecodedAgain) {
+    const Zvconv tool;
+    for (const auto& c : kSamples) {
+        // The sample, all of it in one line, and what needs care at the edges of a word.
+        const std::string sample = tool.convert(
+            std::string("--katakana=keep -t UTF-8 -f ") + c.from, test::sample(c.sample));
+        const std::string kanji = sample.substr(0, sample.find('\n'));
+        std::string long_line = sample;
+        for (char& byte : long_line)
+            if (byte == '\n') byte = ' ';
+        std::string text = sample + "x" + long_line + "x\n" + "Re: " + kanji + " is  it\n" +
+                           "two  spaces " + kanji + "\nlast \n x =?x?= _ = ?\n" +
+                           std::string(100, 'w') + " " + kanji + "\n" + std::string(70, 'v') + " " +
+                           kanji + "\n";
+        const bool widens = c.from == std::string("SJIS") || c.from == std::string("EUC");
+        if (widens) { // what becomes JIS has full-width katakana
+            const std::string jis = tool.convert("-f UTF-8 -t JIS", text);
+            text = tool.convert("-f JIS -t UTF-8", jis);
+        }
+        tool.write("in", text);
+        EXPECT_EQ(tool.run(std::string("-f UTF-8 -s --standard in -o out -t ") + c.to), 0)
+            << tool.read("stderr");
+        // Folded lines are joined first, as a parser of mail does.
+        EXPECT_EQ(test::output_of("sed -z 's/\\n / /g' " + tool.folder / "out" +
+                                  " | PYTHONIOENCODING=utf-8 python3 " ZVUTIL_TEXTS
+                                  "/../read_subjects.py"),
+                  text)
+            << c.sample;
+        std::istringstream lines(tool.read("out"));
+        for (std::string line; std::getline(lines, line);) {
+            const size_t word = line.find("=?");
+            if (word == std::string::npos) continue;
+            EXPECT_LE(line.size(), 76u) << line;
+            EXPECT_LE(line.find("?= ", word) == std::string::npos ? line.size() - word : 0, 75u)
+                << line;
+        }
+        EXPECT_EQ(tool.run("--decode-headers -t UTF-8 out -o decoded && sed 's/^Subject: //' " +
+                           tool.folder / "decoded"),
+                  0);
+        EXPECT_EQ(tool.read("stdout"), text) << c.sample;
+        // The library's own form of the same.
+        if (c.library_to == nullptr) continue;
+        tool.write("in", test::sample(c.sample));
+        EXPECT_EQ(tool.run(std::string("-s -o out in -f ") + c.from + " -t " + c.library_to), 0);
+        EXPECT_NE(tool.read("out").find("?=\n \t=?iso-"), std::string::npos) << c.sample;
+    }
+}
+
+TEST(ZvconvMail, HeadersAreDecodedFromAnyCharset) {
+    const Zvconv tool;
+    const struct {
+        int status;
+        const char *header, *text;
+    } cases[] = {
+        {0, "Subject: =?UTF-8?Q?a_=E3=81=82?=\n", "Subject: a \xE3\x81\x82\n"},
+        {0, "From: =?windows-1250?q?=A3?= <a@b>\r\nTo: x\r\n", "From: \xC5\x81 <a@b>\r\nTo: x\r\n"},
+        {0, "A: =?Shift_JIS?B?iJ8=?=\n  =?shift_jis*ja?B?iA==?=\n\t=?SHIFT_JIS?B?nw==?= b\n c\n",
+         "A: \xE4\xBA\x9C\xE4\xBA\x9C b c\n"},
+        {0, "A: =?ISO-2022-JP?B?GyRCMCEbKEI=?= =?iso-2022-jp?B?GyRCMCE=?= \n",
+         "A: \xE4\xBA\x9C\xE4\xBA\x9C \n"},
+        {0, "A: =?koi8-r?Q?=C1?=x", "A: \xD0\xB0x"},
+        {0, "A: =?x =?utf-8?Q?x\n\nB: =?=?\n", "A: =?x =?utf-8?Q?x\n\nB: =?=?\n"},
+        {0, "\xE3\x81\x82 raw\n", "\xE3\x81\x82 raw\n"},
+        {1, "A: =?nosuch?Q?x?= =?utf-8?Q?y?=\n", "A: =?nosuch?Q?x?=y\n"},
+        {1, "A: x\nB: =?utf-8?Q?=FF?=\n", "A: x\nB: \xEF\xBF\xBD\n"}};
+    for (const auto& c : cases) {
+        tool.write("in", c.header);
+        EXPECT_EQ(tool.run("--decode-headers -t UTF-8 in"), c.status)
+            << c.header << tool.read("stderr");
+        EXPECT_EQ(tool.read("stdout"), c.text) << c.header;
+    }
+    EXPECT_TRUE(tool.says("in:2: offset 0: malformed UTF-8: FF")) << tool.read("stderr");
+    EXPECT_EQ(tool.convert("--decode-headers -f EUC -t SJIS", "\xB0\xA1 =?utf-8?B?5LqcCg==?="),
+              "\x88\x9F \x88\x9F\n");
+    tool.write("in", std::string("a\0b\n", 4));
+    EXPECT_EQ(tool.run("-f EUC -t EUC -s --standard in"), 1);
+    EXPECT_TRUE(tool.says("in:1: a zero byte in a subject"));
+}
+
+} // namespace

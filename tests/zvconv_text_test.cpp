@@ -1,0 +1,303 @@
+// What zvconv makes of text: every pair of encodings, faults, detection, line ends, katakana.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
+#include <sstream>
+#include <vector>
+
+#include "support/oracle.h"
+#include "support/zvconv.h"
+
+namespace {
+
+using test::Zvconv;
+
+const struct {
+    const char *sample, *name, *iconv;
+} kSamples[] = {
+    {"japanese.sjis", "SJIS", "SJIS"},          {"japanese.euc", "EUC", "EUC-JP"},
+    {"chinese.big5", "BIG5", "BIG5"},           {"chinese.euctw", "EUC_H", "EUC-TW"},
+    {"russian.8859-5", "8859_5", "ISO-8859-5"}, {"polish.8859-2", "8859_2", "ISO-8859-2"}};
+
+std::vector<std::string> lines_of(const std::string& text) {
+    std::vector<std::string> lines;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);) lines.push_back(line + "\n");
+    return lines;
+}
+
+TEST(ZvconvText, UnicodeIsWhatIconvMakesAndComesBack) {
+    const Zvconv tool;
+    for (const auto& c : kSamples) {
+        const std::string text = test::sample(c.sample);
+        for (const std::string unicode : {"UTF-8", "UTF-16", "UTF-16BE", "UTF-32", "utf7"}) {
+            const std::string encoded =
+                tool.convert("-f " + std::string(c.name) + " -t " + unicode, text);
+            EXPECT_EQ(encoded, test::iconv_text(c.iconv, unicode.c_str(), text))
+                << c.name << unicode;
+            EXPECT_EQ(tool.convert("-f " + unicode + " -t " + c.name, encoded), text)
+                << c.name << unicode;
+        }
+        EXPECT_EQ(tool.read("stderr"), "");
+    }
+    // JIS is read and written by the library, whatever stands on the other side.
+    const std::string jis = test::sample("japanese.jis");
+    const std::string utf8 = tool.convert("-f JIS -t UTF-8", jis);
+    EXPECT_EQ(utf8, test::iconv_text("ISO-2022-JP", "UTF-8", jis));
+    EXPECT_EQ(tool.convert("-f UTF-8 -t JIS", utf8),
+              tool.convert("-f EUC -t JIS", *test::iconv_text("UTF-8", "EUC-JP", utf8)));
+}
+
+TEST(ZvconvText, MarksAreUnderstoodAndNotCarriedOn) {
+    const Zvconv tool;
+    const std::string mark = "\xEF\xBB\xBF", be("\xFE\xFF\0a", 4), le("\xFF\xFE\x61\0", 4);
+    EXPECT_EQ(tool.convert("-f UTF-8 -t SJIS", mark + "a"), "a");
+    EXPECT_EQ(tool.convert("-f UTF-8 -t UTF-8", mark + "a"), mark + "a");
+    EXPECT_EQ(tool.convert("-f UTF-8 -t UTF-16", mark + "a"), le);
+    for (const auto& [from, text] : {std::pair("UTF-16", be),
+                                     {"UTF-16BE", be},
+                                     {"UTF-16", le},
+                                     {"UTF-16LE", le},
+                                     {"auto", be}})
+        EXPECT_EQ(tool.convert("-f " + std::string(from) + " -t EUC", text), "a") << from;
+    tool.write("in", "a");
+    EXPECT_EQ(tool.run("-f SJIS -t UTF-16 in in"), 0);
+    EXPECT_EQ(tool.read("stdout"), le + std::string("a\0", 2)) << "one mark for all";
+}
+
+// All single bytes, both ways, against iconv: a byte stays a control code, becomes what iconv makes
+// of it, or is lost where iconv refuses it.
+TEST(ZvconvText, ControlsStayControls) {
+    const Zvconv tool;
+    const struct {
+        const char *iso, *windows, *iconv_iso, *iconv_windows, *lost_layout;
+    } pairs[] = {{"8859_5", "1251", "ISO-8859-5", "CP1251", "\xB4\xB5\xBB"},
+                 {"8859_2", "1250", "ISO-8859-2", "CP1250", "\xB7\xBB"}};
+    for (const auto& p : pairs) {
+        for (const bool to_windows : {true, false}) {
+            const std::string options = to_windows
+                                            ? std::string("-f ") + p.iso + " -t " + p.windows
+                                            : std::string("-f ") + p.windows + " -t " + p.iso;
+            std::string text, expected;
+            for (int byte = 0; byte < 256; ++byte) {
+                const std::string one(1, static_cast<char>(byte));
+                const auto made = to_windows ? test::iconv_text(p.iconv_iso, p.iconv_windows, one)
+                                             : test::iconv_text(p.iconv_windows, p.iconv_iso, one);
+                // glibc has control codes where 1250 and ISO 8859 have no character.
+                const int result = made ? static_cast<unsigned char>((*made)[0]) : 0x80;
+                const int source = to_windows ? byte : result;
+                text += one;
+                expected += source >= 0x80 && source < 0xA0 ? "_" : *made;
+            }
+            const std::string converted = tool.convert(options + " --substitute=_", text);
+            for (int byte = 0; byte < 256; ++byte)
+                EXPECT_EQ(converted[byte], expected[byte]) << options << ", byte " << byte;
+            EXPECT_EQ(tool.convert(options + " --skip", text).find('_', 0x60), std::string::npos);
+        }
+        // What becomes control codes comes back, but for what would become layout.
+        std::string high;
+        for (int byte = 0x80; byte < 0x100; ++byte) high += static_cast<char>(byte);
+        const std::string there = std::string(" -f ") + p.windows + " -t " + p.iso;
+        const std::string back = std::string(" -f ") + p.iso + " -t " + p.windows;
+        const std::string iso =
+            tool.convert("--windows-controls --substitute=_" + there, "\t\r\n" + high);
+        EXPECT_TRUE(tool.says("control codes in " + std::string(p.iso))) << tool.read("stderr");
+        std::string expected = "\t\r\n" + high;
+        for (const char lost : std::string(p.lost_layout)) expected[lost - high[0] + 3] = '_';
+        EXPECT_EQ(tool.convert("--windows-controls" + back, iso), expected);
+        EXPECT_EQ(tool.read("stderr"), "");
+    }
+}
+
+TEST(ZvconvText, FaultsAreLocatedAndReplaced) {
+    const Zvconv tool;
+    const struct {
+        const char *options, *text, *result, *message;
+        int status;
+    } cases[] = {
+        {"-f SJIS -t EUC", "a\n\x88\x9Fx\xFFy\n", "a\n\xB0\xA1x\xFFy\n",
+         "2: offset 5: malformed SJIS: FF\n", 1},
+        {"-f SJIS -t EUC --skip", "\x88\n\xB1\xA0\n", "\n\x8E\xB1\n",
+         "1: offset 0: malformed SJIS: 88\n", 0},
+        {"-f SJIS -t JIS --substitute=_", "\x88\x9F\xFF\x88\x9F", "\x1B$B0!\x1B(J_\x1B$B0!\x1B(J",
+         "1: offset 2: malformed SJIS: FF", 0},
+        {"-f EUC -t SJIS", "\xB0\xA1\x8F\xB0\xA1\n\xE0 \n", "\x88\x9F\?\?\n\xE0 \n",
+         "1: offset 2: no counterpart in SJIS: 8F B0 A1", 1},
+        {"-f EUC -t SJIS", "\x8E\xB1\xE0\n", "\xB1\xE0\n", "1: offset 2: malformed EUC: E0", 1},
+        {"-f EUC -t SJIS --skip", "\xE0\xE0\xE0\xF1\xF1\n", "\xE0\xDE\xE0\xEF\n",
+         "offset 4: malformed EUC: F1", 0},
+        {"-f EUC -t JIS --skip", "\xB0\xA1\x8F\xB0\xA1\xA0z", "\x1B$B0!\x1B(Jz",
+         "1: offset 2: no counterpart in JIS: 8F B0 A1", 0},
+        {"-f JIS -t EUC --skip", "\x1B$B0!0\n\x1B(Ia\x1B$(Dab\x1B(Bz\xB0", "\xB0\xA1\nz",
+         "1: offset 5: malformed JIS: 30", 0},
+        {"-f JIS -t SJIS", "\x1B$B0! 0!\x1B(B\n", "\x88\x9F \x88\x9F\n",
+         "1: offset 5: malformed JIS: 20", 1},
+        {"-f JIS -t UTF-8", "\x1B$B0!-!0!\x1B(B\n", "\xE4\xBA\x9C\xEF\xBF\xBD\xE4\xBA\x9C\n",
+         "1: offset 5: malformed JIS: 2D 21", 1},
+        {"-f BIG5 -t EUC_H", "?\xA1\x30\xFE\xFE?\n", "?\xA1\x30\?\??\n",
+         "1: offset 1: malformed BIG5: A1", 1},
+        {"-f EUC_H -t BIG5 --substitute=--", "\x8E\xB0\xA1\xA1\x8E\xA1\xA1\xA1\xA1\n",
+         "--\xA1\x40--\n", "offset 8: malformed EUC_H: A1", 0},
+        {"-f UTF-8 -t SJIS", "\xE3\x81\xE3\x81\x82\xE2\x82\xAC\n", "?\x82\xA0?\n",
+         "1: offset 5: no counterpart in SJIS: E2 82 AC", 1},
+        {"-f UTF-8 -t EUC --substitute='\xE3\x80\x93'", "\n\n\xE2\x82\xAC\n", "\n\n\xA2\xAE\n",
+         "3: offset 2: no counterpart in EUC: E2 82 AC", 0},
+        {"-f SJIS -t UTF-8 --force", "\x88\x9F\xA0z", "\xE4\xBA\x9C\xEF\xBF\xBDz",
+         "1: offset 2: malformed SJIS: A0", 0},
+        {"-f UTF-8 -t ISO-2022-KR --skip", "a\xE0\xA4\x95\n", "\x1B$)Ca\n",
+         "no counterpart in ISO-2022-KR: E0 A4 95", 0},
+        {"-f UTF-8 -t EUC", "abc\xE3", "abc?", "1: offset 3: malformed UTF-8: E3", 1},
+        {"-f EUC -t EUC", "\xB0\xA1\xB0\n", "\xB0\xA1\xB0\n", "offset 2: malformed EUC: B0", 1}};
+    for (const auto& c : cases) {
+        tool.write("text", c.text);
+        EXPECT_EQ(tool.run(std::string(c.options) + " text"), c.status) << c.options;
+        EXPECT_EQ(tool.read("stdout"), c.result) << c.options;
+        EXPECT_TRUE(tool.says(std::string("text:") + c.message) || tool.says(c.message))
+            << c.options << ": " << tool.read("stderr");
+    }
+    // Far behind the beginning, after several blocks; and in units of two bytes.
+    std::string text;
+    for (int i = 0; i < 40000; ++i) text += "\xB0\xA1 x\n";
+    tool.convert("-f EUC -t UTF-8", text + "\xFF\n");
+    EXPECT_TRUE(tool.says("text:40001: offset 200000: malformed EUC: FF")) << tool.read("stderr");
+    tool.convert("-f UTF-16LE -t EUC", std::string("\x0A\x00\x0A\x30\x0A\x00\xAC\x20", 8));
+    EXPECT_TRUE(tool.says("text:3: offset 6: no counterpart in EUC: AC 20")) << tool.read("stderr");
+    text.clear();
+    for (int i = 0; i < 100; ++i) text += "\xA4\xA2\xA4\xA4";
+    tool.convert("-f auto -t UTF-8", text + "\xFF\n");
+    EXPECT_TRUE(tool.says("text:1: offset 400: malformed EUC: FF")) << "still Japanese";
+    // Each is told with --verbose, up to a limit; none of those accepted with -q.
+    const std::string bad(100, '\xFF');
+    tool.convert("-v -f EUC -t SJIS", bad);
+    EXPECT_EQ(lines_of(tool.read("stderr")).size(), 21u);
+    EXPECT_TRUE(tool.says("malformed characters of EUC: 100"));
+    tool.convert("-q --skip -f EUC -t SJIS", bad);
+    EXPECT_EQ(tool.read("stderr"), "");
+}
+
+TEST(ZvconvText, EveryNameOfAnEncodingConverts) {
+    const Zvconv tool;
+    EXPECT_EQ(tool.run("--list"), 0);
+    const std::vector<std::string> lines = lines_of(tool.read("stdout"));
+    EXPECT_EQ(lines.size(), 31u);
+    tool.write("in", "a");
+    for (const std::string& line : lines) {
+        std::istringstream names(line.substr(0, line.find(' ')) +
+                                 line.substr(line.find("also") + 4));
+        for (std::string name; names >> name;) {
+            std::transform(name.begin(), name.end(), name.begin(),
+                           [](char c) { return std::toupper(c); });
+            EXPECT_EQ(tool.run("-f UTF-8 -t " + name +
+                               " -o out in; " ZVUTIL_ZVCONV " -t UTF-8 out -f " + name),
+                      0)
+                << name;
+            EXPECT_EQ(tool.read("stdout"), "a") << name;
+        }
+    }
+    EXPECT_EQ(tool.convert("-f cp932 -t utf8", "\\\x87\x40"), "\\\xE2\x91\xA0")
+        << "the vendor's table";
+}
+
+TEST(ZvconvText, GuessesNameEncodingAndLineEnds) {
+    const Zvconv tool;
+    for (const auto& c : kSamples) tool.write(c.name, test::sample(c.sample));
+    tool.write("JIS", test::sample("japanese.jis"));
+    tool.write("ascii", "plain\r\n");
+    tool.write("mixed", "a\r\nb\nc\r");
+    tool.write("utf16", std::string("\xFF\xFE\x42\x30\x0D\0\x0A\0", 8));
+    tool.write("far", std::string(300000, 'x') + "\r" + test::sample("japanese.sjis"));
+    EXPECT_EQ(tool.run("--guess SJIS EUC JIS ascii mixed utf16"), 0);
+    EXPECT_EQ(tool.read("stdout"),
+              "SJIS: SJIS (LF)\nEUC: EUC (LF)\nJIS: JIS (LF)\nascii: ASCII (CRLF)\n"
+              "mixed: ASCII (mixed)\nutf16: UTF-16 (CRLF)\n");
+    EXPECT_EQ(tool.run("--guess 8859_5 8859_2 SJIS"), 1);
+    EXPECT_EQ(tool.read("stdout"), "SJIS: SJIS (LF)\n") << "neither Russian nor Polish is Japanese";
+    EXPECT_EQ(tool.run("-V && cat far | " ZVUTIL_ZVCONV " --guess"), 0);
+    EXPECT_NE(tool.read("stdout").find("standard input: SJIS (mixed)\n"), std::string::npos);
+    // No line of UTF-8 is taken for anything else; Japanese lines are what they are or an error.
+    for (const auto& c : kSamples) {
+        for (const std::string& line : lines_of(test::sample(c.sample))) {
+            const std::string utf8 = *test::iconv_text(c.iconv, "UTF-8", line);
+            const bool japanese = std::string(c.sample).starts_with("japanese");
+            EXPECT_EQ(tool.convert("-v -f auto -t UTF-8", utf8), utf8);
+            EXPECT_TRUE(tool.says("text: taken as UTF-8 for being well-formed")) << utf8;
+            EXPECT_EQ(tool.convert("-f auto -t UTF-8", line), japanese ? utf8 : "");
+            EXPECT_EQ(tool.says("say with -f"), !japanese) << utf8;
+        }
+    }
+}
+
+TEST(ZvconvText, LineEndsAndKatakanaAreMadeAlike) {
+    const Zvconv tool;
+    std::string lf, crlf, mixed;
+    for (int i = 0; i < 60000; ++i) {
+        lf += "abc\n";
+        crlf += "abc\r\n";
+        mixed += i % 3 ? "abc\r\n" : "abc\n";
+    }
+    for (const std::string end : {"", "\r", "x\ry", "\r\r\n"}) {
+        const std::string ends_lf = end == "\r\r\n" ? "\r\n" : end;
+        EXPECT_TRUE(tool.convert("-f SJIS -t EUC --line-ends=lf", mixed + end) == lf + ends_lf)
+            << end;
+        EXPECT_TRUE(tool.convert("-f SJIS -t UTF-8 --line-ends=crlf", mixed + end) == crlf + end)
+            << end;
+        EXPECT_TRUE(tool.convert("-f SJIS -t EUC --line-ends=keep", mixed + end) == mixed + end)
+            << end;
+        EXPECT_TRUE(tool.convert("-f ASCII -t UTF-16 --line-ends=crlf", mixed + end) ==
+                    test::iconv_text("ASCII", "UTF-16", crlf + end))
+            << end;
+    }
+    const std::string half = "\xB6\xDE\xCA\xDF\xB1 \x88\x9F\xB1\n", full = "\x83K\x83p\x83"
+                                                                           "A \x88\x9F\x83"
+                                                                           "A\n";
+    for (const std::string to : {"SJIS", "EUC", "JIS", "UTF-8", "UTF-16"}) {
+        const std::string expected = tool.convert("-f SJIS -t " + to, full);
+        EXPECT_EQ(tool.convert("-f SJIS --katakana=full -t " + to, half), expected) << to;
+        tool.convert("-f SJIS -t EUC -o euc", half);
+        EXPECT_EQ(tool.run("-f EUC euc --katakana=full -t " + to), 0);
+        EXPECT_EQ(tool.read("stdout"), expected) << to;
+    }
+    const std::string utf8 = tool.convert("-f SJIS -t UTF-8", half);
+    EXPECT_EQ(tool.convert("-f UTF-8 -t SJIS --katakana=full", utf8), full);
+    EXPECT_EQ(tool.convert("-f UTF-8 -t SJIS --katakana=keep", utf8), half);
+}
+
+// What cuts a stream among machines may rely on: cut at any line ends, the parts give what the
+// whole gives, whatever the encodings.
+TEST(ZvconvText, PartsCutAtLineEndsGiveTheWhole) {
+    const Zvconv tool;
+    std::mt19937 random(1);
+    std::vector<std::pair<std::string, std::string>> texts;
+    for (const auto& c : kSamples) texts.emplace_back(c.name, test::sample(c.sample));
+    texts.emplace_back("JIS", test::sample("japanese.jis"));
+    texts.emplace_back("UTF-8", *test::iconv_text("EUC-JP", "UTF-8", test::sample("japanese.euc")));
+    for (const auto& [from, text] : texts) {
+        const bool japanese =
+            from.find("JIS") != std::string::npos || from == "EUC" || from == "UTF-8";
+        for (const std::string to :
+             {"UTF-8", japanese ? "JIS" : "UTF-8", japanese ? "EUC" : from.c_str()}) {
+            const std::string options = "-f " + from + " -t " + to;
+            const std::string whole = tool.convert(options, text + "\n" + text);
+            std::string parts, part;
+            for (const std::string& line : lines_of(text + "\n" + text)) {
+                part += line;
+                if (random() % 3 != 0) continue;
+                parts += tool.convert(options, part);
+                part.clear();
+            }
+            EXPECT_EQ(parts + tool.convert(options, part), whole) << options;
+        }
+    }
+    if (tool.run("-V && parallel --version") != 0) GTEST_SKIP() << "no GNU parallel here";
+    std::string text;
+    while (text.size() < 3'000'000) text += test::sample("japanese.jis");
+    tool.write("jis", text);
+    EXPECT_EQ(
+        tool.run("-V && parallel --will-cite --pipe --keep-order --block 200k -j 2 " ZVUTIL_ZVCONV
+                 " -f JIS -t EUC <jis >parts #"),
+        0);
+    EXPECT_TRUE(tool.convert("-f JIS -t EUC", text) == tool.read("parts"));
+}
+
+} // namespace

@@ -1,0 +1,424 @@
+#include "library_step.h"
+
+#include <string.h>
+
+#include "jaconv.h"
+#include "mbutil.h"
+#include "surveys.h"
+
+/* Shift states of JIS text. */
+enum { SINGLE_BYTE = 0, TWO_BYTE = 1, FOREIGN_TWO_BYTE, FOREIGN_SINGLE_BYTE };
+
+enum { ESCAPE = 0x1B, PLAIN = TROUBLES };
+
+/* The worst case of convertStrExt(). */
+static size_t converted_room(size_t length) {
+    return 5 * length + 4;
+}
+
+/* No character reaches over one of these. */
+static bool is_layout(char c) {
+    return c == '\n' || c == '\r' || c == '\0';
+}
+
+static bool in_range(char byte, int first, int last) {
+    return (unsigned char)byte >= first && (unsigned char)byte <= last;
+}
+
+static bool is_code_page(int code_set) {
+    return code_set != ZV_JIS && mbmaxcharlenExt(code_set) == 1;
+}
+
+static bool keeps_line_ends(const char* text, size_t length, const char* result,
+                            size_t result_length) {
+    return count_line_ends(text, length) == count_line_ends(result, result_length);
+}
+
+static bool ends_plain(const char* text, size_t length, int* shift);
+
+/* Whether JIS text consists of what its EUC form shows to have been characters. */
+static bool is_plain_jis(const char* text, size_t length, const char* euc) {
+    const size_t euc_length = strlen(euc);
+    int shift = SINGLE_BYTE;
+    return !has_high_byte(text, length) && !has_strange_escape(text, length) &&
+           !has_foreign_byte(euc, euc_length, 0) &&
+           keeps_line_ends(text, length, euc, euc_length) && ends_plain(text, length, &shift);
+}
+
+/* Whether nothing in the text was malformed or lost, as far as the conversion does not show it by
+ * cheaper means. */
+static bool is_well_formed(const struct library_step* s, const char* text, size_t length) {
+    unsigned bad;
+    if (s->from == ZV_JIS)
+        return !has_high_byte(text, length);
+    return mbvalidatestring(text, &bad, s->from) == 1;
+}
+
+/* Copies EUC text without its single shifts, so that each byte stands where its Shift-JIS form has
+ * it, and a blank for each half-width katakana, which does not change. False without memory. */
+static bool align_euc(struct buffer* aligned, const char* text, size_t length) {
+    const char* const end = text + length;
+    aligned->length = 0;
+    char* out = buffer_extend(aligned, length);
+    if (out == NULL)
+        return false;
+    while (text < end) {
+        const char* shift = memchr(text, 0x8E, (size_t)(end - text));
+        const size_t stretch = (size_t)((shift != NULL ? shift : end) - text);
+        memcpy(out, text, stretch);
+        out += stretch;
+        text += stretch;
+        for (; text + 1 < end && (unsigned char)*text == 0x8E; text += 2)
+            *out++ = ' ';
+        if (text + 1 == end && (unsigned char)*text == 0x8E)
+            ++text;
+    }
+    aligned->length = (size_t)(out - aligned->bytes);
+    return true;
+}
+
+/* A single shift that introduces no katakana stays in the result, which is longer then. */
+static bool is_plain_euc(struct library_step* s, const char* text, size_t length,
+                         const char* result, size_t result_length) {
+    if (has_foreign_byte(text, length, 0x8E))
+        return false;
+    if (length == result_length && memchr(text, 0x8E, length) == NULL)
+        return !has_unpaired_euc(text, result, length);
+    return align_euc(&s->scratch, text, length) && s->scratch.length == result_length &&
+           !has_unpaired_euc(s->scratch.bytes, result, result_length);
+}
+
+static bool is_plain(struct library_step* s, const char* text, size_t length, const char* result,
+                     size_t result_length) {
+    if (s->from == s->to)
+        return is_well_formed(s, text, length);
+    if (s->to == ZV_JIS) /* only bytes that are no characters stay above 7F */
+        return !has_high_byte(result, result_length);
+    if (s->from == ZV_EUC)
+        return is_plain_euc(s, text, length, result, result_length);
+    if (s->from == ZV_BIG5) /* what cannot be converted becomes ?? */
+        return is_plain_chinese(text, length, 0, count_byte(result, result_length, '?'));
+    if (s->from == ZV_EUC_H)
+        return is_plain_chinese(text, length, 0x8E, count_byte(result, result_length, '?'));
+    return is_well_formed(s, text, length);
+}
+
+/* Converts terminated text. *plain tells whether all of it could be; else nothing is added. */
+static bool convert_at_once(struct library_step* s, const char* text, size_t length,
+                            struct buffer* out, bool* plain) {
+    char* result = buffer_extend(out, converted_room(length));
+    if (result == NULL)
+        return false;
+    if (s->from == ZV_JIS && s->to == ZV_SJIS) { /* in EUC, it shows what was no character */
+        s->scratch.length = 0;
+        char* euc = buffer_extend(&s->scratch, length + 1);
+        if (euc == NULL)
+            return false;
+        *plain = is_plain_jis(text, length, jis2eucx(text, euc));
+        if (*plain)
+            euc2shiftx(euc, result);
+    } else {
+        convertStrExt(text, s->from, result, s->to);
+        *plain = s->from == ZV_JIS && s->to == ZV_EUC
+                     ? is_plain_jis(text, length, result)
+                     : is_plain(s, text, length, result, strlen(result));
+    }
+    if (*plain)
+        out->length += strlen(result);
+    return true;
+}
+
+/* Converts a stretch of good characters, from the shift state that it begins in. */
+static bool convert_stretch(struct library_step* s, const char* text, size_t length, int shift,
+                            struct buffer* out) {
+    if (length == 0 || s->from == s->to)
+        return buffer_add(out, text, length);
+    struct buffer* copy = &s->scratch;
+    copy->length = 0;
+    if ((shift == TWO_BYTE && !buffer_add(copy, "\x1B$B", 3)) || !buffer_add(copy, text, length) ||
+        !buffer_add(copy, "", 1))
+        return false;
+    char* result = buffer_extend(out, converted_room(copy->length));
+    if (result == NULL)
+        return false;
+    convertStrExt(copy->bytes, s->from, result, s->to);
+    out->length += strlen(result);
+    return true;
+}
+
+static bool replace(const struct library_step* s, int trouble, const char* text, size_t length,
+                    struct buffer* out) {
+    switch (s->troubles->policy) {
+    case SKIP:
+        return true;
+    case SUBSTITUTE:
+        return buffer_add(out, s->substitute.bytes, s->substitute.length);
+    default:
+        return trouble == MALFORMED && s->passes_malformed
+                   ? buffer_add(out, text, length)
+                   : buffer_add(out, "\?\?", length > 1 && trouble == LOST ? 2 : 1);
+    }
+}
+
+/* An escape sequence and the state behind it. */
+static int look_at_escape(const char* text, size_t left, size_t* length, int* shift) {
+    const int a = left > 1 ? text[1] : '\0';
+    const int b = left > 2 ? text[2] : '\0';
+    *length = left < 3 ? left : 3;
+    if (a == '$' && (b == 'B' || b == '@')) {
+        *shift = TWO_BYTE;
+        return PLAIN;
+    }
+    if (a == '(' && (b == 'B' || b == 'J')) {
+        *shift = SINGLE_BYTE;
+        return PLAIN;
+    }
+    if (a == 'K' || a == 'H') {
+        *length = 2;
+        *shift = a == 'K' ? TWO_BYTE : SINGLE_BYTE;
+        return PLAIN;
+    }
+    if (a == '$') {
+        *shift = FOREIGN_TWO_BYTE;
+        *length += b >= '(' && b <= '/' && left > 3;
+    } else if (a == '(') {
+        *shift = FOREIGN_SINGLE_BYTE;
+    } else if (a != '&') {
+        *length = 1;
+    }
+    return MALFORMED;
+}
+
+static int look_at_jis(const char* text, size_t left, size_t* length, int* shift) {
+    if (*text == ESCAPE)
+        return look_at_escape(text, left, length, shift);
+    *length = 1;
+    const bool graphic = in_range(*text, 0x21, 0x7E);
+    switch (*shift) {
+    case TWO_BYTE:
+        if (!graphic || left < 2 || !in_range(text[1], 0x21, 0x7E))
+            return MALFORMED;
+        *length = 2;
+        return PLAIN;
+    case FOREIGN_TWO_BYTE:
+        *length = graphic && left > 1 ? 2 : 1;
+        return MALFORMED;
+    case FOREIGN_SINGLE_BYTE:
+        return graphic ? MALFORMED : PLAIN;
+    default:
+        return in_range(*text, 0x80, 0xFF) ? MALFORMED : PLAIN;
+    }
+}
+
+/* Tells what the character at the front of a text without layout is, and how long. */
+static int look_at(const struct library_step* s, const char* text, size_t left, size_t* length,
+                   int* shift) {
+    if (s->from == ZV_JIS)
+        return look_at_jis(text, left, length, shift);
+    /* Plane 1 may be written in four bytes too. */
+    const bool long_plane_1 = s->from == ZV_EUC_H && left > 3 && in_range(text[0], 0x8E, 0x8E) &&
+                              in_range(text[1], 0xA1, 0xA1) && in_range(text[2], 0xA1, 0xFE) &&
+                              in_range(text[3], 0xA1, 0xFE);
+    const int scanned = long_plane_1 ? 4 : mblenExt(text, (unsigned)left, s->from);
+    *length = scanned < 1 ? 1 : (size_t)scanned < left ? (size_t)scanned : left;
+    if (scanned < 1 || (size_t)scanned > left)
+        return MALFORMED;
+    if (s->from == s->to || scanned == 1)
+        return PLAIN;
+    if (s->from == ZV_EUC)
+        return scanned == 3 ? LOST : PLAIN;
+    char character[5] = "", result[16];
+    memcpy(character, text, (size_t)scanned);
+    return convertStrExt(character, s->from, result, s->to)[0] == '?' ? LOST : PLAIN;
+}
+
+/* Converts a piece of a line character by character. */
+static bool convert_carefully(struct library_step* s, const char* text, size_t length,
+                              struct buffer* out) {
+    const char* const end = text + length;
+    const char* stretch = text;
+    int shift = s->shift;
+    while (text < end) {
+        size_t step;
+        const int found = look_at(s, text, (size_t)(end - text), &step, &shift);
+        if (found != PLAIN) {
+            if (!convert_stretch(s, stretch, (size_t)(text - stretch), s->shift, out))
+                return false;
+            troubles_meet(s->troubles, found == LOST ? LOST : MALFORMED, text, step);
+            if (!replace(s, found, text, step, out))
+                return false;
+            s->shift = shift;
+            stretch = text + step;
+        }
+        text += step;
+    }
+    const bool good = convert_stretch(s, stretch, (size_t)(end - stretch), s->shift, out);
+    s->shift = shift;
+    return good;
+}
+
+/* Converts the pieces of a text between layout one by one, so that a fault in one of them spoils no
+ * other. */
+static bool convert_pieces(struct library_step* s, char* text, size_t length, struct buffer* out) {
+    char* const end = text + length;
+    while (text < end) {
+        char* stop = text;
+        while (stop < end && !is_layout(*stop))
+            ++stop;
+        const size_t piece = (size_t)(stop - text);
+        const char layout = *stop;
+        bool plain = piece == 0;
+        *stop = '\0';
+        const bool good =
+            (plain || s->shift != SINGLE_BYTE || convert_at_once(s, text, piece, out, &plain)) &&
+            (plain || convert_carefully(s, text, piece, out));
+        *stop = layout;
+        if (!good || (stop < end && !buffer_add(out, stop, 1)))
+            return false;
+        if (stop < end)
+            s->shift = SINGLE_BYTE;
+        text = stop + 1;
+    }
+    return true;
+}
+
+/* Whether the line that the end cuts short consists of characters; the shift state behind it. */
+static bool ends_plain(const char* text, size_t length, int* shift) {
+    const char* const end = text + length;
+    const char* line = end;
+    bool plain = true;
+    while (line > text && !is_layout(line[-1]))
+        --line;
+    for (size_t step; line < end; line += step)
+        plain = look_at_jis(line, (size_t)(end - line), &step, shift) == PLAIN && plain;
+    return plain;
+}
+
+static bool convert_multibyte(struct library_step* s, char* text, size_t length,
+                              struct buffer* out) {
+    bool plain = false;
+    if (s->shift == SINGLE_BYTE && memchr(text, '\0', length) == NULL &&
+        !convert_at_once(s, text, length, out, &plain))
+        return false;
+    if (!plain)
+        return convert_pieces(s, text, length, out);
+    if (s->from == ZV_JIS)
+        ends_plain(text, length, &s->shift);
+    return true;
+}
+
+/* What ends lines and columns stays what it is even where control codes stand for characters. */
+static bool keeps_its_place(char byte) {
+    return byte == '\n' || byte == '\r' || byte == '\t';
+}
+
+/* A character of the Windows code page that ISO 8859 lacks, or one of its own control codes. */
+static bool is_lost_byte(const struct library_step* s, char byte, char result) {
+    if (s->windows_controls)
+        return in_range(byte, 0x80, 0xFF) && keeps_its_place(result);
+    if (s->from == ZV_8859_5 || s->from == ZV_8859_2)
+        return in_range(byte, 0x80, 0x9F);
+    return in_range(byte, 0x80, 0xFF) && ((unsigned char)result & 0x60) == 0;
+}
+
+/* Writes converted bytes without those that were lost. */
+static bool replace_lost_bytes(struct library_step* s, const char* text, size_t length,
+                               struct buffer* out) {
+    struct buffer* converted = &s->scratch;
+    converted->length = 0;
+    if (!buffer_add(converted, out->bytes + out->length, length))
+        return false;
+    size_t kept = 0;
+    for (size_t i = 0; i < length; ++i) {
+        if (!is_lost_byte(s, text[i], converted->bytes[i]))
+            continue;
+        troubles_meet(s->troubles, LOST, text + i, 1);
+        if (!buffer_add(out, converted->bytes + kept, i - kept) ||
+            !replace(s, LOST, text + i, 1, out))
+            return false;
+        kept = i + 1;
+    }
+    return buffer_add(out, converted->bytes + kept, length - kept);
+}
+
+/* Puts layout back, and counts what became control codes. Whether nothing became layout. */
+static bool keep_windows_controls(struct library_step* s, const char* text, char* result,
+                                  size_t length) {
+    bool plain = true;
+    for (size_t i = 0; i < length; ++i) {
+        const bool high = in_range(text[i], 0x80, 0xFF);
+        if (keeps_its_place(text[i]))
+            result[i] = text[i];
+        plain = plain && !(high && keeps_its_place(result[i]));
+        s->troubles->control_codes +=
+            high && in_range(result[i], 0x01, 0x1F) && !keeps_its_place(result[i]);
+    }
+    return plain;
+}
+
+/* Converts bytes of which the library takes control codes for others: by themselves, without. */
+static bool convert_without_controls(struct library_step* s, const char* text, size_t length,
+                                     char* result) {
+    struct buffer* blanked = &s->scratch;
+    blanked->length = 0;
+    if (buffer_extend(blanked, length + 1) == NULL)
+        return false;
+    blank_controls(text, blanked->bytes, length);
+    blanked->bytes[length] = '\0';
+    convertStrExt(blanked->bytes, s->from, result, s->to);
+    return true;
+}
+
+static bool convert_code_page(struct library_step* s, const char* text, size_t length,
+                              struct buffer* out) {
+    if (s->from == s->to)
+        return buffer_add(out, text, length);
+    char* result = buffer_extend(out, length + 1);
+    if (result == NULL)
+        return false;
+    const bool from_iso = s->from == ZV_8859_5 || s->from == ZV_8859_2;
+    bool plain;
+    if (from_iso && !s->windows_controls) {
+        if (!convert_without_controls(s, text, length, result))
+            return false;
+        plain = restore_controls(text, result, length);
+    } else {
+        for (size_t i = 0; i < length; ++i) { /* a zero byte ends what is converted at once */
+            convertStrExt(text + i, s->from, result + i, s->to);
+            i += strlen(text + i);
+        }
+        plain = s->windows_controls ? keep_windows_controls(s, text, result, length)
+                                    : has_no_new_controls(text, result, length);
+    }
+    if (!plain)
+        return replace_lost_bytes(s, text, length, out);
+    out->length += length;
+    return true;
+}
+
+bool library_step_run(struct library_step* s, char* text, size_t length, struct buffer* out) {
+    const char kept = text[length];
+    text[length] = '\0';
+    const bool good = is_code_page(s->from) ? convert_code_page(s, text, length, out)
+                                            : convert_multibyte(s, text, length, out);
+    text[length] = kept;
+    return good;
+}
+
+size_t library_step_front(const struct library_step* s, const char* text, size_t length) {
+    const size_t limit = length - 4; /* leaves room for a character or an escape sequence */
+    if (is_code_page(s->from))
+        return length;
+    int shift = s->shift;
+    size_t front = 0;
+    while (front < limit)
+        front += library_step_character(s, text + front, length - front, &shift);
+    return front;
+}
+
+size_t library_step_character(const struct library_step* s, const char* text, size_t length,
+                              int* shift) {
+    size_t step;
+    look_at(s, text, length, &step, shift);
+    return step;
+}
