@@ -95,7 +95,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const auto last = static_cast<intptr_t>(input.below(40)) - 10;
     run.m = {capacity == 0 ? 10 : capacity};
     const bool is_far = capacity > 10000; // whose items are slow to sort and to copy
-    const int steps = is_far ? 40 : 400;
+    const int steps = is_far ? 15 : 400;
     // So that it allocates nothing below: each step adds one item, behind the last position.
     run.m.items.reserve(static_cast<size_t>(capacity + 2 * kPositions + steps));
     for (int step = 0; !input.empty() && step < steps; ++step) {

@@ -13,7 +13,7 @@ using fuzz::same;
 
 namespace {
 
-constexpr size_t kFromLast = 12000, kBeforeBase = 1000;
+constexpr size_t kFromLast = 9000, kBeforeBase = 1000;
 
 const struct Mode {
     const char* name;
@@ -49,7 +49,7 @@ test::StreamCall choose(fuzz::Input& input, long base) {
     call.text = pattern.substr(input.byte(), call.bytes());
     call.c = static_cast<int>(input.below(400)) - 100;
     call.whence = input.byte() % 3;
-    call.place = base + static_cast<long>(input.below(22000)) + (base == 0 ? -1000 : 1000);
+    call.place = base + static_cast<long>(input.below(13000)) + (base == 0 ? -1000 : 1000);
     // Or where a write of so many bytes ends at the last position, or near it.
     if (base != 0 && input.byte() % 4 == 0)
         call.place = test::kLastPosition - static_cast<long>(call.bytes()) + input.byte() % 5 - 2;
@@ -58,7 +58,7 @@ test::StreamCall choose(fuzz::Input& input, long base) {
 
 // How much the file holds behind the base: often up to the last position, or one byte more or less.
 size_t choose_length(fuzz::Input& input, long base) {
-    const size_t length = input.below(19000);
+    const size_t length = input.below(10000);
     return base == 0 || length % 2 == 0 ? length : kFromLast - 1 + length % 3;
 }
 
