@@ -37,7 +37,8 @@ function(zvutil_kernels file)
   foreach(width IN LISTS ARGN)
     if(ZVUTIL_OPTIONS_${width})
       set(copy ${CMAKE_CURRENT_BINARY_DIR}/${name}_${width}.cpp)
-      file(CONFIGURE OUTPUT ${copy} CONTENT "#include \"${CMAKE_CURRENT_SOURCE_DIR}/${file}\"\n")
+      file(CONFIGURE OUTPUT ${copy} CONTENT
+          "// NOLINTNEXTLINE(bugprone-suspicious-include)\n#include \"${CMAKE_CURRENT_SOURCE_DIR}/${file}\"\n")
       target_sources(zvutil PRIVATE ${copy})
       set_property(SOURCE ${copy} TARGET_DIRECTORY zvutil
           APPEND PROPERTY COMPILE_OPTIONS ${ZVUTIL_OPTIONS_${width}} $<$<CONFIG:Release>:-O3>)
