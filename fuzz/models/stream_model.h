@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <climits>
+#include <cstdint>
 #include <string>
 #include <utility>
 
@@ -12,17 +13,17 @@
 
 namespace test {
 
-inline constexpr long kLastPosition = INT_MAX;
+inline constexpr int64_t kLastPosition = INT_MAX;
 
 // A descriptor with a position and pushed back bytes, the next one last.
 struct StreamModel {
     int descriptor;
     bool append;
-    long position = 0, at_end = 0;
+    int64_t position = 0, at_end = 0;
     int error = 0, raised = 0;
     std::string pushed = "", taken = "";
 
-    long size() const { return lseek(descriptor, 0, SEEK_END); }
+    int64_t size() const { return lseek(descriptor, 0, SEEK_END); }
     bool fail(int number) { return error = raised = number, false; }
     bool take_byte() {
         char byte = 0;
@@ -34,7 +35,7 @@ struct StreamModel {
         return taken += byte, ++position, true;
     }
     long take(size_t most, int last) {
-        const long start = position;
+        const int64_t start = position;
         while (taken.size() < most && (taken.empty() || taken.back() != last))
             if (!take_byte()) break;
         if (raised == EOVERFLOW) position = start;
@@ -42,7 +43,7 @@ struct StreamModel {
     }
     long push(int c) { return pushed += char(c), --position, at_end = 0, c; }
     bool write(const std::string& text) {
-        const long place = append ? size() : position, length = long(text.size());
+        const int64_t place = append ? size() : position, length = int64_t(text.size());
         if (place < 0) return fail(EINVAL);
         pushed = "";
         if (place > kLastPosition - length) return fail(EOVERFLOW);
@@ -51,7 +52,7 @@ struct StreamModel {
         if (pwrite(descriptor, text.data(), text.size(), place) < 0) return fail(errno);
         return position += length, true;
     }
-    bool seek(long place) {
+    bool seek(int64_t place) {
         if (place < 0 || place > kLastPosition) return fail(place < 0 ? EINVAL : EOVERFLOW);
         return position = place, pushed = "", at_end = 0, true;
     }
@@ -62,16 +63,17 @@ struct StreamCall {
     size_t operation = 0, item = 1, count = 0;
     std::string text{}; // of bytes() bytes without a zero
     int c = 0, whence = 0;
-    long place = 0;
+    int64_t place = 0; // where a long reaches from the start of the file
     size_t bytes() const { return item * count; }
 
     // Makes the call, with `room` for bytes() bytes. Gives its result and the model's.
     std::pair<long, long> make(ZVFILE* f, StreamModel& model, char* room) const {
-        const long n = long(text.size()), bases[] = {0, model.position, model.size()};
+        const long n = long(text.size());
+        const int64_t bases[] = {0, model.position, model.size()};
         long result = 0, expected = 0;
         model.taken = "", model.raised = 0;
         if (operation == 0) {
-            result = ZVfseek(f, place - bases[whence], whence);
+            result = ZVfseek(f, long(place - bases[whence]), whence);
             expected = model.seek(place) ? 0 : -1;
         } else if (operation == 1) {
             result = ZVfputc(c, f);
@@ -95,7 +97,8 @@ struct StreamCall {
             model.taken.append(size_t(expected), '\0');
         } else if (operation == 7) {
             result = ZVfgetc(f);
-            expected = model.take(1, 256) ? std::exchange(model.taken, "")[0] : -1;
+            expected = model.take(1, 256) ? static_cast<signed char>(model.taken[0]) : -1;
+            model.taken = "";
         } else if (operation == 8) {
             result = ZVungetc(c, f);
             // There may be room for more than four.
