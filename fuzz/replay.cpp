@@ -1,11 +1,12 @@
 // Runs a fuzz target as a test: over its seeds, and over inputs made out of them, the same ones in
-// every run.
+// every run. Prints the digest of all results, which is the same on every machine.
 //   property_TARGET COUNT WORDS INPUT|FOLDER...
 #include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cinttypes>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
@@ -15,6 +16,8 @@
 #include <random>
 #include <string>
 #include <vector>
+
+#include "digest.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
 
@@ -128,6 +131,7 @@ private:
 // Where the process that runs the inputs leaves the one at hand, whatever becomes of it.
 struct Progress {
     bool finished;
+    uint64_t digest;
     size_t size;
     uint8_t input[kLongest];
 };
@@ -145,6 +149,7 @@ void run_all(const Texts& seeds, const Texts& words, size_t count, Progress& pro
     for (const std::string& seed : seeds) run(seed, progress);
     for (size_t made = 0; made < count; ++made) run(maker.input(), progress);
     alarm(0);
+    progress.digest = fuzz::digest;
     progress.finished = true;
 }
 
@@ -163,7 +168,8 @@ int main(int argc, char** argv) {
     const pid_t child = fork();
     if (child == 0) return run_all(seeds, words, std::stoul(argv[1]), progress), 0;
     int status = -1;
-    if (waitpid(child, &status, 0) == child && status == 0 && progress.finished) return 0;
+    if (waitpid(child, &status, 0) == child && status == 0 && progress.finished)
+        return std::printf("Digest of all results: %016" PRIx64 "\n", progress.digest), 0;
     std::fprintf(stderr, "\n%s: status %x", argv[0], static_cast<unsigned>(status));
     std::fputs(progress.finished ? " at the end" : " with the input, in hexadecimal:\n", stderr);
     for (size_t i = 0; i < progress.size && !progress.finished; ++i)

@@ -35,9 +35,7 @@ struct TableBlock {
     PairBlock lead;
     PairBlock trail;
 
-    explicit TableBlock(ByteBlock bytes)
-        : lead(std::bit_cast<PairBlock>(bytes) & 0xFF),
-          trail(std::bit_cast<PairBlock>(bytes) >> 8) {}
+    explicit TableBlock(ByteBlock bytes) : lead(first_of(bytes)), trail(second_of(bytes)) {}
 
     static PairBlock is_within(PairBlock bytes, std::int16_t first, std::int16_t last) {
         const SignedPairBlock values = std::bit_cast<SignedPairBlock>(bytes);

@@ -84,14 +84,12 @@ struct PairKernel {
     static constexpr size_t kSafeLeft = SafeLeft;
 
     static SignedByteBlock first_bytes() {
-        return std::bit_cast<SignedByteBlock>(PairBlock{} + 0xFF);
+        return std::bit_cast<SignedByteBlock>(PairBlock{} + (kFirstIsLow ? 0x00FF : 0xFF00));
     }
     template <class Bytes>
     static ByteBlock convert_pairs(ByteBlock bytes) {
-        const PairBlock pairs = std::bit_cast<PairBlock>(bytes);
-        const ByteBlock next = std::bit_cast<ByteBlock>(pairs >> 8);
-        const ByteBlock before = std::bit_cast<ByteBlock>(pairs << 8);
-        return choose(first_bytes(), Bytes::lead(bytes, next), Bytes::trail(before, bytes));
+        return choose(first_bytes(), Bytes::lead(bytes, second_to_first(bytes)),
+                      Bytes::trail(first_to_second(bytes), bytes));
     }
 };
 

@@ -32,18 +32,37 @@ inline constexpr size_t kBlockSize = 32;
 inline constexpr size_t kBlockSize = 16;
 #endif
 
-// A block as bytes, and as pairs: in a pair the first byte is the low one.
+// A block as bytes, and as pairs of them.
 using ByteBlock [[gnu::vector_size(kBlockSize)]] = Byte;
 using SignedByteBlock [[gnu::vector_size(kBlockSize)]] = signed char;
 using PairBlock [[gnu::vector_size(kBlockSize)]] = std::uint16_t;
 using SignedPairBlock [[gnu::vector_size(kBlockSize)]] = std::int16_t;
-static_assert(std::endian::native == std::endian::little);
 
 inline SignedByteBlock as_signed(ByteBlock bytes) {
     return std::bit_cast<SignedByteBlock>(bytes);
 }
 inline ByteBlock as_unsigned(SignedByteBlock bytes) {
     return std::bit_cast<ByteBlock>(bytes);
+}
+
+// The bytes of a block in pairs. The order of bytes in a number matters here alone.
+inline constexpr bool kFirstIsLow = std::endian::native == std::endian::little;
+inline PairBlock as_pairs(ByteBlock bytes) {
+    return std::bit_cast<PairBlock>(bytes);
+}
+// The first and the second bytes as numbers.
+inline PairBlock first_of(ByteBlock bytes) {
+    return kFirstIsLow ? as_pairs(bytes) & 0xFF : as_pairs(bytes) >> 8;
+}
+inline PairBlock second_of(ByteBlock bytes) {
+    return kFirstIsLow ? as_pairs(bytes) >> 8 : as_pairs(bytes) & 0xFF;
+}
+// The first bytes where the second ones stand, and the other way round; zeros elsewhere.
+inline ByteBlock first_to_second(ByteBlock bytes) {
+    return std::bit_cast<ByteBlock>(kFirstIsLow ? as_pairs(bytes) << 8 : as_pairs(bytes) >> 8);
+}
+inline ByteBlock second_to_first(ByteBlock bytes) {
+    return std::bit_cast<ByteBlock>(kFirstIsLow ? as_pairs(bytes) >> 8 : as_pairs(bytes) << 8);
 }
 
 inline ByteBlock load_block(const Byte* from) {
@@ -89,7 +108,8 @@ inline Mask high_bits(Block block) {
 #else
     // Each product gathers the eight high bits of a word in its highest byte.
     using Words [[gnu::vector_size(kBlockSize)]] = std::uint64_t;
-    const Words bits = (std::bit_cast<Words>(block) >> 7 & 0x0101010101010101) * 0x0102040810204080;
+    constexpr std::uint64_t kGather = kFirstIsLow ? 0x0102040810204080 : 0x8040201008040201;
+    const Words bits = (std::bit_cast<Words>(block) >> 7 & 0x0101010101010101) * kGather;
     return static_cast<Mask>(bits[0] >> 56 | bits[1] >> 56 << 8);
 #endif
 }
