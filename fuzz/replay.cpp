@@ -87,11 +87,14 @@ private:
                                          "\xEF\xF0\xFC\xFD\xFE\xFF";
         return below(2) != 0 ? kEdges[below(sizeof kEdges)] : static_cast<char>(below(256));
     }
+    // Numbers are drawn one a statement: compilers differ in the order of a call's arguments.
     std::string part_of(const std::string& text) {
-        return text.empty() ? text : text.substr(below(text.size()), 1 + below(40));
+        const size_t length = 1 + below(40);
+        return text.empty() ? text : text.substr(below(text.size()), length);
     }
     std::string piece(const std::string& made) {
         std::string bytes(1 + below(6), '\0');
+        const size_t length = 1 + below(70);
         switch (below(5)) {
         case 0:
             return one_of(words_);
@@ -100,7 +103,7 @@ private:
         case 2:
             return part_of(made);
         case 3:
-            return std::string(1 + below(70), byte());
+            return std::string(length, byte());
         default:
             std::generate(bytes.begin(), bytes.end(), [&] { return byte(); });
             return bytes;
