@@ -199,7 +199,7 @@ inline ByteBlock choose(Mask mask_a, ByteBlock a, Mask mask_b, ByteBlock b, Byte
 
 // The bytes moved on or back by one place, with a zero at the end that becomes free.
 inline ByteBlock moved_on(ByteBlock bytes) {
-#ifdef __AVX2__
+#if defined(__AVX2__) || !defined(__SIZEOF_INT128__)
     return [=]<size_t... places>(std::index_sequence<places...>) {
         return __builtin_shufflevector(ByteBlock{}, bytes, (kBlockSize - 1 + places)...);
     }
@@ -211,7 +211,7 @@ inline ByteBlock moved_on(ByteBlock bytes) {
 #endif
 }
 inline ByteBlock moved_back(ByteBlock bytes) {
-#ifdef __AVX2__
+#if defined(__AVX2__) || !defined(__SIZEOF_INT128__)
     return [=]<size_t... places>(std::index_sequence<places...>) {
         return __builtin_shufflevector(bytes, ByteBlock{}, (1 + places)...);
     }
