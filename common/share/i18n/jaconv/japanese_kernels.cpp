@@ -197,9 +197,15 @@ private:
         Byte result[2 * kBlockSize + kOvershoot];
         const auto taken = static_cast<Mask>(first_long_bits(length));
         const Byte* const end = Direction::put(result, converted, taken, shifts);
-        const auto size = static_cast<size_t>(end - result);
-        std::memcpy(out, result, size);
-        return out + size;
+        const Byte* from = result;
+        if constexpr (kBlockSize == 64) { // the compiler's copy of such a size is slow to begin
+            for (; end - from >= 64; from += kBlockSize, out += kBlockSize)
+                store_block(out, load_block(from));
+            copy_front(out, from, static_cast<size_t>(end - from));
+        } else {
+            std::memcpy(out, from, static_cast<size_t>(end - from));
+        }
+        return out + (end - from);
     }
 
     Source source_;
