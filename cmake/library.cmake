@@ -1,6 +1,9 @@
 # How libzvutil is linked: libc alone at run time, and exactly the names of the version script.
 target_compile_options(zvutil PRIVATE
     $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions;-fno-rtti;-fno-threadsafe-statics>)
+# On a 32-bit processor without vector registers GCC tells that vectors are handed on in another way
+# than with them. None leaves the library.
+target_compile_options(zvutil PRIVATE -Wno-psabi)
 include(cmake/hardening.cmake)
 if(ZVUTIL_COVERAGE)
   # Unoptimised, so that the branches are those of the source; the counts are shared by threads.

@@ -1,5 +1,8 @@
 # What every target of the project is compiled with.
 add_library(zvutil_options INTERFACE)
+# Files beyond 2 GiB and inode numbers of 64 bits, on 32-bit machines too. No public header depends
+# on it, so a host's choice is its own.
+target_compile_definitions(zvutil_options INTERFACE _FILE_OFFSET_BITS=64)
 target_compile_options(zvutil_options INTERFACE -Wall -Wextra -Wconversion -Wshadow)
 if(ZVUTIL_WERROR)
   target_compile_options(zvutil_options INTERFACE -Werror)

@@ -48,7 +48,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     for (const auto& [code, value] : read.records)
         plain += code + "\\" + std::to_string(value) + "\\";
     const auto room = offset % 248 + static_cast<unsigned>(plain.size()) + 6 - missing;
-    const bool fits = size_t{start} + 5 < room && size_t{start} + plain.size() < room;
+    const bool fits = uint64_t{start} + 5 < room && uint64_t{start} + plain.size() < room;
     fuzz::Room buffer(room);
     unsigned position = start;
     const int status = ZVCurrencyDetailListToText(&list, &position, room, buffer.data());

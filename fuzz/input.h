@@ -10,6 +10,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "digest.h"
 #include "memory.h"
 
 namespace fuzz {
@@ -62,6 +63,7 @@ inline void require(bool holds, const char* property) {
     abort();
 }
 inline const auto same = [](const auto& actual, const auto& expected, const char* property) {
+    add_to_digest(actual);
     bool equal = false;
     if constexpr (requires { static_cast<long long>(actual), static_cast<long long>(expected); })
         equal = static_cast<long long>(actual) == static_cast<long long>(expected);

@@ -74,8 +74,7 @@ std::string converted(const std::string& text, int from, int to) {
 bool is_readable(const std::string& text, int code_set) {
     unsigned bad;
     for (const char c : text)
-        if ((c >= 0 && c < ' ') || (code_set == ZV_SJIS && c >= '\xA1' && c <= '\xDF'))
-            return false;
+        if ((c & 0xFF) < ' ' || (code_set == ZV_SJIS && c >= '\xA1' && c <= '\xDF')) return false;
     return mbvalidatestring(text.c_str(), &bad, code_set) != 0 && text.find("=?") == text.npos &&
            text.find('\x8F') == text.npos;
 }

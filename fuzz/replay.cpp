@@ -1,11 +1,12 @@
 // Runs a fuzz target as a test: over its seeds, and over inputs made out of them, the same ones in
-// every run.
+// every run. Prints the digest of all results, which is the same on every machine.
 //   property_TARGET COUNT WORDS INPUT|FOLDER...
 #include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cinttypes>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
@@ -16,6 +17,7 @@
 #include <string>
 #include <vector>
 
+#include "digest.h"
 #include "input.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
@@ -86,11 +88,14 @@ private:
                                          "\xEF\xF0\xFC\xFD\xFE\xFF";
         return below(2) != 0 ? kEdges[below(sizeof kEdges)] : static_cast<char>(below(256));
     }
+    // Numbers are drawn one a statement: compilers differ in the order of a call's arguments.
     std::string part_of(const std::string& text) {
-        return text.empty() ? text : text.substr(below(text.size()), 1 + below(40));
+        const size_t length = 1 + below(40);
+        return text.empty() ? text : text.substr(below(text.size()), length);
     }
     std::string piece(const std::string& made) {
         std::string bytes(1 + below(6), '\0');
+        const size_t length = 1 + below(70);
         switch (below(5)) {
         case 0:
             return one_of(words_);
@@ -99,7 +104,7 @@ private:
         case 2:
             return part_of(made);
         case 3:
-            return std::string(1 + below(70), byte());
+            return std::string(length, byte());
         default:
             std::generate(bytes.begin(), bytes.end(), [&] { return byte(); });
             return bytes;
@@ -130,6 +135,7 @@ private:
 // Where the process that runs the inputs leaves the one at hand, whatever becomes of it.
 struct Progress {
     bool finished;
+    uint64_t digest;
     size_t size;
     uint8_t input[kLongest];
 };
@@ -153,6 +159,7 @@ void run_all(const Texts& seeds, const Texts& words, size_t count, Progress& pro
     for (const std::string& seed : seeds) run(seed, progress);
     for (size_t made = 0; made < count; ++made) run(maker.input(), progress);
     alarm(0);
+    progress.digest = fuzz::digest;
     progress.finished = true;
 }
 
@@ -171,7 +178,8 @@ int main(int argc, char** argv) {
     const pid_t child = fork();
     if (child == 0) return run_all(seeds, words, std::stoul(argv[1]), progress), 0;
     int status = -1;
-    if (waitpid(child, &status, 0) == child && status == 0 && progress.finished) return 0;
+    if (waitpid(child, &status, 0) == child && status == 0 && progress.finished)
+        return std::printf("Digest of all results: %016" PRIx64 "\n", progress.digest), 0;
     std::fprintf(stderr, "\n%s: status %x", argv[0], static_cast<unsigned>(status));
     std::fputs(progress.finished ? " at the end" : " with the input, in hexadecimal:\n", stderr);
     for (size_t i = 0; i < progress.size && !progress.finished; ++i)

@@ -6,6 +6,8 @@ foreach(package IN LISTS CPACK_PACKAGE_FILES)
   file(REMOVE ${tree}/DEBIAN/postinst ${tree}/DEBIAN/postrm)
   file(READ ${tree}/DEBIAN/control control)
   string(STRIP "${control}" control)
+  # The cross compiler's C library is named with its architecture, which is the package's own.
+  string(REGEX REPLACE ":[a-z0-9]+ \\(" " (" control "${control}")
   if(control MATCHES "Package: lib")
     file(WRITE ${tree}/DEBIAN/control "${control}\nMulti-Arch: same\n")
   else()

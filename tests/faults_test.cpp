@@ -65,7 +65,8 @@ Result read_all(const ZvStream& stream, char* to) {
     for (int turn = 0; !ZVfeof(stream.get()); ++turn) {
         if (turn % 3 == 0 && ZVfgets(to, 5000, stream.get())) to += strlen(to);
         if (turn % 3 == 1) to += ZVfread(to, 1, 4700, stream.get());
-        if (turn % 3 == 2 && (*to = char(ZVfgetc(stream.get()))) != -1) ++to;
+        const int c = turn % 3 == 2 ? ZVfgetc(stream.get()) : -1;
+        if (c != -1) *to++ = char(c);
         if (failed(stream)) return kFailed;
     }
     return kDone;

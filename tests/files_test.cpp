@@ -99,7 +99,7 @@ TEST_F(Files, StatusTruncationAndNames) {
     EXPECT_EQ(test::content(path), std::string("0123\0\0", 6));
     EXPECT_EQ(OSFileTruncateFd(ZVfileno(ours.zv), -5), 1);
     EXPECT_EQ(OSFileSize(path.c_str()), 0);
-    for (const long size : {0x7FFFFFFFL, 0x80000000L}) {
+    for (const off_t size : {0x7FFFFFFFLL, 0x80000000LL}) {
         ASSERT_EQ(truncate(path.c_str(), size), 0);
         EXPECT_EQ(OSFileSize(path.c_str()), size == 0x7FFFFFFF ? size : -1);
     }

@@ -1,7 +1,10 @@
 """Checks the built shared object: what it exports, what it needs, what it holds where.
 
+NM, READELF, OBJDUMP and STRIP in the environment are the tools of its machine.
+
 usage: library_object.py LIBRARY VERSION_SCRIPT SOURCE_FOLDER BUILD_TYPE COMPILER
 """
+import os
 import pathlib
 import re
 import subprocess
@@ -17,7 +20,8 @@ def check(holds, message):
         failures.append(message)
 
 
-def output(*command):
+def output(tool, *arguments):
+    command = os.environ.get(tool.upper(), tool), *arguments
     return subprocess.run(command, capture_output=True, check=True, text=True).stdout
 
 
@@ -32,7 +36,9 @@ check(exported == wanted, f"exported and listed names differ: {exported ^ wanted
 
 dynamic = output("readelf", "--dynamic", library)
 needed = re.findall(r"NEEDED.*\[(.*)\]", dynamic)
-check(needed == ["libc.so.6"], f"needs {needed}")
+# Some machines keep the value that guards return addresses in the loader.
+check(needed[0] == "libc.so.6" and all(name.startswith("ld") for name in needed[1:]),
+      f"needs {needed}")
 
 segments = dict(re.findall(r"^  (GNU_\w+) .*?(R?W?E?) +0x\w+$",
                            output("readelf", "--wide", "--segments", library), re.M))
@@ -47,10 +53,13 @@ formatting = {name for name in imported if "printf" in name or "syslog" in name}
 check(formatting == {"vsnprintf", "syslog"}, f"formats are handed to {formatting}")
 
 # The one entry is the compiler's own frame registration.
-initialisers = int(re.search(r"^\.init_array +(\d+)", output("size", "-A", library), re.M)[1])
-check(initialisers <= 8, f"{initialisers // 8 - 1} static initialisers")
+header = output("readelf", "--file-header", library)
+entry = 8 if "ELF64" in header else 4
+initialisers = re.search(r" \.init_array +INIT_ARRAY +\w+ +\w+ (\w+)",
+                         output("readelf", "--wide", "--sections", library))[1]
+check(int(initialisers, 16) <= entry, f"{int(initialisers, 16) // entry - 1} static initialisers")
 
-if "X86-64" in output("readelf", "--file-header", library):
+if "X86-64" in header:
     code = output("objdump", "--disassemble", "--no-show-raw-insn", library)
     marked = set(re.findall(r"<(\w+)(?:@@\w+)?>:\n\s+\w+:\s+endbr64", code))
     check(functions <= marked, f"no jump may end at {sorted(functions - marked)[:5]}")
@@ -65,11 +74,12 @@ check(not bound_later & functions, f"a host may replace {sorted(bound_later & fu
 writable = {name for kind, name in symbols if kind in "BDV"}
 check(writable == state, f"what can be written differs: {writable ^ state}")
 
-if build_type == "Release" and compiler == "GNU":  # as it is shipped
+# As it is shipped, but where blocks may be taken apart for want of vectors.
+if build_type == "Release" and compiler == "GNU" and re.search("X86-64|AArch64", header):
     with tempfile.NamedTemporaryFile() as stripped:
         output("strip", "-o", stripped.name, library)
         size = pathlib.Path(stripped.name).stat().st_size
-        check(size <= 288 * 1024, f"{size} bytes stripped")
+        check(size <= 320 * 1024, f"{size} bytes stripped")
 
 
 

@@ -49,8 +49,9 @@ TEST(Strings, NoTrailByteIsFound) {
                 const size_t at = before.size() + 1, end = text.size();
                 const char* const found = whole ? nullptr : &text[at];
                 const char set[] = {trail, '\0'};
-                ASSERT_EQ(mbstrchr(text.c_str(), trail), found) << rules.code_set << ' ' << pair;
-                ASSERT_EQ(mbstrrchr(text.c_str(), trail), found) << rules.code_set << ' ' << pair;
+                const int c = static_cast<signed char>(trail);
+                ASSERT_EQ(mbstrchr(text.c_str(), c), found) << rules.code_set << ' ' << pair;
+                ASSERT_EQ(mbstrrchr(text.c_str(), c), found) << rules.code_set << ' ' << pair;
                 ASSERT_EQ(mbstrcspn(text.c_str(), set), whole ? end : at)
                     << rules.code_set << ' ' << pair;
                 ASSERT_EQ(strlen(mbstrtok(text.data(), set)), whole ? end : at)

@@ -9,6 +9,7 @@
 namespace {
 
 using test::Zvconv;
+using ZvconvMail = test::WithConverters;
 
 const struct {
     const char *sample, *from, *to, *iconv, *library_to;
@@ -19,7 +20,7 @@ const struct {
                 {"russian.8859-5", "8859_5", "1251", "ISO-8859-5", "1251"},
                 {"polish.8859-2", "8859_2", "8859_2", "ISO-8859-2", "8859_2"}};
 
-TEST(ZvconvMail, StandardSubjectsAreReadByAllAndDecodedAgain) {
+TEST_F(ZvconvMail, StandardSubjectsAreReadByAllAndDecodedAgain) {
     const Zvconv tool;
     for (const auto& c : kSamples) {
         // The sample, all of it in one line, and what needs care at the edges of a word.
@@ -67,7 +68,7 @@ TEST(ZvconvMail, StandardSubjectsAreReadByAllAndDecodedAgain) {
     }
 }
 
-TEST(ZvconvMail, HeadersAreDecodedFromAnyCharset) {
+TEST_F(ZvconvMail, HeadersAreDecodedFromAnyCharset) {
     const Zvconv tool;
     const struct {
         int status;

@@ -12,6 +12,7 @@
 namespace {
 
 using test::Zvconv;
+using ZvconvText = test::WithConverters;
 
 const struct {
     const char *sample, *name, *iconv;
@@ -27,7 +28,7 @@ std::vector<std::string> lines_of(const std::string& text) {
     return lines;
 }
 
-TEST(ZvconvText, UnicodeIsWhatIconvMakesAndComesBack) {
+TEST_F(ZvconvText, UnicodeIsWhatIconvMakesAndComesBack) {
     const Zvconv tool;
     for (const auto& c : kSamples) {
         const std::string text = test::sample(c.sample);
@@ -49,7 +50,7 @@ TEST(ZvconvText, UnicodeIsWhatIconvMakesAndComesBack) {
               tool.convert("-f EUC -t JIS", *test::iconv_text("UTF-8", "EUC-JP", utf8)));
 }
 
-TEST(ZvconvText, MarksAreUnderstoodAndNotCarriedOn) {
+TEST_F(ZvconvText, MarksAreUnderstoodAndNotCarriedOn) {
     const Zvconv tool;
     const std::string mark = "\xEF\xBB\xBF", be("\xFE\xFF\0a", 4), le("\xFF\xFE\x61\0", 4);
     EXPECT_EQ(tool.convert("-f UTF-8 -t SJIS", mark + "a"), "a");
@@ -68,7 +69,7 @@ TEST(ZvconvText, MarksAreUnderstoodAndNotCarriedOn) {
 
 // All single bytes, both ways, against iconv: a byte stays a control code, becomes what iconv makes
 // of it, or is lost where iconv refuses it.
-TEST(ZvconvText, ControlsStayControls) {
+TEST_F(ZvconvText, ControlsStayControls) {
     const Zvconv tool;
     const struct {
         const char *iso, *windows, *iconv_iso, *iconv_windows, *lost_layout;
@@ -110,7 +111,7 @@ TEST(ZvconvText, ControlsStayControls) {
     }
 }
 
-TEST(ZvconvText, FaultsAreLocatedAndReplaced) {
+TEST_F(ZvconvText, FaultsAreLocatedAndReplaced) {
     const Zvconv tool;
     const struct {
         const char *options, *text, *result, *message;
@@ -178,7 +179,7 @@ TEST(ZvconvText, FaultsAreLocatedAndReplaced) {
     EXPECT_EQ(tool.read("stderr"), "");
 }
 
-TEST(ZvconvText, EveryNameOfAnEncodingConverts) {
+TEST_F(ZvconvText, EveryNameOfAnEncodingConverts) {
     const Zvconv tool;
     EXPECT_EQ(tool.run("--list"), 0);
     const std::vector<std::string> lines = lines_of(tool.read("stdout"));
@@ -201,8 +202,9 @@ TEST(ZvconvText, EveryNameOfAnEncodingConverts) {
         << "the vendor's table";
 }
 
-TEST(ZvconvText, GuessesNameEncodingAndLineEnds) {
+TEST_F(ZvconvText, GuessesNameEncodingAndLineEnds) {
     const Zvconv tool;
+    EXPECT_EQ(tool.convert("-f auto -t UTF-16BE", "a\\b~"), std::string("\0a\0\\\0b\0~", 8));
     for (const auto& c : kSamples) tool.write(c.name, test::sample(c.sample));
     tool.write("JIS", test::sample("japanese.jis"));
     tool.write("ascii", "plain\r\n");
@@ -230,7 +232,7 @@ TEST(ZvconvText, GuessesNameEncodingAndLineEnds) {
     }
 }
 
-TEST(ZvconvText, LineEndsAndKatakanaAreMadeAlike) {
+TEST_F(ZvconvText, LineEndsAndKatakanaAreMadeAlike) {
     const Zvconv tool;
     std::string lf, crlf, mixed;
     for (int i = 0; i < 60000; ++i) {
@@ -267,7 +269,7 @@ TEST(ZvconvText, LineEndsAndKatakanaAreMadeAlike) {
 
 // What cuts a stream among machines may rely on: cut at any line ends, the parts give what the
 // whole gives, whatever the encodings.
-TEST(ZvconvText, PartsCutAtLineEndsGiveTheWhole) {
+TEST(ZvconvParts, CutAtLineEndsGiveTheWhole) {
     const Zvconv tool;
     std::mt19937 random(1);
     std::vector<std::pair<std::string, std::string>> texts;

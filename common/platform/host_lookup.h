@@ -3,6 +3,11 @@
 
 #include <netdb.h>
 
+// Not every C library has a name for it.
+#ifndef NETDB_INTERNAL
+#define NETDB_INTERNAL (-1)
+#endif
+
 namespace zv {
 
 // The reentrant host look-ups in the form that gives its result as a pointer: `entry` with its

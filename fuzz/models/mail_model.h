@@ -13,7 +13,7 @@ inline std::string model_of_encoder(const std::string& text) {
     size_t line = 0;
     for (const char c : text) {
         char token[4] = {c};
-        if (c <= 0x20 || c == 0x7F || c == '=')
+        if (static_cast<signed char>(c) <= 0x20 || c == 0x7F || c == '=')
             std::snprintf(token, sizeof token, "=%02X", static_cast<unsigned char>(c));
         out += token;
         if (out.size() - line >= 50) line = out.append("=\n\r").size();

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <climits>
+#include <cstdint>
 #include <string>
 #include <utility>
 
@@ -13,19 +14,19 @@
 
 namespace test {
 
-inline constexpr long kLastPosition = INT_MAX;
+inline constexpr int64_t kLastPosition = INT_MAX;
 
 // A file in memory, with a position and pushed back bytes, the next one last.
 struct StreamModel {
     std::string file; // its bytes from `origin` on, where it has no others but zero
-    long origin;
+    int64_t origin;
     int access;
     bool append;
-    long position = 0, at_end = 0;
+    int64_t position = 0, at_end = 0;
     int error = 0, raised = 0;
     std::string pushed = "", taken = "";
 
-    long size() const { return origin + long(file.size()); }
+    int64_t size() const { return origin + int64_t(file.size()); }
     bool fail(int number) { return error = raised = number, false; }
     bool take_byte() {
         const bool from_file = pushed.empty();
@@ -38,9 +39,9 @@ struct StreamModel {
     }
     // Byte by byte, or the run of the file that is there.
     long take(size_t most, int last) {
-        const long start = position;
+        const int64_t start = position;
         while (taken.size() < most && (taken.empty() || taken.back() != last)) {
-            const long run = std::min(size(), kLastPosition) - position;
+            const int64_t run = std::min(size(), kLastPosition) - position;
             if (!pushed.empty() || position < origin || run <= 0 || access == O_WRONLY) {
                 if (!take_byte()) break;
                 continue;
@@ -48,14 +49,14 @@ struct StreamModel {
             const size_t end = last > UCHAR_MAX ? file.npos : file.find(char(last), at(position));
             const size_t whole = end == file.npos ? file.npos : end + 1 - at(position);
             taken.append(file, at(position), std::min({most - taken.size(), size_t(run), whole}));
-            position = start + long(taken.size());
+            position = start + int64_t(taken.size());
         }
         if (raised == EOVERFLOW) position = start;
         return long(taken.size());
     }
     long push(int c) { return pushed += char(c), --position, at_end = 0, c; }
     bool write(const std::string& text) {
-        const long place = append ? size() : position, length = long(text.size());
+        const int64_t place = append ? size() : position, length = int64_t(text.size());
         if (place < 0) return fail(EINVAL);
         pushed = "";
         if (place > kLastPosition - length) return fail(EOVERFLOW);
@@ -66,8 +67,8 @@ struct StreamModel {
         file.replace(at(place), text.size(), text);
         return position += length, true;
     }
-    size_t at(long place) const { return size_t(place - origin); }
-    bool seek(long place) {
+    size_t at(int64_t place) const { return size_t(place - origin); }
+    bool seek(int64_t place) {
         if (place < 0 || place > kLastPosition) return fail(place < 0 ? EINVAL : EOVERFLOW);
         return position = place, pushed = "", at_end = 0, true;
     }
@@ -78,16 +79,17 @@ struct StreamCall {
     size_t operation = 0, item = 1, count = 0;
     std::string text{}; // of bytes() bytes without a zero
     int c = 0, whence = 0;
-    long place = 0;
+    int64_t place = 0; // where a long reaches from the start of the file
     size_t bytes() const { return item * count; }
 
     // Makes the call, with `room` for bytes() bytes. Gives its result and the model's.
     std::pair<long, long> make(ZVFILE* f, StreamModel& model, char* room) const {
-        const long n = long(text.size()), bases[] = {0, model.position, model.size()};
+        const long n = long(text.size());
+        const int64_t bases[] = {0, model.position, model.size()};
         long result = 0, expected = 0;
         model.taken = "", model.raised = 0;
         if (operation == 0) {
-            result = ZVfseek(f, place - bases[whence], whence);
+            result = ZVfseek(f, long(place - bases[whence]), whence);
             expected = model.seek(place) ? 0 : -1;
         } else if (operation == 1) {
             result = ZVfputc(c, f);
@@ -111,7 +113,8 @@ struct StreamCall {
             model.taken.append(size_t(expected), '\0');
         } else if (operation == 7) {
             result = ZVfgetc(f);
-            expected = model.take(1, 256) ? std::exchange(model.taken, "")[0] : -1;
+            expected = model.take(1, 256) ? static_cast<signed char>(model.taken[0]) : -1;
+            model.taken = "";
         } else if (operation == 8) {
             result = ZVungetc(c, f);
             // There may be room for more than four.

@@ -99,9 +99,12 @@ void release(void* block) {
     if (block != nullptr && Fence::stands()) Fence(block).take_away();
 }
 
+// Calls that handle offsets have a second form with offsets of 64 bits. It is the one that the
+// headers mean here, under the first one's name.
 template <class Function>
-Function* next_in_line(Function*, const char* name) {
-    return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
+Function* next_in_line(Function*, const char* name, const char* large) {
+    void* const found = dlsym(RTLD_NEXT, large);
+    return reinterpret_cast<Function*>(found != nullptr ? found : dlsym(RTLD_NEXT, name));
 }
 
 template <class Transfer>
@@ -133,7 +136,7 @@ FILE* stream_over(int descriptor, const char* mode) {
 
 } // namespace
 
-#define NEXT(name) static const auto beneath = next_in_line(name, #name)
+#define NEXT(name) static const auto beneath = next_in_line(name, #name, #name "64")
 #define FAULTY(result, name, call, failure, parameters, arguments)                                 \
     extern "C" result name parameters {                                                            \
         NEXT(name);                                                                                \

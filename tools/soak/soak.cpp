@@ -118,7 +118,7 @@ std::string machine(unsigned seed) {
     all += out + std::string(name) + std::to_string(IsCurrentServerName(name, nullptr));
     OSGetOS(out);
     tm local;
-    const time_t when = time_t{seed} * 1000003;
+    const time_t when = static_cast<int>(seed % 2000) * 1000003;
     return all + out + std::to_string(OSLocalTime(&when, &local)->tm_yday);
 }
 
@@ -140,7 +140,7 @@ public:
                             MAP_SHARED | MAP_ANONYMOUS, -1, 0)) Report{}) {
         std::filesystem::create_directory(folder_ / "conf");
         test::write_file(folder_ / "conf/zv.conf", "Known: value\nServer-directory: /db\n");
-        test::write_file(counter_, std::string(8, '\0'));
+        test::write_file(counter_, std::string(sizeof(long), '\0'));
         std::string known;
         for (unsigned i = 0; i < kKnownLines; ++i) known += known_line(i);
         test::write_file(shared_, known);
@@ -228,9 +228,11 @@ private:
     void count_under_lock() {
         const int fd = open(counter_.c_str(), O_RDWR);
         long count = 0;
-        check(OSLockFileFd(fd, ZV_LOCK_WRITE, 1) && pread(fd, &count, 8, 0) == 8, "lock");
+        check(OSLockFileFd(fd, ZV_LOCK_WRITE, 1) &&
+                  pread(fd, &count, sizeof count, 0) == sizeof count,
+              "lock");
         ++count;
-        check(pwrite(fd, &count, 8, 0) == 8 && OSUnLockFileFd(fd), "unlock");
+        check(pwrite(fd, &count, sizeof count, 0) == sizeof count && OSUnLockFileFd(fd), "unlock");
         close(fd);
     }
 
@@ -251,7 +253,8 @@ private:
             const auto writer = strtoul(text.c_str(), nullptr, 10) % kMostWriters;
             text == line(unsigned(writer), next[writer]) ? ++next[writer] : ++strays;
         }
-        std::ifstream(counter_, std::ios::binary).read(reinterpret_cast<char*>(&count), 8);
+        std::ifstream(counter_, std::ios::binary)
+            .read(reinterpret_cast<char*>(&count), sizeof count);
         for (unsigned writer = 0; writer < kMostWriters; ++writer) {
             strays += std::abs(report_->lines[writer] - next[writer]);
             count -= report_->lines[writer];

@@ -63,7 +63,7 @@ const char* find_separator(const char* text) {
 // Reads the record that begins a text and gives what follows it; null when there is none.
 const char* read_record(const char* text, CurrencyDetail& record) {
     const char* code_end = find_separator(text);
-    if (code_end == nullptr || code_end - text > kLongestCode)
+    if (code_end == nullptr || static_cast<size_t>(code_end - text) > kLongestCode)
         return nullptr;
     const char* value_end = find_separator(code_end + 1);
     if (value_end == nullptr)

@@ -340,7 +340,10 @@ private:
             store_window(out_, bytes, convert);
         } else {
 #pragma GCC unroll 4
-            for (size_t i = 0, at = 0; i < kBlocks && at < length; ++i, at += kBlockSize) {
+            for (size_t i = 0; i < kBlocks; ++i) {
+                const size_t at = i * kBlockSize;
+                if (at >= length)
+                    break;
                 if (length - at >= kBlockSize)
                     store_block(out_ + at, convert(bytes[i]));
                 else

@@ -8,8 +8,10 @@
 
 #include "bytes.h"
 
-#ifdef __AVX2__
+#if defined(__AVX2__)
 #include <immintrin.h>
+#elif defined(__aarch64__)
+#include <arm_neon.h>
 #endif
 
 namespace zv {
@@ -118,6 +120,12 @@ inline Mask high_bits(Block block) {
 #elif defined(__SSE2__)
     using Chars [[gnu::vector_size(kBlockSize)]] = char;
     return static_cast<Mask>(__builtin_ia32_pmovmskb128(std::bit_cast<Chars>(block)));
+#elif defined(__aarch64__)
+    // Each byte keeps a bit of its own, so that sums join them.
+    constexpr ByteBlock kBits = {1, 2, 4, 8, 16, 32, 64, 128, 1, 2, 4, 8, 16, 32, 64, 128};
+    const auto bits =
+        std::bit_cast<uint8x16_t>((std::bit_cast<SignedByteBlock>(block) < 0) & kBits);
+    return static_cast<Mask>(vaddv_u8(vget_low_u8(bits)) | vaddv_u8(vget_high_u8(bits)) << 8);
 #else
     // Each product gathers the eight high bits of a word in its highest byte.
     using Words [[gnu::vector_size(kBlockSize)]] = std::uint64_t;
@@ -199,7 +207,7 @@ inline ByteBlock choose(Mask mask_a, ByteBlock a, Mask mask_b, ByteBlock b, Byte
 
 // The bytes moved on or back by one place, with a zero at the end that becomes free.
 inline ByteBlock moved_on(ByteBlock bytes) {
-#ifdef __AVX2__
+#if defined(__AVX2__) || !defined(__SIZEOF_INT128__)
     return [=]<size_t... places>(std::index_sequence<places...>) {
         return __builtin_shufflevector(ByteBlock{}, bytes, (kBlockSize - 1 + places)...);
     }
@@ -211,7 +219,7 @@ inline ByteBlock moved_on(ByteBlock bytes) {
 #endif
 }
 inline ByteBlock moved_back(ByteBlock bytes) {
-#ifdef __AVX2__
+#if defined(__AVX2__) || !defined(__SIZEOF_INT128__)
     return [=]<size_t... places>(std::index_sequence<places...>) {
         return __builtin_shufflevector(bytes, ByteBlock{}, (1 + places)...);
     }
