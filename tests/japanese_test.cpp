@@ -155,10 +155,12 @@ TEST(Estimators, SaturateBeyondTheLargestNumber) {
         int (*length)(const char*);
         int growth;
     };
-    for (const auto& [name, length, growth] : {Form{"eucLength", eucLength, 1},
-                                               {"euchLength", euchLength, 2},
-                                               {"shiftLength", shiftLength, -2},
-                                               {"big5Length", big5Length, -2}}) {
+    for (const auto& [name, length, growth] :
+         {Form{"eucLength", eucLength, 1},
+          {"euchLength", euchLength, 2},
+          {"shiftLength", shiftLength, -2},
+          {"big5Length", big5Length, -2},
+          {"MaxStringLengthOnWinAndUnix", MaxStringLengthOnWinAndUnix, 0}}) {
         const auto fits = static_cast<size_t>(long{INT_MAX} - growth);
         EXPECT_EQ(length(text.last(fits - 1)), INT_MAX - 1) << name;
         EXPECT_EQ(length(text.last(fits + 1)), INT_MAX) << name;

@@ -167,6 +167,7 @@ private:
 };
 
 template <class Direction>
+// NOLINTNEXTLINE(readability-non-const-parameter): a kernel has this type.
 Converted walk(Source source, Byte* out) {
     return Walk<Direction>(source, out).walk();
 }

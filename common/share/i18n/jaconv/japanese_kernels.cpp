@@ -410,10 +410,7 @@ public:
                 if (ends == 0) {
                     start += kWindow;
                     if (run < start - kWindow) {
-                        pairs
-                            ? take_windows(is_pair_byte, kAllOfWindow,
-                                           [this](ByteBlock bytes) { return convert_pairs(bytes); })
-                            : take_windows(is_escape, 0, std::identity());
+                        take_long_run(pairs);
                         start = source_.next;
                     }
                     break;
@@ -463,6 +460,13 @@ private:
             source_.next += kWindow;
             out_ += kWindow;
         }
+    }
+    void take_long_run(bool pairs) {
+        if (pairs)
+            take_windows(is_pair_byte, kAllOfWindow,
+                         [this](ByteBlock bytes) { return convert_pairs(bytes); });
+        else
+            take_windows(is_escape, 0, std::identity());
     }
     // Takes the last bytes of a run, less than a window. With a whole block before them, the last
     // ones go by a block that begins there.

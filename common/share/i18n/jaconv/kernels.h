@@ -354,15 +354,17 @@ ZVUTIL_WIDEST_INLINE Byte* put_kept(Byte* out, const ByteBlock& bytes, Mask kept
 #endif
 }
 
-// Writes all bytes, with another one before each that a mask marks.
-inline Byte* put_marked(Byte* out, ByteBlock bytes, Mask marked, Byte mark) {
-    const auto interleave =
-        []<size_t... places>(ByteBlock a, ByteBlock b, std::index_sequence<places...>) {
-        return std::array{
-            ByteBlock(__builtin_shufflevector(a, b, (places % 2 * kBlockSize + places / 2)...)),
+// The bytes of two blocks by turns.
+template <size_t... places>
+inline std::array<ByteBlock, 2> interleave(ByteBlock a, ByteBlock b,
+                                           std::index_sequence<places...>) {
+    return {ByteBlock(__builtin_shufflevector(a, b, (places % 2 * kBlockSize + places / 2)...)),
             ByteBlock(__builtin_shufflevector(
                 a, b, (places % 2 * kBlockSize + places / 2 + kBlockSize / 2)...))};
-    };
+}
+
+// Writes all bytes, with another one before each that a mask marks.
+inline Byte* put_marked(Byte* out, ByteBlock bytes, Mask marked, Byte mark) {
     constexpr std::make_index_sequence<kBlockSize> kPlaces;
     const auto both = interleave(ByteBlock{} + mark, bytes, kPlaces);
     const auto kept = interleave(spread(marked), ~ByteBlock{}, kPlaces);
@@ -421,6 +423,7 @@ inline LongMask find_in(const std::array<ByteBlock, Blocks>& blocks, Find find) 
 
 // The first bits of a long mask; one at least.
 constexpr LongMask first_long_bits(size_t count) {
+    // NOLINTNEXTLINE(clang-analyzer-core.UndefinedBinaryOperatorResult): so it is never by 64.
     return ~LongMask{} >> (64 - count);
 }
 

@@ -19,7 +19,7 @@ using zv::Byte;
 
 constexpr size_t kBlockSize = 21000;
 constexpr size_t kReadSize = 16 * kBlockSize;
-constexpr size_t kWriteSize = 256 * 1024;
+constexpr size_t kWriteSize = size_t{256} * 1024;
 
 // An open file, read and written by many blocks at once.
 class File {
