@@ -159,7 +159,7 @@ private:
         size_t taken = length;
         if (malformed != 0) [[unlikely]] {
             taken = count_before(malformed);
-            taken -= walk.behind_leads() >> taken & 1;
+            taken -= static_cast<size_t>(walk.behind_leads() >> taken & 1);
         } else if ((walk.leads() >> (length - 1) & 1) != 0) {
             taken = length - 1;
         }
