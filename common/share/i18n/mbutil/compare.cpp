@@ -26,14 +26,21 @@ struct Step {
     size_t length;
 };
 
+// What a comparison asks of a code set. Only the walk over equal blocks is made for each: by
+// characters, a comparison goes no further than they differ.
+struct Characters {
+    int (*step)(const Byte*);
+    int (*announced)(Byte);
+    size_t (*skip_equal_blocks)(const Byte*, const Byte*, size_t);
+};
+
 // By length first, then as signed bytes; characters of one byte in lower case.
-template <class Scanner>
 struct IgnoringCase {
-    static constexpr int end(Byte a, Byte b) { return order_of(a != 0, b != 0); }
+    static int end(Byte a, Byte b) { return order_of(a != 0, b != 0); }
 
     Step operator()(const Byte* a, const Byte* b) const {
-        const int length = zv::step<Scanner>(a);
-        int order = order_of(length, zv::step<Scanner>(b));
+        const int length = characters.step(a);
+        int order = order_of(length, characters.step(b));
         if (length == 1 && order == 0)
             order = order_of_singles(*a, *b);
         for (int i = 0; i < length && length > 1 && order == 0; ++i)
@@ -46,16 +53,16 @@ struct IgnoringCase {
                    : order_as_signed(static_cast<Byte>(lower(a)), static_cast<Byte>(lower(b)));
     }
 
+    Characters characters;
     zv::LetterCase lower = zv::LetterCase::lower();
 };
 
 // As far as the first byte of the one announces, whatever trail bytes it has.
-template <class Scanner>
 struct AsAnnounced {
     int end(Byte a, Byte b) const { return a != 0 ? 1 : fold && b != 0 ? -1 : 0; }
 
     Step operator()(const Byte* a, const Byte* b) const {
-        const int announced = Scanner::announced(*a);
+        const int announced = characters.announced(*a);
         if (announced <= 1)
             return {order_of_singles(*a, *b), 1};
         size_t length = 0;
@@ -66,6 +73,7 @@ struct AsAnnounced {
 
     int order_of_singles(Byte a, Byte b) const { return fold ? lower(a) - lower(b) : a - b; }
 
+    Characters characters;
     bool fold; // characters of one byte into lower case
     zv::LetterCase lower = zv::LetterCase::lower();
 };
@@ -91,9 +99,18 @@ size_t skip_equal_blocks(const Byte* a, const Byte* b, size_t n) {
     return offset - walk.carried();
 }
 
+Characters current_characters() {
+    return zv::with_current_scanner([](auto scanner) {
+        using Scanner = decltype(scanner);
+        return Characters{zv::step<Scanner>, Scanner::announced, skip_equal_blocks<Scanner>};
+    });
+}
+
 // Compares the characters that begin before n.
-template <class Scanner, class Rule>
-int compare(const Byte* a, const Byte* b, size_t n, Rule rule) {
+template <class Rule>
+int compare(const char* s, const char* t, size_t n, const Rule& rule) {
+    const Byte* const a = zv::as_bytes(s);
+    const Byte* const b = zv::as_bytes(t);
     constexpr size_t kByRule = 4; // words that differ in case are short
     size_t at = 0;
     size_t common = 0; // so much is known to be there of both
@@ -106,7 +123,7 @@ int compare(const Byte* a, const Byte* b, size_t n, Rule rule) {
         }
         by_rule = std::min(2 * by_rule, 16 * kByRule);
         if (common >= at + zv::kBlockSize) {
-            const size_t equal = skip_equal_blocks<Scanner>(a + at, b + at, common - at);
+            const size_t equal = rule.characters.skip_equal_blocks(a + at, b + at, common - at);
             at += equal;
             if (equal >= zv::kBlockSize)
                 by_rule = kByRule;
@@ -131,10 +148,7 @@ int compare(const Byte* a, const Byte* b, size_t n, Rule rule) {
 int compare_as_announced(const char* a, const char* b, unsigned n, bool fold) {
     if (a == nullptr || b == nullptr)
         return 0;
-    return zv::with_current_scanner([&](auto scanner) {
-        using Scanner = decltype(scanner);
-        return compare<Scanner>(zv::as_bytes(a), zv::as_bytes(b), n, AsAnnounced<Scanner>{fold});
-    });
+    return compare(a, b, n, AsAnnounced{current_characters(), fold});
 }
 
 } // namespace
@@ -144,11 +158,7 @@ int mbstricmp(const char* a, const char* b) {
         return strcasecmp(a, b);
     if (a == nullptr || b == nullptr)
         return 0;
-    return zv::with_current_scanner([&](auto scanner) {
-        using Scanner = decltype(scanner);
-        return compare<Scanner>(zv::as_bytes(a), zv::as_bytes(b), SIZE_MAX,
-                                IgnoringCase<Scanner>());
-    });
+    return compare(a, b, SIZE_MAX, IgnoringCase{current_characters()});
 }
 
 int mbstrnicmp(const char* a, const char* b, unsigned n) {

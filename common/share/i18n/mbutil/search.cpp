@@ -166,12 +166,29 @@ const Byte* find_string(const Byte* hay, const Byte* needle, Occurrence which) {
     return found;
 }
 
+// What the search for a set asks of a code set.
+struct Characters {
+    int length_at(const Byte* p) const { return *p < 0x80 ? 1 : step(p); }
+
+    int longest;
+    int (*step)(const Byte*);
+    bool (*always_begin)(Byte);
+    const Byte* (*find_in_part)(const Byte*&, const Byte*&, const Wanted&, Accepts, size_t);
+};
+
+Characters current_characters() {
+    return with_current_scanner([](auto scanner) {
+        using Scanner = decltype(scanner);
+        return Characters{Scanner::kLongest, step<Scanner>, always_begins_character<Scanner>,
+                          find_in_part<Scanner>};
+    });
+}
+
 // The length of the member of the set that stands at p, 0 when none does. A member that is a
 // malformed byte matches by that byte alone.
-template <class Scanner>
-[[gnu::noinline]] size_t match_at(const Byte* p, const Byte* set) {
+size_t match_at(const Byte* p, const Byte* set, const Characters& characters) {
     for (int length; *set != 0; set += length) {
-        length = step<Scanner>(set);
+        length = characters.length_at(set);
         int i = 0;
         while (i < length && p[i] == set[i])
             ++i;
@@ -182,16 +199,16 @@ template <class Scanner>
 }
 
 // The members of a large set, a bit for each character that there can be.
-template <class Scanner>
+template <bool HasPlanes>
 class Members {
 public:
-    explicit Members(const Byte* set) {
+    Members(const Byte* set, const Characters& characters) : characters_(characters) {
         for (int length; *set != 0; set += length) {
-            length = step<Scanner>(set);
+            length = characters.length_at(set);
             all_[number(set, length)] = true;
         }
     }
-    bool has(const Byte* p) const { return all_[*p] || all_[number(p, step<Scanner>(p))]; }
+    bool has(const Byte* p) const { return all_[*p] || all_[number(p, characters_.length_at(p))]; }
 
 private:
     static constexpr size_t kPairs = 0x10000;
@@ -212,37 +229,39 @@ private:
         }
     }
 
-    std::bitset<kPairs + (Scanner::kLongest == 4 ? kPlanes * kRow * kRow : 0)> all_;
+    const Characters& characters_;
+    std::bitset<kPairs + (HasPlanes ? kPlanes * kRow * kRow : 0)> all_;
 };
 
 // The first character that is wanted and accepted, or the terminator.
-template <class Scanner>
-[[gnu::noinline]] const Byte* find_member(const Byte* s, const Wanted& wanted, Accepts accepts) {
+const Byte* find_member(const Byte* s, const Wanted& wanted, Accepts accepts,
+                        const Characters& characters) {
     const Byte* known = s;
     for (size_t part = kPart / 16; *s != 0; part = std::min(4 * part, kPart)) {
-        if (const Byte* const p = find_in_part<Scanner>(known, s, wanted, accepts, part))
+        if (const Byte* const p = characters.find_in_part(known, s, wanted, accepts, part))
             return p;
     }
     return s;
 }
 
-template <class Scanner>
-[[gnu::noinline]] SetMatch find_in_large_set(const Byte* s, const Byte* set, const Wanted& wanted) {
-    const Members<Scanner> members(set);
+template <bool HasPlanes>
+[[gnu::noinline]] SetMatch find_in_large_set(const Byte* s, const Byte* set, const Wanted& wanted,
+                                             const Characters& characters) {
+    const Members<HasPlanes> members(set, characters);
     const auto is_member = [&](const Byte* p) { return members.has(p); };
-    const Byte* const p = find_member<Scanner>(s, wanted, Accepts(is_member));
-    return {static_cast<size_t>(p - s), match_at<Scanner>(p, set)};
+    const Byte* const p = find_member(s, wanted, Accepts(is_member), characters);
+    return {static_cast<size_t>(p - s), match_at(p, set, characters)};
 }
 
-template <class Scanner>
 SetMatch find_in_set(const Byte* s, const Byte* set) {
     constexpr int kLarge = 16;
+    const Characters characters = current_characters();
     Wanted wanted;
     int members = 0;
     bool c_library_serves = true;
     for (const Byte* member = set; *member != 0; ++members) {
-        const auto length = static_cast<size_t>(step<Scanner>(member));
-        c_library_serves &= length == 1 && always_begins_character<Scanner>(*member);
+        const auto length = static_cast<size_t>(characters.length_at(member));
+        c_library_serves &= length == 1 && characters.always_begin(*member);
         wanted.add(member, length);
         member += length;
     }
@@ -251,13 +270,14 @@ SetMatch find_in_set(const Byte* s, const Byte* set) {
         return {offset, s[offset] != 0};
     }
     if (members > kLarge)
-        return find_in_large_set<Scanner>(s, set, wanted);
+        return characters.longest == 4 ? find_in_large_set<true>(s, set, wanted, characters)
+                                       : find_in_large_set<false>(s, set, wanted, characters);
     size_t length = 0;
     const auto is_member = [&](const Byte* p) {
-        length = match_at<Scanner>(p, set);
+        length = match_at(p, set, characters);
         return length != 0;
     };
-    const Byte* const p = find_member<Scanner>(s, wanted, Accepts(is_member));
+    const Byte* const p = find_member(s, wanted, Accepts(is_member), characters);
     return {static_cast<size_t>(p - s), length};
 }
 
@@ -268,8 +288,7 @@ char* find_string(const char* hay, const char* needle, Occurrence which) {
 } // namespace
 
 SetMatch find_in_set(const char* s, const char* set) {
-    return with_current_scanner(
-        [&](auto scanner) { return find_in_set<decltype(scanner)>(as_bytes(s), as_bytes(set)); });
+    return find_in_set(as_bytes(s), as_bytes(set));
 }
 
 } // namespace zv

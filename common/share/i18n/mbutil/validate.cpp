@@ -18,10 +18,6 @@ bool passes_no_lower(Byte byte) {
 bool passes_no_upper(Byte byte) {
     return std::isupper(byte) == 0;
 }
-struct PassesAlways {
-    bool operator()(Byte) const { return true; }
-};
-
 template <class Scanner>
 const Byte* skip_well_formed_part(const Byte* p) {
     constexpr size_t kWide = 128; // what wide blocks leave over costs more
@@ -30,25 +26,21 @@ const Byte* skip_well_formed_part(const Byte* p) {
                                                     : zv::skip_well_formed<Scanner>(p, left);
 }
 
-// Whether every character is well formed and every one-byte character passes; the position of the
-// first that is not goes to badpos.
-template <class Passes>
-int validate(const char* s, unsigned* badpos, int code_set, Passes passes) {
+// Whether every character is well formed; the position of the first that is not goes to badpos.
+int validate(const char* s, unsigned* badpos, int code_set) {
     return zv::with_scanner(code_set, [&](auto scanner) {
         using Scanner = decltype(scanner);
         const Byte* text = zv::as_bytes(s);
         for (const Byte* p = text;;) {
-            if constexpr (std::is_same_v<Passes, PassesAlways>) {
-                const Byte* const before = p;
-                p = skip_well_formed_part<Scanner>(p);
-                if (p - before >= static_cast<ptrdiff_t>(zv::kPart / 2))
-                    continue;
-            }
+            const Byte* const before = p;
+            p = skip_well_formed_part<Scanner>(p);
+            if (p - before >= static_cast<ptrdiff_t>(zv::kPart / 2))
+                continue;
             for (size_t n = 0; n < zv::kBlockSize; ++n) {
                 if (*p == 0)
                     return 1;
                 const int length = zv::scan<Scanner>(p, Scanner::kLongest);
-                if (length < 1 || (length == 1 && !passes(*p))) {
+                if (length < 1) {
                     *badpos = static_cast<unsigned>(p - text);
                     return 0;
                 }
@@ -56,6 +48,20 @@ int validate(const char* s, unsigned* badpos, int code_set, Passes passes) {
             }
         }
     });
+}
+
+// The same where every one-byte character is to pass a check too.
+int validate_checked(const char* s, unsigned* badpos, bool (*passes)(Byte)) {
+    const auto longest = static_cast<unsigned>(mbmaxcharlen());
+    for (const char* p = s; *p != 0;) {
+        const int length = mb_mblen(p, longest);
+        if (length < 1 || (length == 1 && !passes(static_cast<Byte>(*p)))) {
+            *badpos = static_cast<unsigned>(p - s);
+            return 0;
+        }
+        p += length;
+    }
+    return 1;
 }
 
 template <class Passes>
@@ -87,7 +93,7 @@ int mbvalidatestring(const char* s, unsigned* badpos, int code_set) {
         return 1;
     if (s == nullptr || badpos == nullptr)
         return 0;
-    return validate(s, badpos, code_set, PassesAlways());
+    return validate(s, badpos, code_set);
 }
 
 int mbvalidatestringtype(const char* s, unsigned* badpos, int check) {
@@ -96,15 +102,14 @@ int mbvalidatestringtype(const char* s, unsigned* badpos, int check) {
         return 0;
     if (!zv::current_is_multibyte())
         return validate_single_byte(s, check);
-    const int code_set = zv::current_code_set();
     switch (check) {
     case ZV_CHECK_PRINTABLE:
-        return validate(s, badpos, code_set, passes_printable);
+        return validate_checked(s, badpos, passes_printable);
     case ZV_CHECK_NO_LOWER:
-        return validate(s, badpos, code_set, passes_no_lower);
+        return validate_checked(s, badpos, passes_no_lower);
     case ZV_CHECK_NO_UPPER:
-        return validate(s, badpos, code_set, passes_no_upper);
+        return validate_checked(s, badpos, passes_no_upper);
     default:
-        return validate(s, badpos, code_set, PassesAlways());
+        return validate(s, badpos, zv::current_code_set());
     }
 }
