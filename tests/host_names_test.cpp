@@ -58,8 +58,6 @@ protected:
         if (!test::enter_private_host("alpha", hosts + odd + "\n"))
             GTEST_SKIP() << "a private host is refused";
     }
-    // Together with the domain of alpha 64 and 65 bytes.
-    const std::string fits = std::string(53, 'f'), too_long = std::string(54, 't');
 };
 
 TEST_F(HostNames, OnlyAFailedLookUpIsReported) {
@@ -97,18 +95,16 @@ TEST_F(HostNames, ServersTakeTheMachinesDomain) {
     InitHostnameNoDomain();
     EXPECT_EQ(name_by([](char* out) { return OSGetHostnameNoDomain(out), 1; }), "delta");
     EXPECT_EQ(name_by(OSGetHostnameWithDomain), "alpha.beta.gamma");
-    for (const std::string& name : {std::string("srv"), std::string("srv.x"), fits, too_long}) {
-        configure(name);
-        EXPECT_EQ(full_name(), name == too_long ? "!" + name : name + ".beta.gamma");
-        EXPECT_EQ(short_name(), name);
-    }
+    configure("srv.x");
+    EXPECT_EQ(full_name(), "srv.x.beta.gamma");
+    EXPECT_EQ(short_name(), "srv.x");
     memset(serverNameFromConfig, 'u', 65);
     EXPECT_EQ(full_name(), "!" + std::string(64, 'u')) << "unterminated";
 }
 
 TEST_F(HostNames, SomeDesignateThisServer) {
-    const char* const names[] = {"Listed", "*", "$listed", "\x83\x41"};
-    const NameList list = {4, names}, empty = {0, names};
+    const char* const names[] = {"Listed", "*", "$listed"};
+    const NameList list = {3, names}, empty = {0, names};
     configure("srv");
     for (const char* name : {"@", "ALPHA.beta.gamma", "Alpha", "mirror", "SRV", "srv.Beta.gamma"})
         EXPECT_EQ(IsCurrentServerName(name, &list), 1) << name;
@@ -118,21 +114,12 @@ TEST_F(HostNames, SomeDesignateThisServer) {
     EXPECT_EQ(IsCurrentServerName("listed", &list), 1);
     EXPECT_EQ(IsCurrentServerName("listed", &empty), 0);
     EXPECT_EQ(IsCurrentServerName("listed", nullptr), 0);
-    EXPECT_EQ(OSCheckHostnameUsingAlias("mirror", "Alpha.beta.GAMMA"), 0)
-        << "another is configured";
-    EXPECT_EQ(OSCheckHostnameUsingAlias("mirror", nullptr), 1);
-    configure("");
-    EXPECT_EQ(OSCheckHostnameUsingAlias("mirror", "Alpha.beta.GAMMA"), 1);
-    EXPECT_EQ(OSCheckHostnameUsingAlias("mirror", "mirror"), 0);
     configure("SRV-I\xDC"); // with a capital U umlaut
     EXPECT_EQ(IsCurrentServerName("SRV-I\xFC", nullptr), 0) << "no letter without a locale";
     setenv("LOCPATH", ZVUTIL_TEST_LOCALES, 1);
     ASSERT_NE(setlocale(LC_ALL, "tr_TR.ISO8859-9"), nullptr);
     EXPECT_EQ(IsCurrentServerName("srv-i\xFC", nullptr), 1) << "though there i is not I's";
     EXPECT_EQ(IsCurrentServerName("srv-i\xFB", nullptr), 0);
-    InitMbutilExt(ZV_SJIS);
-    EXPECT_EQ(IsCurrentServerName("\x83\x41", &list), 1);
-    EXPECT_EQ(IsCurrentServerName("\x83\x61", &list), 0) << "a trail byte has no case";
 }
 
 TEST(LookUps, GiveWhatTheResolverFoundOrWhyNot) {
