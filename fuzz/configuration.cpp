@@ -1,6 +1,4 @@
-// The server configuration file, whatever it holds, and what else takes lines, names and patterns.
-#include <fnmatch.h>
-
+// The server configuration file, whatever it holds, and what else takes lines and names.
 #include "input.h"
 #include "osutils.h"
 #include "support/folder.h"
@@ -63,18 +61,6 @@ void check_append(const std::string& path, const std::string& file, const std::s
     same(test::content(path), file + line + "\n", "OSAppendLineToFile");
 }
 
-// Of some files those whose names match go, whatever the pattern is.
-void check_sweep(const test::Folder& folder, const std::string& pattern) {
-    static const std::string directory = folder / "swept";
-    std::filesystem::create_directory(directory);
-    const char* const names[] = {"a", "b.tmp", ".c", "key", "[x]"};
-    for (const char* name : names) test::write_file(directory + "/" + name, "");
-    same(OSRemoveFiles(directory.c_str(), fuzz::Text(pattern).data()), 1, "OSRemoveFiles");
-    for (const char* name : names)
-        same(OSFileExists((directory + "/" + name).c_str()), fnmatch(pattern.c_str(), name, 0) != 0,
-             "OSRemoveFiles");
-}
-
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
@@ -82,7 +68,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     static const std::string directory = folder / "", path = folder / "zv.conf";
     fuzz::Input input(data, size);
     const std::string deep(input.below(256) + input.below(9), 'd');
-    const bool sweeps = deep.size() % 8 == 0; // which takes many calls of the system
     check_directory(deep);
     setenv("ZVCONFIGDIR", directory.c_str(), 1);
     const std::string key = input.text(), file = input.rest();
@@ -98,7 +83,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         same(OSFindLineInFile(path.c_str(), fuzz::Text(text).data()), model_of_search(file, text),
              "OSFindLineInFile");
     check_filename(deep, key);
-    if (sweeps) check_sweep(folder, key);
     check_append(path, file, key);
     if (key.empty()) return 0;
     fuzz::Text name(key);

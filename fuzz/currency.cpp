@@ -1,10 +1,37 @@
 // Currency lists: any text gives what the model reads, and what was read survives being written.
+#include <climits>
+#include <vector>
+
 #include "input.h"
-#include "models/currency_model.h"
+#include "mbutil.h"
+#include "zvosutil.h"
 
 using fuzz::same;
 
 namespace {
+
+struct LoadedCurrencies {
+    int result;
+    std::vector<std::pair<std::string, int>> records;
+    bool operator==(const LoadedCurrencies&) const = default;
+};
+const LoadedCurrencies kMalformed = {ZV_CURRENCY_MALFORMED, {}};
+
+// The same from the text cut at every separator that begins a character.
+LoadedCurrencies model(const std::string& text) {
+    std::vector<std::string> fields;
+    for (size_t i = 0, begin = 0; i < text.size(); i += size_t(mbbytesinchar(&text[i])))
+        if (text[i] == '\\') fields.push_back(text.substr(begin, i - begin)), begin = i + 1;
+    const long long count = fields.empty() ? -1 : atoll(fields[0].c_str());
+    if (count < 0 || count >= (std::ssize(fields) + 1) / 2) return kMalformed;
+    LoadedCurrencies loaded = {0, {}};
+    for (size_t i = 1; i <= 2 * size_t(count); i += 2) {
+        const long long value = atoll(fields[i + 1].c_str());
+        if (fields[i].size() > 3 || value < INT_MIN || value > INT_MAX) return kMalformed;
+        loaded.records.emplace_back(fields[i], value);
+    }
+    return loaded;
+}
 
 struct Loaded : CurrencyDetailList {
     explicit Loaded(const std::string& text, bool without_memory = false) {
@@ -16,8 +43,8 @@ struct Loaded : CurrencyDetailList {
             same(status, ZV_CURRENCY_NO_MEMORY, "without memory"), same(count, 0, "no records");
     }
     ~Loaded() { free(details); }
-    test::LoadedCurrencies records() const {
-        test::LoadedCurrencies all = {status, {}};
+    LoadedCurrencies records() const {
+        LoadedCurrencies all = {status, {}};
         for (uint32_t i = 0; i < count; ++i) {
             fuzz::require(details[i].code[3] == '\0', "codes are terminated");
             all.records.emplace_back(details[i].code, details[i].value);
@@ -38,9 +65,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const unsigned missing = input.byte() % 8;
     const std::string text = input.text();
     Loaded list(text);
-    const test::LoadedCurrencies read = list.records();
+    const LoadedCurrencies read = list.records();
     same(list.details != nullptr, list.count != 0, "an empty list is no memory");
-    fuzz::require(read == test::currency_model(text), "LoadCurrencyDetailList");
+    fuzz::require(read == model(text), "LoadCurrencyDetailList");
     const Loaded poor(text, true);
     if (list.status != 0) return 0;
 
@@ -60,7 +87,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     same(ZVCurrencyDetailListToText(nullptr, &position, room, buffer.data()), 0, "no list");
     same(std::string(buffer.data(), room), std::string(room, '\0'), "no list");
     // A code cut out of malformed text may swallow its separator when it stands by itself.
-    if (fits) fuzz::require(Loaded(plain).records() == test::currency_model(plain), "read again");
+    if (fits) fuzz::require(Loaded(plain).records() == model(plain), "read again");
     if (list.count == 0) return 0;
     memcpy(list.details[list.count - 1].code, "CODE", 4);
     position = start;

@@ -47,6 +47,16 @@ private:
     std::string_view left_;
 };
 
+// A text as often as it takes to reach a size at which the library might begin to look anew.
+inline std::string repeated(const std::string& s, size_t choice) {
+    static constexpr size_t kSizes[] = {1023, 1024, 1025, 1026,  2048,  4097,  5424,
+                                        5440, 5456, 5472, 16383, 16385, 22000, 50000};
+    const size_t size = kSizes[choice % std::size(kSizes)] - choice / std::size(kSizes) % 16;
+    std::string all;
+    while (all.size() < size && !s.empty()) all += s.substr(0, size - all.size());
+    return all;
+}
+
 void print(const char* label, const auto& value) {
     std::fputs(label, stderr);
     if constexpr (std::is_integral_v<std::remove_cvref_t<decltype(value)>>)

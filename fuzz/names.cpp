@@ -103,12 +103,6 @@ void check_hosts(fuzz::Input& input) {
 // What the current code set's text becomes on its way to another one.
 void check_forms(int current, const std::string& text) {
     const auto room = 9 * text.size() + 9;
-    for (const int to : {ZV_JIS, ZV_EUC, ZV_SJIS, ZV_BIG5, ZV_EUC_H}) {
-        std::string expected(room, '\0'), actual(room, '\0');
-        convertStrExt(text.c_str(), current, expected.data(), to);
-        same(mbconvertnativestring(actual.data(), text.c_str(), to), 1, "mbconvertnativestring");
-        same(actual, expected, "mbconvertnativestring");
-    }
     const bool grows = current == ZV_SJIS || current == ZV_BIG5;
     std::string other_form(room, '\0');
     convertStrExt(text.c_str(), current, other_form.data(), current == ZV_SJIS ? ZV_EUC : ZV_EUC_H);
@@ -136,15 +130,6 @@ void check_locale(const std::string& locale) {
     same(mbGetCodeSet(page.c_str()) == ZV_WESTERN, page == "WESTERN" || page == "UTF8", "page");
 }
 
-// The ten digits come first and follow each other in every code set.
-void check_digits(const MbToSbNumber* table, const char* zero) {
-    for (int i = 0; i < 10; ++i) {
-        const std::string digit = {zero[0], static_cast<char>(zero[1] + i)};
-        same(std::string(reinterpret_cast<const char*>(table[i].mb)), digit, "full-width digit");
-        same(table[i].sb, '0' + i, "ASCII digit");
-    }
-}
-
 // A character that the table has becomes one byte, all others stay.
 std::string model_of_numbers(const std::string& text, const MbToSbNumber* row) {
     std::string out;
@@ -164,17 +149,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const struct {
         int code_set;
         const MbToSbNumber* rows;
-        const char* zero;
-    } tables[] = {{ZV_SJIS, Mb2SbNumberTableInSJIS, "\x82\x4F"},
-                  {ZV_EUC, Mb2SbNumberTableInEUC, "\xA3\xB0"},
-                  {ZV_GB, Mb2SbNumberTableInGB, "\xA3\xB0"},
-                  {ZV_KSC_5601_92, Mb2SbNumberTableInKSC92, "\xA3\xB0"},
-                  {ZV_BIG5, Mb2SbNumberTableInBIG5, "\xA2\xAF"},
-                  {ZV_EUC_H, Mb2SbNumberTableInEUC_H, "\xA2\xAF"}};
+    } tables[] = {{ZV_SJIS, Mb2SbNumberTableInSJIS}, {ZV_EUC, Mb2SbNumberTableInEUC},
+                  {ZV_GB, Mb2SbNumberTableInGB},     {ZV_KSC_5601_92, Mb2SbNumberTableInKSC92},
+                  {ZV_BIG5, Mb2SbNumberTableInBIG5}, {ZV_EUC_H, Mb2SbNumberTableInEUC_H}};
     fuzz::Input input(data, size);
     const auto& table = input.one_of(tables);
     InitMbutilExt(table.code_set);
-    check_digits(table.rows, table.zero);
     check_locale(input.text());
     const std::string text = input.text();
     same(convert_in_room(ConvertMBNumberToSBNumber, text, text.size() + 1, "numbers"),

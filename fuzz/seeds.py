@@ -38,7 +38,7 @@ seeds = {
         for text in (source, katakana, mixed, b"x" * 70 + source[:40])
     ],
     "chinese": [*chinese, mixed, b"\xC9\x4A\xDD\xFC\xA3\xE1\xF9\xFE\xA1\x30", b"\x8E\xA1\xA1\xA1"],
-    "code_pages": [bytes([pair]) + text for pair in (0, 1) for text in (*single, bytes(range(1, 256)))],
+    "code_pages": [bytes([pair]) + text for pair in range(4) for text in (*single, bytes(range(1, 256)))],
     "detection": [*japanese, b"\xB0\xE0\xE1\xFEz", b"\xB0\xE0\xE1 z\xF1", b"\x8E\xB1z", b"\x1B$(x"],
     "mail": [
         bytes([code_set, mail, room, 11]) + text

@@ -23,16 +23,6 @@ static void check_scanners(const std::string& s, unsigned n) {
     }
 }
 
-// As often as it takes to reach a size at which the library might begin to look anew.
-static std::string repeated(const std::string& s, size_t choice) {
-    static constexpr size_t kSizes[] = {1023, 1024, 1025, 1026,  2048,  4097,  5424,
-                                        5440, 5456, 5472, 16383, 16385, 22000, 50000};
-    const size_t size = kSizes[choice % std::size(kSizes)] - choice / std::size(kSizes) % 16;
-    std::string all;
-    while (all.size() < size && !s.empty()) all += s.substr(0, size - all.size());
-    return all;
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     fuzz::Input input(data, size);
     const int code_set = input.one_of(test::kCodeSets);
@@ -41,7 +31,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     std::string s = input.text(), part = input.text();
     InitMbutilExt(code_set);
     check_scanners(s, n);
-    if (shape % 50 == 49) s = repeated(s, s.size() + part.size());
+    if (shape % 50 == 49) s = fuzz::repeated(s, s.size() + part.size());
     if (shape % 7 == 6) // no ASCII
         for (char& c : s) c |= '\x80';
     if (shape % 3 == 2 && !s.empty()) {

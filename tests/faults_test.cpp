@@ -9,7 +9,6 @@
 #include "mbutil.h"
 #include "osutils.h"
 #include "support/folder.h"
-#include "support/texts.h"
 
 namespace {
 

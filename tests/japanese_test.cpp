@@ -4,7 +4,6 @@
 
 #include <climits>
 #include <map>
-#include <random>
 
 #include "jaconv.h"
 #include "mbutil.h"
@@ -36,47 +35,6 @@ TEST(JapaneseConverters, AgreeWithIconvOverTheWholeRepertoire) {
         const size_t room = direction.growth * text.size() + direction.extra;
         EXPECT_EQ(test::convert_guarded(direction.convert, text, room), forms[direction.to])
             << direction.name;
-    }
-}
-
-// Runs of every kind and length, with something malformed now and then.
-std::string mixed_text(int code_set, size_t size, unsigned seed) {
-    const std::string codes[] = {"\xB0\xA1\xF4\xA6", "\x88\x9F\xE0\x5C\x8A\x9E", "0!{~"};
-    const std::string katakana[] = {"\x8E\xB1\x8E\xDF", "\xB1\xDF", "\x1B(I1"};
-    const std::string bad[] = {"\x8F\x8E", "\x81\x20\xF0", "\x1B$@0!\x1BH"};
-    const size_t form = code_set == ZV_EUC ? 0 : code_set == ZV_SJIS ? 1 : 2;
-    std::minstd_rand random(seed);
-    std::string text;
-    while (text.size() < size) {
-        const size_t kind = random() % 32, length = 2 * (random() % 40);
-        const std::string& unit = kind == 0 ? bad[form] : kind < 8 ? katakana[form] : codes[form];
-        const bool two_byte = form == 2 && kind >= 8;
-        std::string run = kind < 20 ? "" : std::string(random() % 9 + 1, 'a');
-        if (kind >= 28) run += '\n';
-        if (two_byte) run += "\x1B$B";
-        for (size_t i = 0; i < (kind == 0 ? 1 : length); i += 2)
-            run += unit.substr(i % unit.size() / 2 * 2, 2);
-        text += two_byte ? run + "\x1B(B" : run;
-    }
-    text.resize(size);
-    return text;
-}
-
-TEST(JapaneseConverters, LongTextsBeforeAnInaccessiblePage) {
-    for (const auto& direction : test::kJapanese) {
-        for (size_t size = 5440 - 32; size <= 22000; size += size == 5440 + 32 ? 22000 - size : 1) {
-            const std::string text = mixed_text(direction.from, size, unsigned(size));
-            const std::string model = test::japanese_model(direction, text);
-            ASSERT_EQ(test::convert_guarded(direction.convert, text, model.size() + 1), model)
-                << direction.name << " of " << size << " bytes";
-            test::GuardedText source(text);
-            if (direction.to == ZV_EUC && direction.from == ZV_SJIS) {
-                ASSERT_EQ(eucLength(source.data()), model.size()) << size;
-            }
-            if (direction.to == ZV_SJIS && direction.from == ZV_EUC) {
-                ASSERT_EQ(shiftLength(source.data()), model.size()) << size;
-            }
-        }
     }
 }
 

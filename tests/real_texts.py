@@ -9,7 +9,6 @@ import gzip
 import pathlib
 import subprocess
 import sys
-import tempfile
 
 import gi
 gi.require_version("GMime", "3.0")
@@ -130,34 +129,10 @@ def subjects(target, text):
     print(f"subjects of {target}: {len(lines)} lines, misread: {missed}")
 
 
-def machines(text):
-    """One stream over several processes gives what one gives."""
-    jis = iconv("UTF-8", "ISO-2022-JP", text.encode())
-    parts = run("parallel", "--will-cite", "--pipe", "--keep-order", "--block", "1M",
-                f"{ZVCONV} -f JIS -t EUC", text=jis).stdout
-    check(parts == zvconv("JIS", "EUC", jis).stdout, "parallel --pipe")
-
-
-def files(text):
-    """A tree converted there and back by several processes is what it was."""
-    with tempfile.TemporaryDirectory() as folder:
-        parts = [text[i:i + 20000].encode("euc-jp", "ignore") for i in range(0, 2000000, 20000)]
-        for i, part in enumerate(parts):
-            pathlib.Path(folder, f"{i}.txt").write_bytes(part)
-        for source, target in (("EUC", "UTF-8"), ("auto", "EUC")):
-            done = run(ZVCONV, "-f", source, "-t", target, "-ir", "-j3", "--no-sync", folder, text=b"")
-            check(done.returncode == 0, f"{source} to {target}: {done.stderr.decode()[:300]}")
-        for i, part in enumerate(parts):
-            check(pathlib.Path(folder, f"{i}.txt").read_bytes() == part, f"file {i} of a tree")
-
-
 for packages, encodings in PACKAGES.items():
     text = common("".join(texts(packages)), encodings.values())
     check(len(text) > 500000, f"little text in {packages}")
     compare_all(encodings, text)
     for target in [*encodings, "UTF-8"]:
         subjects(target, text[:3000000])
-    if "EUC" in encodings:
-        machines(text)
-        files(text)
 sys.exit(f"{failures} checks failed" if failures else 0)

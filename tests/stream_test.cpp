@@ -94,43 +94,6 @@ TEST(Stream, FailuresGiveTheirValuesAndErrno) {
     EXPECT_EQ(with(EBADF, ZVfgetc(stream)), -1) << "not readable, wherever it stands";
 }
 
-TEST(Stream, TheLastPositionIsReachedAndNeverPassed) {
-    const test::Folder folder;
-    const std::string path = folder / "file";
-    for (const char* mode : {"r+", "a+"}) {
-        test::write_file(path, "");
-        ASSERT_EQ(truncate(path.c_str(), INT_MAX - 3), 0);
-        const Stream stream = open_stream(path, mode);
-        EXPECT_EQ(ZVfseek(stream, 0, SEEK_END), 0) << mode;
-        EXPECT_EQ(ZVfputs("abcd", stream), -1) << mode;
-        EXPECT_EQ(ZVfputs("abc", stream), 3) << mode;
-        EXPECT_EQ(ZVftell(stream), INT_MAX) << mode;
-        EXPECT_EQ(ZVfputc('d', stream), -1) << mode;
-        EXPECT_EQ(ZVferror(stream), EOVERFLOW) << mode;
-        EXPECT_EQ(ZVfgetc(stream), -1) << mode;
-        EXPECT_EQ(ZVfeof(stream), 1) << mode;
-        EXPECT_EQ(ZVfseek(stream, -2, SEEK_CUR), 0) << mode;
-        EXPECT_EQ(ZVfgetc(stream), 'b') << mode;
-    }
-    for (const bool beyond : {false, true}) {
-        ASSERT_EQ(truncate(path.c_str(), long{INT_MAX} + beyond), 0);
-        const Stream stream = open_stream(path, "r");
-        char s[8];
-        for (const int count : {2, 3}) {
-            const bool passes = beyond && count == 3;
-            EXPECT_EQ(ZVfseek(stream, INT_MAX - 2, SEEK_SET), 0);
-            EXPECT_EQ(ZVfread(s, 1, size_t(count), stream), passes ? 0u : 2u) << beyond;
-            EXPECT_EQ(ZVftell(stream), passes ? INT_MAX - 2 : INT_MAX) << beyond << count;
-            EXPECT_EQ(ZVfeof(stream), !beyond && count == 3) << count;
-            EXPECT_EQ(ZVfseek(stream, INT_MAX - 2, SEEK_SET), 0);
-            EXPECT_EQ(ZVfgets(s, count + 1, stream), passes ? nullptr : s) << count;
-            EXPECT_EQ(ZVftell(stream), passes ? INT_MAX - 2 : INT_MAX) << beyond << count;
-        }
-        EXPECT_EQ(ZVferror(stream), beyond ? EOVERFLOW : 0);
-        EXPECT_EQ(ZVfseek(stream, 0, SEEK_END), beyond ? -1 : 0);
-    }
-}
-
 TEST(Stream, ClosedOnesAreNotOpen) {
     EXPECT_EQ(ZVfclose(ZVfopen("/dev/null", "r")), 0);
     EXPECT_EQ(test::last_released(), 0u) << "the mark of an open stream";

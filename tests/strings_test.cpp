@@ -8,7 +8,6 @@
 #include "models/character_rules.h"
 #include "models/strings_model.h"
 #include "support/guarded.h"
-#include "support/texts.h"
 
 namespace {
 

@@ -61,8 +61,9 @@ for prefix, row in prefixes:
     check(row, 3, written(zvutil.SetCodePage, prefix.encode(), None))
 with tempfile.TemporaryDirectory() as folder:
     # By their names some are other locales than they are.
-    for name in (*os.listdir(locales), "jpn", "UTF-8", "ja_JP.UTF-8"):
-        real = locales / name
+    names = {"jpn", "ja_JP.UTF-8", "RU", "ZH_TW", *(prefix for prefix, _ in prefixes if " " not in prefix)}
+    for name in names | set(os.listdir(locales)):
+        real = locales / {"zh.GBK": "zh_CN.GBK"}.get(name, name)
         (pathlib.Path(folder) / name).symlink_to(real if real.exists() else locales / "ja_JP.eucJP")
     os.environ["LOCPATH"] = folder
     for locale in (*sorted(os.listdir(folder)), "C.UTF-8"):

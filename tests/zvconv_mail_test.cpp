@@ -12,13 +12,10 @@ using test::Zvconv;
 using ZvconvMail = test::WithConverters;
 
 const struct {
-    const char *sample, *from, *to, *iconv, *library_to;
-} kSamples[] = {{"japanese.euc", "EUC", "EUC", "EUC-JP", "EUC"},
-                {"japanese.sjis", "SJIS", "JIS", "SJIS", "SJIS"},
-                {"japanese.jis", "JIS", "UTF-8", "ISO-2022-JP", nullptr},
-                {"chinese.big5", "BIG5", "EUC_H", "BIG5", nullptr},
-                {"russian.8859-5", "8859_5", "1251", "ISO-8859-5", "1251"},
-                {"polish.8859-2", "8859_2", "8859_2", "ISO-8859-2", "8859_2"}};
+    const char *sample, *from, *to;
+} kSamples[] = {{"japanese.euc", "EUC", "EUC"},       {"japanese.sjis", "SJIS", "JIS"},
+                {"japanese.jis", "JIS", "UTF-8"},     {"chinese.big5", "BIG5", "EUC_H"},
+                {"russian.8859-5", "8859_5", "1251"}, {"polish.8859-2", "8859_2", "8859_2"}};
 
 TEST_F(ZvconvMail, StandardSubjectsAreReadByAllAndDecodedAgain) {
     const Zvconv tool;
@@ -60,11 +57,6 @@ TEST_F(ZvconvMail, StandardSubjectsAreReadByAllAndDecodedAgain) {
                            tool.folder / "decoded"),
                   0);
         EXPECT_EQ(tool.read("stdout"), text) << c.sample;
-        // The library's own form of the same.
-        if (c.library_to == nullptr) continue;
-        tool.write("in", test::sample(c.sample));
-        EXPECT_EQ(tool.run(std::string("-s -o out in -f ") + c.from + " -t " + c.library_to), 0);
-        EXPECT_NE(tool.read("out").find("?=\n \t=?iso-"), std::string::npos) << c.sample;
     }
 }
 

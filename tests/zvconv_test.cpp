@@ -54,32 +54,25 @@ TEST(Zvconv, ConvertsTheSampleTextsAsIconvAndAMailProgramDo) {
                   test::iconv_text(c.iconv_from, "UTF-8", text))
             << c.sample;
     }
-}
-
-void convert_long_lines(const Zvconv& tool, std::initializer_list<std::string> encodings) {
-    std::string text;
-    for (int i = 0; i < 120000; ++i) text += i % 5 == 0 ? "a" : "\xB0\xA1\xC6\xFC";
-    for (const std::string padding : {"x", "xx", "xxx", "xxxx"}) {
-        tool.write("euc", padding + text + "\r\n");
-        for (const std::string& encoding : encodings) {
-            EXPECT_EQ(tool.run("-f EUC -o out euc -t " + encoding), 0);
-            EXPECT_EQ(tool.run("-t EUC out -f " + encoding), 0);
-            EXPECT_TRUE(tool.read("stdout") == padding + text + "\r\n") << encoding;
-        }
-    }
-}
-
-TEST(Zvconv, LongLinesAreNeverSplitInsideACharacter) {
-    const Zvconv tool;
-    convert_long_lines(tool, {"JIS", "SJIS"});
-    EXPECT_EQ(tool.run("-f EUC -t SJIS -s euc"), 1);
-    EXPECT_TRUE(tool.says("too long"));
+    EXPECT_NE(tool.read("stdout").find("?=\n \t=?iso-"), std::string::npos) << "the library's form";
 }
 
 using ZvconvUnicode = test::WithConverters;
 
 TEST_F(ZvconvUnicode, LongLinesAreNeverSplitInsideACharacter) {
-    convert_long_lines(Zvconv(), {"UTF-8", "UTF-16"});
+    const Zvconv tool;
+    std::string text;
+    for (int i = 0; i < 120000; ++i) text += i % 5 == 0 ? "a" : "\xB0\xA1\xC6\xFC";
+    for (const std::string padding : {"x", "xx", "xxx", "xxxx"}) {
+        tool.write("euc", padding + text + "\r\n");
+        for (const std::string encoding : {"JIS", "SJIS", "UTF-8", "UTF-16"}) {
+            EXPECT_EQ(tool.run("-f EUC -o out euc -t " + encoding), 0);
+            EXPECT_EQ(tool.run("-t EUC out -f " + encoding), 0);
+            EXPECT_TRUE(tool.read("stdout") == padding + text + "\r\n") << encoding;
+        }
+    }
+    EXPECT_EQ(tool.run("-f EUC -t SJIS -s euc"), 1);
+    EXPECT_TRUE(tool.says("too long"));
 }
 
 TEST(Zvconv, FailuresAreToldAndLeaveNothingBehind) {
