@@ -79,7 +79,7 @@ if build_type == "Release" and compiler == "GNU" and re.search("X86-64|AArch64",
     with tempfile.NamedTemporaryFile() as stripped:
         output("strip", "-o", stripped.name, library)
         size = pathlib.Path(stripped.name).stat().st_size
-        check(size <= 320 * 1024, f"{size} bytes stripped")
+        check(size <= 288 * 1024, f"{size} bytes stripped")
 
 
 
