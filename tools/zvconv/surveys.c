@@ -2,8 +2,9 @@
 
 #include <string.h>
 
-/* Compiled twice where that pays: for all processors and for those with wide vectors. */
-#if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__) &&                             \
+/* Compiled twice where that pays and the loader can choose: for all processors and for those with
+   wide vectors. */
+#if defined(__x86_64__) && defined(__GLIBC__) && defined(__GNUC__) && !defined(__clang__) &&       \
     !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
 #define WIDE __attribute__((target_clones("avx2", "default")))
 #else
