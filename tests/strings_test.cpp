@@ -83,28 +83,6 @@ TEST(Strings, OneByteCharactersAreChangedAndCheckedAsTheLocaleSays) {
     }
 }
 
-TEST(Strings, LongCharactersAnywhereInABlock) {
-    const auto same = [](const auto& actual, const auto& expected, const char* function) {
-        EXPECT_EQ(actual, expected) << function;
-    };
-    for (const int code_set : {ZV_EUC, ZV_EUC_H}) {
-        InitMbutilExt(code_set);
-        for (const std::string begin : {"\x8E", "\x8F", "\x8E\xA2"}) {
-            for (size_t before = 0; before < 40; ++before) {
-                for (size_t trails = 0; trails < 6; ++trails) {
-                    const std::string s =
-                        std::string(before, '!') + begin + std::string(trails, '\xA1');
-                    SCOPED_TRACE(testing::Message()
-                                 << code_set << ' ' << testing::PrintToString(s));
-                    using Properties = StringProperties<GuardedText, GuardedRoom>;
-                    Properties::searches(s, "\xA1", same);
-                    Properties::boundaries(s, s.size(), same);
-                }
-            }
-        }
-    }
-}
-
 TEST(Strings, LongNeedlesAmongTheirLikenesses) {
     std::minstd_rand random(1);
     const auto below = [&](size_t bound) { return random() % bound; };
