@@ -171,4 +171,32 @@ TEST(FileConversion, RefusesAFileOntoItself) {
     }
 }
 
+TEST(FileConversion, GoesOnOverTheEndsOfReadsAndWrites) {
+    const Folder folder;
+    // Many blocks; what a block ends in moves from one to the next.
+    const auto repeated = [](std::string_view unit, size_t length) {
+        std::string text;
+        while (text.size() < length) text += unit;
+        return text;
+    };
+    const struct {
+        int from, to;
+        const char* unit;
+    } cases[] = {{ZV_SJIS, ZV_EUC, "a\x88\x9F\xB1\xB1"},
+                 {ZV_EUC, ZV_SJIS, "a\xB0\xA1\x8E\xB1\x8F\xB0\xA1"},
+                 {ZV_JIS, ZV_EUC, "\x1B$B0!\x1B(Ja"},
+                 {ZV_BIG5, ZV_EUC_H, "a\xA4\x40\xC9\x40"},
+                 {ZV_EUC_H, ZV_BIG5, "a\xC4\xA1\x8E\xA2\xA1\xA1"}};
+    for (const auto& c : cases) {
+        const std::string text = repeated(c.unit, 1 << 20), in = folder / "in",
+                          out = folder / "out";
+        std::string whole(4 * text.size() + 1, '\0');
+        convertStrExt(text.c_str(), c.from, whole.data(), c.to);
+        write_file(in, text);
+        InitMbutilExt(c.to);
+        EXPECT_EQ(mbconvertfile2native_ex(in.c_str(), out.c_str(), 0, c.from), 1);
+        EXPECT_TRUE(content(out) == whole.c_str()) << c.from << " to " << c.to;
+    }
+}
+
 } // namespace
