@@ -92,7 +92,7 @@ TEST_F(ZvconvText, ControlsStayControls) {
                 expected += source >= 0x80 && source < 0xA0 ? "_" : *made;
             }
             const std::string converted = tool.convert(options + " --substitute=_", text);
-            for (int byte = 0; byte < 256; ++byte)
+            for (size_t byte = 0; byte < 256; ++byte)
                 EXPECT_EQ(converted[byte], expected[byte]) << options << ", byte " << byte;
             EXPECT_EQ(tool.convert(options + " --skip", text).find('_', 0x60), std::string::npos);
         }
@@ -105,7 +105,7 @@ TEST_F(ZvconvText, ControlsStayControls) {
             tool.convert("--windows-controls --substitute=_" + there, "\t\r\n" + high);
         EXPECT_TRUE(tool.says("control codes in " + std::string(p.iso))) << tool.read("stderr");
         std::string expected = "\t\r\n" + high;
-        for (const char lost : std::string(p.lost_layout)) expected[lost - high[0] + 3] = '_';
+        for (const char lost : std::string(p.lost_layout)) expected[size_t(lost - high[0] + 3)] = '_';
         EXPECT_EQ(tool.convert("--windows-controls" + back, iso), expected);
         EXPECT_EQ(tool.read("stderr"), "");
     }
