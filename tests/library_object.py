@@ -64,7 +64,7 @@ if "X86-64" in header:
     marked = set(re.findall(r"<(\w+)(?:@@\w+)?>:\n\s+\w+:\s+endbr64", code))
     check(functions <= marked, f"no jump may end at {sorted(functions - marked)[:5]}")
     check("SHSTK" in output("readelf", "--notes", library), "no shadow stack is asked for")
-    frames = [int(size, 16) for size in re.findall(r"sub +\$0x(\w{1,8}),%rsp", code)]
+    frames = [int(size, 0) for size in re.findall(r"subq?\s+\$(0x\w{1,8}|\d+), ?%rsp", code)]
     check(max(frames) <= 4096, f"a frame of {max(frames)} bytes may step over the end of the stack")
 # Its own functions are not to be replaced by a host's.
 bound_later = set(re.findall(r" (\w+)(?:@\S+)? \+ 0$",

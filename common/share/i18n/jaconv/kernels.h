@@ -312,7 +312,7 @@ inline void copy_front(Byte* to, const Byte* from, size_t length) {
 inline constexpr size_t kOvershoot = 64;
 
 // Writes the bytes that a mask marks.
-ZVUTIL_WIDEST_INLINE Byte* put_kept(Byte* out, const ByteBlock& bytes, Mask kept) {
+[[gnu::always_inline]] inline Byte* put_kept_at_once(Byte* out, const ByteBlock& bytes, Mask kept) {
 #if defined(__AVX512VBMI2__)
     store_block(out, _mm512_maskz_compress_epi8(kept, std::bit_cast<__m512i>(bytes)));
     return out + count_marked(kept);
@@ -352,6 +352,11 @@ ZVUTIL_WIDEST_INLINE Byte* put_kept(Byte* out, const ByteBlock& bytes, Mask kept
     }
     return out;
 #endif
+}
+
+// The same where it is no loop's whole work.
+ZVUTIL_WIDEST_INLINE Byte* put_kept(Byte* out, const ByteBlock& bytes, Mask kept) {
+    return put_kept_at_once(out, bytes, kept);
 }
 
 // The bytes of two blocks by turns.

@@ -200,8 +200,8 @@ public:
 
     // Writes no more bytes than the block has.
     Byte* put(Byte* out) const {
-        out = put_kept(out, front_, static_cast<Mask>(kept_));
-        return put_kept(out, back_, static_cast<Mask>(kept_ >> kBlockSize));
+        out = put_kept_at_once(out, front_, static_cast<Mask>(kept_));
+        return put_kept_at_once(out, back_, static_cast<Mask>(kept_ >> kBlockSize));
     }
 
     // Writes what becomes of the first bytes, and nothing else.
