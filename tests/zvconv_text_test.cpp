@@ -105,7 +105,8 @@ TEST_F(ZvconvText, ControlsStayControls) {
             tool.convert("--windows-controls --substitute=_" + there, "\t\r\n" + high);
         EXPECT_TRUE(tool.says("control codes in " + std::string(p.iso))) << tool.read("stderr");
         std::string expected = "\t\r\n" + high;
-        for (const char lost : std::string(p.lost_layout)) expected[size_t(lost - high[0] + 3)] = '_';
+        for (const char lost : std::string(p.lost_layout))
+            expected[size_t(lost - high[0] + 3)] = '_';
         EXPECT_EQ(tool.convert("--windows-controls" + back, iso), expected);
         EXPECT_EQ(tool.read("stderr"), "");
     }
