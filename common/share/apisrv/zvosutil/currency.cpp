@@ -65,12 +65,11 @@ const char* read_record(const char* text, CurrencyDetail& record) {
     const char* code_end = find_separator(text);
     if (code_end == nullptr || static_cast<size_t>(code_end - text) > kLongestCode)
         return nullptr;
-    const char* value_end = find_separator(code_end + 1);
-    if (value_end == nullptr)
-        return nullptr;
     // Stops at the separator at the latest, which is no digit.
-    const long long value = std::strtoll(code_end + 1, nullptr, 10);
-    if (value != static_cast<int32_t>(value))
+    char* digits_end;
+    const long long value = std::strtoll(code_end + 1, &digits_end, 10);
+    const char* value_end = *digits_end == kSeparator ? digits_end : find_separator(digits_end);
+    if (value_end == nullptr || value != static_cast<int32_t>(value))
         return nullptr;
     record = {{}, static_cast<int32_t>(value)};
     mbstrncpy(record.code, text, static_cast<unsigned>(code_end - text));
