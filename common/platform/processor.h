@@ -3,6 +3,9 @@
 
 namespace zv {
 
+// What is compiled for wide vectors alone asks for this size.
+inline constexpr int kWideVectors = 32;
+
 // How many bytes the processor's and the system's vectors have: 64 with the AVX-512 instructions
 // that move single bytes (VBMI2), 32 with AVX2, each with the bit operations that come with them,
 // else 16.

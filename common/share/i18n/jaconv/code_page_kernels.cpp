@@ -83,7 +83,6 @@ private:
     static constexpr size_t kRows = Direction::kRows.size();
     ByteBlock differences_[kRows];
 };
-#else
 #endif
 
 template <class Direction>

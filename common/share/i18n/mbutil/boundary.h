@@ -18,8 +18,8 @@ template <class Scanner>
     const Byte* const run = run_of_leads<Scanner>(near, p);
     if (run == first || run != near)
         return run;
-    return vector_size() >= 32 ? wide_run_of_leads<Scanner>(first, run)
-                               : run_of_leads<Scanner>(first, run);
+    return vector_size() >= kWideVectors ? wide_run_of_leads<Scanner>(first, run)
+                                         : run_of_leads<Scanner>(first, run);
 }
 
 // The last boundary not beyond p, a byte that could be a trail byte, where `first` is one and `run`

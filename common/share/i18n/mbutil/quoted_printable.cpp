@@ -11,8 +11,6 @@
 namespace zv {
 namespace {
 
-constexpr int kWideVectors = 32;
-
 constexpr char kDigits[] = "0123456789ABCDEF";
 
 // The plain bytes reach up to 7E, without "=". The encoder escapes the space, the decoder copies

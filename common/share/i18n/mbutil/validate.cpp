@@ -22,8 +22,9 @@ template <class Scanner>
 const Byte* skip_well_formed_part(const Byte* p) {
     constexpr size_t kWide = 128; // what wide blocks leave over costs more
     const size_t left = zv::part_of(p);
-    return left >= kWide && zv::vector_size() >= 32 ? zv::wide_skip_well_formed<Scanner>(p, left)
-                                                    : zv::skip_well_formed<Scanner>(p, left);
+    return left >= kWide && zv::vector_size() >= zv::kWideVectors
+               ? zv::wide_skip_well_formed<Scanner>(p, left)
+               : zv::skip_well_formed<Scanner>(p, left);
 }
 
 // Whether every character is well formed; the position of the first that is not goes to badpos.
