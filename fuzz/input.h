@@ -18,7 +18,9 @@ namespace fuzz {
 // What the fuzzer made up, taken from the front: choices in bytes, texts up to a zero byte.
 class Input {
 public:
-    Input(const uint8_t* data, size_t size) : left_(reinterpret_cast<const char*>(data), size) {}
+    Input(const uint8_t* data, size_t size) : left_(reinterpret_cast<const char*>(data), size) {
+        for (const char c : left_) chances_ = (chances_ ^ static_cast<unsigned char>(c)) * kPrime;
+    }
 
     bool empty() const { return left_.empty(); }
     // The next byte, 0 when all is used up.
@@ -40,22 +42,32 @@ public:
         left_.remove_prefix(std::min(text.size() + 1, left_.size()));
         return std::string(text);
     }
+    // A number below a bound that hangs on every byte of the input: what is made out of an input
+    // that is rare, and slow, is as seldom so as any other.
+    size_t chance(size_t bound) {
+        const uint64_t number = chances_ >> 16;
+        chances_ *= kPrime;
+        return static_cast<size_t>(number % bound);
+    }
+    // One in fifty is repeated to a size at which the library might begin to look anew.
+    std::string text_of_any_size() {
+        static constexpr size_t kSizes[] = {1023, 1024,  1025,  1026,  2048,  4097, 5440,
+                                            5472, 16383, 16384, 16385, 22000, 50000};
+        const std::string unit = text();
+        if (unit.empty() || chance(50) != 0) return unit;
+        const size_t most = kSizes[chance(std::size(kSizes))], size = most - chance(2) * chance(50);
+        std::string all;
+        while (all.size() < size) all.append(unit, 0, size - all.size());
+        return all;
+    }
     // Everything, zero bytes too.
     std::string rest() { return std::string(std::exchange(left_, {})); }
 
 private:
+    static constexpr uint64_t kPrime = 0x100000001B3; // as FNV-1a has it
     std::string_view left_;
+    uint64_t chances_ = 0xCBF29CE484222325;
 };
-
-// A text as often as it takes to reach a size at which the library might begin to look anew.
-inline std::string repeated(const std::string& s, size_t choice) {
-    static constexpr size_t kSizes[] = {1023, 1024, 1025, 1026,  2048,  4097,  5424,
-                                        5440, 5456, 5472, 16383, 16385, 22000, 50000};
-    const size_t size = kSizes[choice % std::size(kSizes)] - choice / std::size(kSizes) % 16;
-    std::string all;
-    while (all.size() < size && !s.empty()) all += s.substr(0, size - all.size());
-    return all;
-}
 
 void print(const char* label, const auto& value) {
     std::fputs(label, stderr);

@@ -156,6 +156,7 @@ void run(const std::string& input, Progress& progress) {
 
 void run_all(const Texts& seeds, const Texts& words, size_t count, Progress& progress) {
     Maker maker(seeds, words);
+    fuzz::digesting = true;
     for (const std::string& seed : seeds) run(seed, progress);
     for (size_t made = 0; made < count; ++made) run(maker.input(), progress);
     alarm(0);

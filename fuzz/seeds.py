@@ -28,8 +28,8 @@ def sequence(size):
 
 seeds = {
     "strings": [
-        bytes([code_set, 4, 0, 30]) + text[:90] + b"\0" + part
-        for code_set in range(11)
+        bytes([code_set, 4 + 6 * properties, 0, 30]) + text[:90] + b"\0" + part
+        for code_set in range(11) for properties in range(5)
         for text, part in ((mixed * 3, mixed[:3]), (chinese[1], b"\xA4"), (shift_jis, b"\x83\x5C,"))
     ] + [bytes([code_set, 2, 1, 30]) + b"a" + b"\xA2" * 290 for code_set in (1, 2, 7)],
     "japanese": [
@@ -48,13 +48,13 @@ seeds = {
         for room in (20, 200)
     ],
     "text_streams": [
-        bytes([pair, *choices]) + text
+        bytes([pair, room, choice]) + text
         for pair, text in enumerate(
             (shift_jis, euc, jis, jis, *chinese, shift_jis, euc, euc, single[0]))
-        for choices in ((7, 1), (70, 0, 0, 200))
-    ] + [bytes([pair, 70, 1]) + most * 330 for pair, most in ((2, b"\xB0\xA1a"), (3, b"\xB1a\xB1"))],
+        for choice, room in enumerate((7, 70, 7, 70, 7, 70, 7, 70))
+    ] + [bytes([pair, 70, 4]) + most * 330 for pair, most in ((2, b"\xB0\xA1a"), (3, b"\xB1a\xB1"))],
     "xml": [
-        bytes([current, code_set]) + text
+        bytes([current, code_set]) + text + b"\0 \x83\x65>"
         for current, code_set in ((5, 1), (2, 4), (1, 14))
         for text in (declaration, b"<!-- -->" * 4 + declaration, b"\x83\x65 " + declaration)
     ],

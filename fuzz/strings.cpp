@@ -5,7 +5,7 @@
 
 using fuzz::same;
 
-// The character at every position, as each of the code sets sees it.
+// The characters at a few positions, as each of the code sets sees them.
 static void check_scanners(const std::string& s, unsigned n) {
     fuzz::Text text(s);
     for (size_t i = 0; i <= s.size(); ++i) {
@@ -26,24 +26,32 @@ static void check_scanners(const std::string& s, unsigned n) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     fuzz::Input input(data, size);
     const int code_set = input.one_of(test::kCodeSets);
-    const unsigned n = input.byte() % 6;
+    const unsigned choice = input.byte(), n = choice % 6;
     const size_t position = input.two_bytes(), shape = position + size;
-    std::string s = input.text(), part = input.text();
+    std::string s = input.text_of_any_size(), part = input.text();
     InitMbutilExt(code_set);
-    check_scanners(s, n);
-    if (shape % 50 == 49) s = fuzz::repeated(s, s.size() + part.size());
     if (shape % 7 == 6) // no ASCII
         for (char& c : s) c |= '\x80';
     if (shape % 3 == 2 && !s.empty()) {
         const std::string taken = s.substr(position % s.size(), 1 + position % 40 * (n + 1));
         part = n % 2 == 0 ? taken : taken + part;
     }
+    // Each token takes a look at the whole set.
+    part.resize(std::min(part.size(), 100000 / (s.size() + 1)));
     using Properties = test::StringProperties<fuzz::Text, fuzz::Room>;
-    Properties::searches(s, part, same);
-    const size_t beyond = mbIsMultiByte() ? 2 : 0;
-    Properties::boundaries(s, std::min(position % 1000, s.size() + beyond), same);
-    Properties::boundaries(s, s.size() + beyond, same);
-    Properties::comparisons(s, part, same);
-    Properties::changes(s, part, code_set, same);
-    return 0;
+    const size_t last = s.size() + (mbIsMultiByte() ? 2 : 0);
+    switch (choice / 6 % 5) { // one a time, so that more texts come to each
+    case 0:
+        check_scanners(s.substr(position % (s.size() + 1), 16), n);
+        Properties::boundaries(s, std::min(position % 1000, last), same);
+        return Properties::boundaries(s, last, same), 0;
+    case 1:
+        return Properties::searches(s, part, same), 0;
+    case 2:
+        return Properties::delimiters(s, part, same), 0;
+    case 3:
+        return Properties::comparisons(s, part, same), 0;
+    default:
+        return Properties::changes(s, part, code_set, same), 0;
+    }
 }

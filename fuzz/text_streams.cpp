@@ -42,60 +42,68 @@ void check_lines(FILE* stream, const std::string& text, int size, int from, int 
 }
 
 // Blocks put together are the text, and none ends inside a character that there is room for.
-void check_blocks(FILE* stream, std::string text, unsigned size) {
+void check_blocks(FILE* stream, const std::string& text, unsigned size) {
     fuzz::Room block(size + 1);
-    for (size_t whole = 1; whole != 0; text.erase(0, whole)) {
-        whole = test::block_size(text, size);
+    for (size_t at = 0, whole = 1; whole != 0; at += whole) {
+        whole = test::block_size(&text[at], text.size() - at, size);
         same(mbfreadstring(block.data(), size, stream), whole, "mbfreadstring");
-        same(block.text(), text.substr(0, whole), "mbfreadstring");
+        same(block.text(), text.substr(at, whole), "mbfreadstring");
     }
+}
+
+// A stream without positions, whose characters no marks separate either.
+FILE* pipe_of(const std::string& text) {
+    int ends[2];
+    fuzz::require(pipe(ends) == 0 && write(ends[1], text.data(), text.size()) > 0, "pipe");
+    close(ends[1]);
+    return fdopen(ends[0], "r");
+}
+
+void check_written(const char* text, size_t size, int from, int to) {
+    char* written = nullptr;
+    size_t length = 0;
+    FILE* const stream = open_memstream(&written, &length);
+    fuzz::require(mbfputs(text, stream, from) >= 0, "mbfputs");
+    fclose(stream);
+    same(std::string(written, length),
+         mbIsMultiByte() ? converted(text, to, from) : std::string(text, size), "mbfputs");
+    free(written);
+}
+
+void check_file(const std::string& text, int from, int to) {
+    static const test::Folder folder;
+    static const std::string in = folder / "in", out = folder / "out";
+    test::write_file(in, text);
+    const bool supported = IsConversionSupport(from, to) != 0;
+    same(mbconvertfile2native_ex(in.c_str(), out.c_str(), 0, from), supported,
+         "mbconvertfile2native_ex");
+    if (!supported) return;
+    std::string expected = converted(text, from, to), actual = test::content(out);
+    // A pair of JIS bytes above 7F can become a zero byte; the file goes on behind it.
+    const auto is_high = [](char byte) { return (byte & 0x80) != 0; };
+    if (from == ZV_JIS && std::ranges::any_of(text, is_high)) actual.resize(expected.size());
+    same(actual, expected, "one conversion");
 }
 
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    static const test::Folder folder;
-    static const std::string in = folder / "in", out = folder / "out";
     fuzz::Input input(data, size);
     const auto [from, to] = input.one_of(kPairs);
     const int room = 1 + static_cast<int>(input.byte() % 80);
-    // Repeated so often, a text fills several blocks of a file.
-    const size_t times = input.byte() % 8 == 0 ? input.below(4000) : 0;
-    const std::string text = input.text();
+    const unsigned choice = input.byte(), wide = unsigned(room) * (choice % 2 == 0 ? 1 : 11);
+    const std::string text = input.text_of_any_size();
     if (text.empty()) return 0;
     InitMbutilExt(to);
     fuzz::Text readable(text);
-    FILE* stream = fmemopen(readable.data(), text.size(), "r");
-    check_lines(stream, text, room, from, to);
-    rewind(stream);
-    int ends[2];
-    fuzz::require(pipe(ends) == 0 && write(ends[1], text.data(), text.size()) > 0, "pipe");
-    close(ends[1]);
-    FILE* const from_pipe = fdopen(ends[0], "r");
-    // What has no end marks for characters has no blocks either.
-    for (FILE* source : {stream, from_pipe}) {
-        const auto wide = static_cast<unsigned>(times % 4 == 3 ? 11 * room : room);
-        if (mbIsMultiByte()) check_blocks(source, text, wide);
-        fclose(source);
-    }
-    char* written = nullptr;
-    size_t length = 0;
-    stream = open_memstream(&written, &length);
-    fuzz::require(mbfputs(readable.data(), stream, from) >= 0, "mbfputs");
+    if (choice / 2 % 4 == 0) return check_file(text, from, to), 0;
+    if (choice / 2 % 4 == 1) return check_written(readable.data(), text.size(), from, to), 0;
+    FILE* const stream =
+        choice % 16 == 7 ? pipe_of(text) : fmemopen(readable.data(), text.size(), "r");
+    if (choice / 2 % 4 == 2)
+        check_lines(stream, text, room, from, to);
+    else if (mbIsMultiByte())
+        check_blocks(stream, text, wide);
     fclose(stream);
-    same(std::string(written, length), mbIsMultiByte() ? converted(text, to, from) : text,
-         "mbfputs");
-    free(written);
-
-    std::string whole;
-    for (size_t i = 0; i <= times && whole.size() < 70000; ++i) whole += text;
-    test::write_file(in, whole);
-    same(mbconvertfile2native_ex(in.c_str(), out.c_str(), 0, from), IsConversionSupport(from, to),
-         "mbconvertfile2native_ex");
-    std::string expected = converted(whole, from, to), actual = test::content(out);
-    // A pair of JIS bytes above 7F can become a zero byte; the file goes on behind it.
-    const auto is_high = [](char byte) { return (byte & 0x80) != 0; };
-    if (from == ZV_JIS && std::ranges::any_of(text, is_high)) actual.resize(expected.size());
-    if (IsConversionSupport(from, to)) same(actual, expected, "one conversion");
     return 0;
 }

@@ -24,7 +24,7 @@ inline std::string model_of_encoder(const std::string& text) {
 // As a caller sees it: up to the first zero byte, which "=00" gives.
 inline std::string model_of_decoder(const std::string& text) {
     const auto digit = [](char c) {
-        const std::string digits = "0123456789abcdef0123456789ABCDEF";
+        constexpr std::string_view digits = "0123456789abcdef0123456789ABCDEF";
         return c == '\0' ? digits.npos : digits.find(c) % 16 + (digits.find(c) & ~size_t{31});
     };
     std::string out;
@@ -101,7 +101,7 @@ inline std::string model_of_subject(const std::string& subject, int mail_code_se
     const std::string opening = "=?" + charset + "?Q?";
     out = opening + model_of_encoder(convert(subject));
     if (out.ends_with("\r")) out.resize(out.size() - 3);
-    for (size_t at; (at = out.find("=\n\r")) != out.npos;)
+    for (size_t at = 0; (at = out.find("=\n\r", at)) != out.npos;)
         out.replace(at, 3, "?=" + fold + opening);
     return out + "?=";
 }

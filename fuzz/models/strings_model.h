@@ -25,35 +25,43 @@ inline int as_signed(char c) { return static_cast<signed char>(c); }
 inline char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; }
 inline int sign(int order) { return (order > 0) - (order < 0); }
 
-// The first or the last position of a character at which a condition holds; -1 for none.
-long find(const std::string& s, bool last, auto holds) {
-    long found = -1;
-    for (size_t i = 0; i < s.size() && (last || found < 0); i += step(&s[i]))
-        if (holds(i)) found = static_cast<long>(i);
-    return found;
-}
-
 inline size_t boundary(const std::string& s, size_t n) {
     size_t at = 0;
     for (size_t i = 0; i <= std::min(n, s.size()); i += step(&s[i])) at = i;
     return at;
 }
 
-inline long find_text(const std::string& s, const std::string& text, bool last) {
-    const size_t size = text.size();
-    return find(s, last, [&](size_t i) {
-        return s.compare(i, size, text) == 0 && boundary(s.substr(i, size + 4), size) == size;
-    });
-}
-
-// The length of the member of a set that stands at i; 0 when none does.
-inline size_t member(const std::string& s, size_t i, const std::string& set) {
-    for (size_t j = 0, length; j < set.size(); j += length) {
-        length = step(&set[j]);
-        if (s.compare(i, length, set, j, length) == 0) return length;
+// The characters of a text, walked through once: where each of them begins, and the end.
+struct Characters {
+    explicit Characters(const std::string& whole) : s(whole) {
+        for (size_t i = 0; i < s.size(); i += step(&s[i])) starts.push_back(i);
+        starts.push_back(s.size());
     }
-    return 0;
-}
+    // The first or the last position at which a condition holds; -1 for none.
+    long find(bool last, auto holds) const {
+        long found = -1;
+        for (size_t k = 0; k + 1 < starts.size() && (last || found < 0); ++k)
+            if (holds(starts[k])) found = static_cast<long>(starts[k]);
+        return found;
+    }
+    long find_text(const std::string& text, bool last) const {
+        return find(last, [&](size_t i) {
+            return s.compare(i, text.size(), text) == 0 &&
+                   std::ranges::binary_search(starts, i + text.size());
+        });
+    }
+    // As the members of a set: the length of the one that stands at i, 0 when none does.
+    size_t member_at(const std::string& text, size_t i) const {
+        for (size_t k = 0; k + 1 < starts.size(); ++k) {
+            const size_t length = starts[k + 1] - starts[k];
+            if (text.compare(i, length, s, starts[k], length) == 0) return length;
+        }
+        return 0;
+    }
+
+    const std::string& s;
+    std::vector<size_t> starts{};
+};
 
 inline std::string changed(std::string s, int (*change)(int)) {
     for (size_t i = 0, length; i < s.size(); i += length) {
@@ -73,23 +81,18 @@ inline std::string sort_key(std::string s) {
     return key;
 }
 
-// Compares as far as the characters reach that begin before n, as their first bytes announce.
-inline int bounded_order(std::string a, std::string b, size_t n, bool ignoring_case) {
-    b.resize(std::max(a.size(), b.size()));
-    size_t end = 0;
-    while (end < n && end < a.size()) {
-        const int first = a[end] & 0xFF, most = mbmaxcharlen();
-        if (!mb_isleadbyte(first) && ignoring_case) a[end] = lower(a[end]), b[end] = lower(b[end]);
-        const bool longest = most > 2 && first == (most == 3 ? 0x8F : 0x8E);
-        end += static_cast<size_t>(longest ? most : 1 + mb_isleadbyte(first));
-    }
+// Compares as far as the characters reach that begin before n, as their first bytes announce;
+// `ends` are where those of the first text do.
+inline int bounded_order(const std::string& a, const std::string& b,
+                         const std::vector<size_t>& ends, size_t n, bool ignoring_case) {
+    const size_t end = *std::ranges::lower_bound(ends, std::min(n, ends.back()));
     return sign(strncmp(a.c_str(), b.c_str(), ignoring_case ? std::max(end, n) : end));
 }
 
-inline std::vector<std::string> tokens(const std::string& s, const std::string& set) {
+inline std::vector<std::string> tokens(const std::string& s, const Characters& set) {
     std::vector<std::string> all(s.empty() ? 0 : 1);
-    for (size_t i = member(s, 0, set); i < s.size();) {
-        const size_t delimiter = member(s, i, set);
+    for (size_t i = set.member_at(s, 0); i < s.size();) {
+        const size_t delimiter = set.member_at(s, i);
         if (delimiter != 0)
             all.emplace_back();
         else
@@ -117,12 +120,12 @@ inline size_t bad_position(const std::string& s, int code_set, int check) {
 }
 
 // How much of a text mbfreadstring() reads at once: no character that the end of the room may cut.
-inline size_t block_size(const std::string& text, size_t room) {
-    if (text.size() < room) return text.size();
+inline size_t block_size(const char* text, size_t size, size_t room) {
+    if (size < room) return size;
     size_t at = 0;
     for (int length; at < room; at += static_cast<size_t>(std::max(length, 1))) {
         const int left = static_cast<int>(room - at);
-        length = mb_mblen(&text[at], static_cast<unsigned>(left));
+        length = mb_mblen(text + at, static_cast<unsigned>(left));
         if (length > left || (length < 0 && left == 1)) break;
     }
     return at;
@@ -136,22 +139,31 @@ template <class Text, class Room>
 struct StringProperties {
     static void searches(const std::string& s, const std::string& part, auto same) {
         Text hay(s), needle(part);
+        const Characters characters(s), set(part);
         const char *h = hay.data(), *p = needle.data();
         for (const int c : {*p & 0xFF, as_signed(*p), -1, 300, INT_MAX, INT_MAX - 127, 0}) {
             const int wanted = mbIsMultiByte() ? c : static_cast<signed char>(c);
             const auto holds = [&](size_t i) { return as_signed(s[i]) == wanted; };
             const long end = mbIsMultiByte() ? -1 : offset(h + s.size(), h);
-            same(offset(mbstrchr(h, c), h), c == 0 ? end : find(s, false, holds), "mbstrchr");
+            same(offset(mbstrchr(h, c), h), c == 0 ? end : characters.find(false, holds),
+                 "mbstrchr");
             same(mbstrchrEncr(h, c), mbstrchr(h, c), "mbstrchrEncr");
-            same(offset(mbstrrchr(h, c), h), c == 0 ? end : find(s, true, holds), "mbstrrchr");
+            same(offset(mbstrrchr(h, c), h), c == 0 ? end : characters.find(true, holds),
+                 "mbstrrchr");
         }
-        const long any = find(s, false, [&](size_t i) { return member(s, i, part); });
+        const long any = characters.find(false, [&](size_t i) { return set.member_at(s, i); });
         same(offset(mbstrpbrk(h, p), h), any, "mbstrpbrk");
         same(mbstrcspn(h, p), any < 0 ? s.size() : static_cast<size_t>(any), "mbstrcspn");
-        same(offset(mbstrstr(h, p), h), part.empty() ? 0 : find_text(s, part, false), "mbstrstr");
-        same(offset(mbstrrstr(h, p), h), part.empty() ? -1 : find_text(s, part, true), "mbstrrstr");
+        same(offset(mbstrstr(h, p), h), part.empty() ? 0 : characters.find_text(part, false),
+             "mbstrstr");
+        same(offset(mbstrrstr(h, p), h), part.empty() ? -1 : characters.find_text(part, true),
+             "mbstrrstr");
+    }
 
-        Text cut(s);
+    static void delimiters(const std::string& s, const std::string& part, auto same) {
+        Text hay(s), needle(part), cut(s);
+        const Characters set(part);
+        const char* const p = needle.data();
         std::vector<std::string> all;
         char *save, *token = mbstrtok(cut.data(), p), *again = mbstrtok_r(hay.data(), p, &save);
         while (token != nullptr && again != nullptr) {
@@ -160,16 +172,18 @@ struct StringProperties {
             token = mbstrtok(nullptr, p), again = mbstrtok_r(nullptr, p, &save);
         }
         same(token, again, "mbstrtok_r");
-        same(all, tokens(s, part), "mbstrtok");
+        same(all, tokens(s, set), "mbstrtok");
     }
 
     // At the last positions up to one.
     static void boundaries(const std::string& s, size_t last, auto same) {
         Text text(s);
-        for (size_t i = last - std::min(last, size_t{14}); i <= last; ++i) {
+        const size_t first = last - std::min(last, size_t{9});
+        size_t at = boundary(s, first), behind = 0;
+        for (size_t i = first; i <= last; ++i) {
             const auto n = static_cast<unsigned>(i);
-            const size_t at = boundary(s, n);
-            const size_t behind = at + step(&s[at]), next = behind < s.size() ? behind : 0;
+            while ((behind = at + step(&s[at])) <= std::min(i, s.size())) at = behind;
+            const size_t next = behind < s.size() ? behind : 0;
             same(mbidx(text.data(), n), at, "mbidx");
             same(mbnextidx(text.data(), n), next, "mbnextidx");
             same(mbnextchar(text.data(), n), next == 0 ? nullptr : text.data() + next,
@@ -196,11 +210,24 @@ struct StringProperties {
             same(mbstricmp(p, q), sign(order), "mbstricmp");
         else // the C library decides by how much they differ
             same(sign(mbstricmp(p, q)), sign(strcasecmp(p, q)), "mbstricmp");
+        // Where the characters end that the first bytes of the first text announce, and the two
+        // texts with the letters made small that stand between them.
+        std::vector<size_t> ends = {0};
+        std::string small = s, other_small = other;
+        other_small.resize(std::max(s.size(), other.size()));
+        for (size_t end = 0; end < s.size(); ends.push_back(end)) {
+            const int first = s[end] & 0xFF, most = mbmaxcharlen();
+            const bool lead = mb_isleadbyte(first) != 0;
+            if (!lead) small[end] = lower(s[end]), other_small[end] = lower(other_small[end]);
+            const bool longest = most > 2 && first == (most == 3 ? 0x8F : 0x8E);
+            end += static_cast<size_t>(longest ? most : 1 + lead);
+        }
         for (auto n = static_cast<unsigned>(s.size()) + 3; n + 10 > s.size() && n <= s.size() + 3;
              --n) {
-            same(sign(mbstrnicmp(p, q, n)), bounded_order(s, other, n, true), "mbstrnicmp");
+            same(sign(mbstrnicmp(p, q, n)), bounded_order(small, other_small, ends, n, true),
+                 "mbstrnicmp");
             same(sign(mbcharcmp(p, q, n)),
-                 multibyte ? bounded_order(s, other, n, false)
+                 multibyte ? bounded_order(s, other, ends, n, false)
                            : sign(as_signed(*p) - as_signed(*q)),
                  "mbcharcmp");
         }
