@@ -56,7 +56,8 @@ TEST(Big5Cns, EveryCodeOfTwoAndFourBytes) {
     EXPECT_EQ(CnsToBig5Table[0].first_cns, 0);
 }
 
-TEST(Big5Cns, AgreesWithIconv) {
+using Big5CnsTables = test::WithConverters;
+TEST_F(Big5CnsTables, AgreesWithIconv) {
     // The others are Latin numerals, radicals and duplicates that iconv lacks, and some dashes,
     // primes and numerals on whose Unicode characters the two character sets' tables differ.
     struct Counts {

@@ -1,6 +1,4 @@
 #include <gtest/gtest.h>
-#include <sys/mman.h>
-#include <unistd.h>
 
 #include <climits>
 #include <map>
@@ -23,7 +21,8 @@ std::string repertoire() {
     return text;
 }
 
-TEST(JapaneseConverters, AgreeWithIconvOverTheWholeRepertoire) {
+using JapaneseConverters = test::WithConverters;
+TEST_F(JapaneseConverters, AgreeWithIconvOverTheWholeRepertoire) {
     const std::string euc = repertoire();
     EXPECT_EQ(euc.size(), 2 * 6879u) << "JIS X 0208";
     std::map<int, std::string> forms = {{ZV_EUC, euc},
@@ -69,48 +68,19 @@ TEST(JapaneseCharacters, AnnouncedLengthsAndEscapeSequences) {
     }
 }
 
-// A text of a few physical pages: letters and an end.
-class VeryLongText {
-public:
-    VeryLongText(size_t longest, std::string_view end) : size_(kPiece * (longest / kPiece + 2)) {
-        const int letters = memfd_create("letters", 0);
-        if (ftruncate(letters, kPiece) != 0 ||
-            pwrite(letters, std::string(kPiece, 'x').data(), kPiece, 0) < 0)
-            abort();
-        void* const memory =
-            mmap(nullptr, size_, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
-        if (memory == MAP_FAILED) abort();
-        start_ = static_cast<char*>(memory);
-        for (size_t at = 0; at < size_; at += kPiece)
-            mmap(start_ + at, kPiece, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_FIXED, letters, 0);
-        close(letters);
-        end_ = start_ + size_ - kPiece;
-        memcpy(end_ - end.size(), end.data(), end.size());
-        *end_ = '\0';
-    }
-    ~VeryLongText() { munmap(start_, size_); }
-    VeryLongText(const VeryLongText&) = delete;
-    VeryLongText& operator=(const VeryLongText&) = delete;
-
-    // The last bytes of the text.
-    const char* last(size_t length) const { return end_ - length; }
-
-private:
-    static constexpr size_t kPiece = 2 << 20;
-    size_t size_;
-    char *start_, *end_;
-};
-
 TEST(Estimators, SaturateBeyondTheLargestNumber) {
 #ifdef __SANITIZE_THREAD__
     GTEST_SKIP() << "the sanitizer keeps a record of every byte";
 #endif
-#ifdef ZVUTIL_HOST_ICONV
+#ifdef ZVUTIL_EMULATED
     GTEST_SKIP() << "an emulated processor takes minutes";
 #endif
     constexpr size_t kMost = INT_MAX;
     // One byte longer in EUC, two in EUC-TW; two shorter in Shift-JIS and in Big5.
-    const VeryLongText text(2 * kMost + 12, "\xC9@\x8E\xB1\x8E\xB1");
+    constexpr char kEnd[] = "\xC9@\x8E\xB1\x8E\xB1";
+    const size_t size = (2 * kMost / test::kPiece + 2) * test::kPiece;
+    char* const end = test::repeated_piece(size, 'x', MAP_PRIVATE) + size - 1;
+    memcpy(end + 1 - sizeof kEnd, kEnd, sizeof kEnd);
     struct Form {
         const char* name;
         int (*length)(const char*);
@@ -123,9 +93,9 @@ TEST(Estimators, SaturateBeyondTheLargestNumber) {
           {"big5Length", big5Length, -2},
           {"MaxStringLengthOnWinAndUnix", MaxStringLengthOnWinAndUnix, 0}}) {
         const auto fits = static_cast<size_t>(long{INT_MAX} - growth);
-        EXPECT_EQ(length(text.last(fits - 1)), INT_MAX - 1) << name;
-        EXPECT_EQ(length(text.last(fits + 1)), INT_MAX) << name;
-        EXPECT_EQ(length(text.last(2 * kMost + 12)), INT_MAX) << name;
+        EXPECT_EQ(length(end - (fits - 1)), INT_MAX - 1) << name;
+        EXPECT_EQ(length(end - (fits + 1)), INT_MAX) << name;
+        EXPECT_EQ(length(end - (2 * kMost + 12)), INT_MAX) << name;
     }
 }
 

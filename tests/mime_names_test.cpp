@@ -4,7 +4,6 @@
 #include <map>
 
 #include "mbutil.h"
-#include "support/folder.h"
 #include "support/guarded.h"
 #include "support/oracle.h"
 #include "zvosutil.h"
@@ -52,7 +51,8 @@ TEST(CodeSetChoice, ForMailAndForData) {
     }
 }
 
-TEST(DocumentCharsets, AreRegisteredNamesInTheStatedRoom) {
+using DocumentCharsets = test::WithConverters;
+TEST_F(DocumentCharsets, AreRegisteredNamesInTheStatedRoom) {
     static_assert(sizeof(ConvToCharset) == 36);
     // As registries of character sets give the numbers of the vendor's.
     const std::pair<const char*, const char*> converters[] = {
@@ -88,37 +88,6 @@ TEST(DocumentCharsets, AreRegisteredNamesInTheStatedRoom) {
     EXPECT_STREQ(row->charset, "");
     SetCharset(room.data(), 31);
     EXPECT_EQ(room.text(), "");
-}
-
-TEST(DocumentCharsets, ParsersReadTheDeclaration) {
-    if (test::output_of("xmllint --version 2>&1").find("using libxml") == std::string::npos)
-        GTEST_SKIP() << "there is no xmllint";
-    const struct {
-        int code_set;
-        const char *charset, *text;
-    } cases[] = {{ZV_EUC, "EUC-JP", "日本"},   {ZV_SJIS, "SHIFT_JIS", "日本"},
-                 {ZV_BIG5, "BIG5", "中文"},    {ZV_GB, "GBK", "中文"},
-                 {ZV_EUC_K, "EUC-KR", "한국"}, {ZV_WESTERN, "CP1252", "é€"},
-                 {ZV_8859_1, "CP1252", "é€"},  {ZV_8859_2, "CP1250", "łž"},
-                 {ZV_8859_4, "CP1257", "ģų"},  {ZV_8859_5, "CP1251", "Журнал"},
-                 {ZV_8859_7, "CP1253", "αβ"},  {ZV_8859_9, "ISO-8859-9", "ğ"},
-                 {ZV_UTF_8, "UTF-8", "日é"},   {ZV_JIS, "ISO-2022-JP", "日本"},
-                 {ZV_EUC_H, "EUC-TW", "中文"}, {ZV_CP1251, "CP1251", "Журнал"}};
-    const test::Folder folder;
-    for (const auto& c : cases) {
-        InitMbutilExt(c.code_set);
-        const std::string text = test::iconv_text("UTF-8", c.charset, c.text).value();
-        const std::string document =
-            R"(<?xml version="1.0" encoding="UTF-16"?>  <r>)" + text + "</r>";
-        char* result = nullptr;
-        SetEncodingForXMLDoc(document.c_str(), c.code_set, &result);
-        ASSERT_TRUE(result);
-        test::write_file(folder / "document", result);
-        free(result);
-        EXPECT_EQ(test::output_of("xmllint --xpath '//r/text()' " + (folder / "document")),
-                  c.text + std::string("\n"))
-            << c.charset;
-    }
 }
 
 } // namespace

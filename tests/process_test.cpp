@@ -10,15 +10,11 @@
 #include <ctime>
 
 #include "faults/faults.h"
-#include "list.h"
 #include "osutils.h"
 #include "support/child.h"
 #include "support/guarded.h"
 #include "support/oracle.h"
 #include "support/private_host.h"
-
-// A host may have a function of a name that the library has too.
-LIST* list_create(int) { return nullptr; }
 
 namespace {
 
@@ -58,12 +54,6 @@ TEST(Process, LogsEachValueInOrder) {
                             "<27>]: 1 2 3 text\n<27>]: 1 2 3 4 text\n<27>]: 1 2 3 4 5\n"
                             "<27>]: 1 2 3 4\n<27>]: 100%s %n %m\n<27>]: %d%%\n"
                             "<27>]: No space left on device\n<27>]: 123;\n<27>]: text\n");
-}
-
-TEST(Process, LibraryKeepsToItsOwnFunctions) {
-    LIST* const list = new_list(3);
-    ASSERT_NE(list, nullptr) << "a host's list_create() took over";
-    EXPECT_EQ(list_free(list, nullptr, nullptr), 0);
 }
 
 TEST(Process, AlarmsGoOffAndEndASleep) {

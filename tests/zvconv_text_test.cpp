@@ -270,7 +270,7 @@ TEST_F(ZvconvText, LineEndsAndKatakanaAreMadeAlike) {
 
 // What cuts a stream among machines may rely on: cut at any line ends, the parts give what the
 // whole gives, whatever the encodings.
-TEST(ZvconvParts, CutAtLineEndsGiveTheWhole) {
+TEST_F(ZvconvText, PartsCutAtLineEndsGiveTheWhole) {
     const Zvconv tool;
     std::mt19937 random(1);
     std::vector<std::pair<std::string, std::string>> texts;

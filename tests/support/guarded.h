@@ -2,6 +2,7 @@
 #define ZVUTIL_TESTS_GUARDED_H
 
 #include <sys/mman.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <cstring>
@@ -58,6 +59,21 @@ public:
     }
     const unsigned char* bytes() { return reinterpret_cast<const unsigned char*>(data()); }
 };
+
+// Address space that is the same piece of memory over and over, filled with a byte; writing to it
+// changes all of them where they share it (MAP_SHARED, MAP_PRIVATE).
+inline constexpr size_t kPiece = 2 << 20;
+inline char* repeated_piece(size_t size, char byte, int sharing) {
+    const int flags = MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, both = PROT_READ | PROT_WRITE;
+    const int piece = memfd_create("piece", 0);
+    const std::string bytes(kPiece, byte);
+    if (write(piece, bytes.data(), kPiece) != ssize_t{kPiece}) abort();
+    auto* const start = static_cast<char*>(mmap(nullptr, size, PROT_NONE, flags, -1, 0));
+    for (size_t at = 0; at < size; at += kPiece)
+        if (mmap(start + at, kPiece, both, sharing | MAP_FIXED, piece, 0) != start + at) abort();
+    close(piece);
+    return start;
+}
 
 // The result of a function (const char* source, char* output) that is given exactly `room` bytes.
 std::string convert_guarded(auto convert, std::string_view text, size_t room) {

@@ -34,13 +34,6 @@ struct Zvconv {
     }
 };
 
-// Tests of what zvconv has iconv do. It finds no converters where it is emulated.
-struct WithConverters : testing::Test {
-#ifdef ZVUTIL_HOST_ICONV
-    void SetUp() override { GTEST_SKIP() << "the emulated C library has no converters"; }
-#endif
-};
-
 inline std::string sample(const std::string& name) {
     return content(ZVUTIL_TEXTS "/" + name + ".txt");
 }

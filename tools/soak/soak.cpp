@@ -18,7 +18,6 @@
 #include "mbutil.h"
 #include "osutils.h"
 #include "support/folder.h"
-#include "support/texts.h"
 
 namespace {
 
@@ -73,10 +72,11 @@ std::string mail(unsigned seed) {
     all = convertSubjectForMail(out.data(), text.c_str(), mbGetCodeSetForMail(ZV_EUC), ZV_EUC);
     all += convertToQuotedPrintable(out.data(), text.c_str());
     all += mbGetMIMECharset(int(seed));
-    const test::Stream stream(fmemopen(text.data(), text.size(), "r"), fclose);
-    while (mbfgets(out.data(), 60, stream.get(), ZV_SJIS)) all += out.c_str();
-    rewind(stream.get());
-    while (getLine(out.data(), 900, stream.get(), ZV_EUC, 0, ZV_JIS)) all += out.c_str();
+    FILE* const stream = fmemopen(text.data(), text.size(), "r");
+    while (mbfgets(out.data(), 60, stream, ZV_SJIS)) all += out.c_str();
+    rewind(stream);
+    while (getLine(out.data(), 900, stream, ZV_EUC, 0, ZV_JIS)) all += out.c_str();
+    fclose(stream);
     return all;
 }
 
