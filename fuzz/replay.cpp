@@ -17,7 +17,6 @@
 #include <string>
 #include <vector>
 
-#include "digest.h"
 #include "input.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);

@@ -99,14 +99,6 @@ TEST(CodeSetNames, SubstringsDecideInOrder) {
         EXPECT_EQ(mbGetCodeSet(name), code_set) << (name ? name : "NULL");
 }
 
-TEST(CodeSetNames, LocalesNameTheirCodeSets) {
-    const std::pair<const char*, const char*> cases[] = {
-        {"Pl_PL", "8859_2"}, {"zh_tw.big5", "BIG5"}, {"zh_CN", "GB2312"},
-        {"utf-8", "UTF8"},   {"/ja_JP", "WESTERN"},  {"", "WESTERN"}};
-    for (const auto& [locale, name] : cases)
-        EXPECT_EQ(test::convert_guarded(SetCodePage, locale, 8), name) << locale;
-}
-
 // The same whether it is written beside the name or over it.
 std::string corrected(const std::string& locale) {
     const size_t room = 2 * locale.size() + 8;

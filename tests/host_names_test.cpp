@@ -113,6 +113,9 @@ TEST_F(HostNames, SomeDesignateThisServer) {
     ASSERT_NE(setlocale(LC_ALL, "tr_TR.ISO8859-9"), nullptr);
     EXPECT_EQ(IsCurrentServerName("srv-i\xFC", nullptr), 1) << "though there i is not I's";
     EXPECT_EQ(IsCurrentServerName("srv-i\xFB", nullptr), 0);
+    configure("\x80"); // a capital letter
+    ASSERT_NE(setlocale(LC_ALL, "ru_RU.CP1251"), nullptr);
+    EXPECT_EQ(IsCurrentServerName("\x90", nullptr), 1);
 }
 
 TEST(LookUps, GiveWhatTheResolverFoundOrWhyNot) {

@@ -72,6 +72,7 @@ TEST(Stream, FailuresGiveTheirValuesAndErrno) {
     const Stream full = open_stream("/dev/full", "w"), directory = open_stream("/", "r");
     EXPECT_EQ(with(ENOSPC, ZVfwrite("abc", 1, 3, full)), 0);
     EXPECT_EQ(with(EOVERFLOW, ZVfwrite(s, SIZE_MAX / 2, 3, full)), 0);
+    EXPECT_EQ(with(0, ZVfread(s, 0, 1, full)), 0) << "not asked for anything";
     EXPECT_EQ(with(EISDIR, ZVfgetc(directory)), -1);
     EXPECT_EQ(with(EISDIR, ZVfread(s, 1, 8, directory)), 0);
     EXPECT_EQ(with(EISDIR, !!ZVfgets(s, 8, directory)), 0);

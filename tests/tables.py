@@ -59,7 +59,8 @@ if {row[0] for row in code_sets} != set(number):
 prefixes = [(prefix, row) for row in rows("choosing-a-code-set.md", "(?:`[a-zU]|anything)")
             for prefix in row[0].split(", ")]
 for prefix, row in prefixes:
-    check(row, 3, written(zvutil.SetCodePage, prefix.encode(), None))
+    for name in (prefix, prefix.swapcase(), "/" + prefix):  # behind a slash it is no name's beginning
+        check(row if name[0] != "/" else prefixes[-1][1], 3, written(zvutil.SetCodePage, name.encode(), None))
 with tempfile.TemporaryDirectory() as folder:
     # By their names some are other locales than they are.
     names = {"jpn", "ja_JP.UTF-8", "RU", "ZH_TW", *(prefix for prefix, _ in prefixes if " " not in prefix)}

@@ -11,15 +11,8 @@
 
 namespace {
 
-using test::Zvconv;
+using test::kSamples, test::Zvconv;
 using ZvconvText = test::WithConverters;
-
-const struct {
-    const char *sample, *name, *iconv;
-} kSamples[] = {
-    {"japanese.sjis", "SJIS", "SJIS"},          {"japanese.euc", "EUC", "EUC-JP"},
-    {"chinese.big5", "BIG5", "BIG5"},           {"chinese.euctw", "EUC_H", "EUC-TW"},
-    {"russian.8859-5", "8859_5", "ISO-8859-5"}, {"polish.8859-2", "8859_2", "ISO-8859-2"}};
 
 std::vector<std::string> lines_of(const std::string& text) {
     std::vector<std::string> lines;

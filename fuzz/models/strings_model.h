@@ -197,11 +197,13 @@ struct StringProperties {
         }
     }
 
-    static void comparisons(const std::string& s, const std::string& tail, auto same) {
-        // A text that begins alike, but for letter case, and has an end of its own.
-        std::string other = s.substr(0, s.size() - std::min(s.size(), tail.size())) + tail;
+    static void comparisons(std::string s, const std::string& tail, auto same) {
+        // A text that begins alike, but for letter case, and has an end of its own or goes on.
+        const size_t cut = tail.size() % 3 == 0 ? 0 : std::min(s.size(), tail.size());
+        std::string other = s.substr(0, s.size() - cut) + tail;
         if (tail.size() % 2 == 0 && other.size() > 2) other[other.size() - 3] ^= 0x20;
         other.resize(strlen(other.c_str())); // a blank has become its end
+        if (tail.size() % 2 == 1) std::swap(s, other);
         Text a(s), b(other);
         const char *p = a.data(), *q = b.data();
         const bool multibyte = mbIsMultiByte();
