@@ -92,8 +92,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const int code_sets[] = {ZV_EUC, ZV_SJIS, ZV_BIG5, ZV_EUC_H, ZV_8859_2, ZV_CP1251, ZV_WESTERN};
     const int mail_code_sets[] = {ZV_JIS, ZV_8859_2, ZV_8859_5, ZV_EUC_H};
     const int code_set = input.one_of(code_sets), mail_code_set = input.one_of(mail_code_sets);
-    const size_t room = 2 + input.byte();
+    size_t room = 2 + input.byte();
     const std::string charset(input.byte() % 90, 'c'), text = input.text_of_any_size();
+    // A long text as one line, or nearly.
+    if (text.size() > 1000 && input.chance(2) == 0) room = text.size() - 2 + input.chance(8);
     InitMbutilExt(code_set);
     check_quoted_printable(text);
     check_base64(text, charset);

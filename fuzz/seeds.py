@@ -32,13 +32,12 @@ seeds = {
         for code_set in range(11) for properties in range(5)
         for text, part in ((mixed * 3, mixed[:3]), (chinese[1], b"\xA4"), (shift_jis, b"\x83\x5C,"))
     ] + [bytes([code_set, 2, 1, 30]) + b"a" + b"\xA2" * 290 for code_set in (1, 2, 7)],
-    "japanese": [
+    "converters": [
         bytes([direction]) + text
-        for direction, source in enumerate((shift_jis, euc, shift_jis, euc, jis, jis))
-        for text in (source, katakana, mixed, b"x" * 70 + source[:40])
-    ],
-    "chinese": [*chinese, mixed, b"\xC9\x4A\xDD\xFC\xA3\xE1\xF9\xFE\xA1\x30", b"\x8E\xA1\xA1\xA1"],
-    "code_pages": [bytes([pair]) + text for pair in range(4) for text in (*single, bytes(range(1, 256)))],
+        for direction, source in enumerate((shift_jis, euc, shift_jis, euc, jis, jis, *chinese))
+        for text in (source, katakana, mixed, b"x" * 70 + source[:40],
+                     b"\xC9\x4A\xDD\xFC\xA3\xE1\xF9\xFE\xA1\x30", b"\x8E\xA1\xA1\xA1")
+    ] + [bytes([pair]) + text for pair in range(8, 12) for text in (*single, bytes(range(1, 256)))],
     "detection": [*japanese, b"\xB0\xE0\xE1\xFEz", b"\xB0\xE0\xE1 z\xF1", b"\x8E\xB1z", b"\x1B$(x"],
     "mail": [
         bytes([code_set, mail, room, 11]) + text

@@ -9,24 +9,24 @@
 
 namespace test {
 
-struct JapaneseDirection {
+struct Direction {
     const char* name;
     char* (*convert)(const char*, char*);
     int from, to;
     size_t growth, extra; // room: growth * length + extra
 };
-inline constexpr JapaneseDirection kJapanese[] = {{"shift2eucx", shift2eucx, ZV_SJIS, ZV_EUC, 2, 1},
-                                                  {"euc2shiftx", euc2shiftx, ZV_EUC, ZV_SJIS, 1, 1},
-                                                  {"shift2jisx", shift2jisx, ZV_SJIS, ZV_JIS, 5, 4},
-                                                  {"euc2jisx", euc2jisx, ZV_EUC, ZV_JIS, 3, 4},
-                                                  {"jis2shiftx", jis2shiftx, ZV_JIS, ZV_SJIS, 1, 1},
-                                                  {"jis2eucx", jis2eucx, ZV_JIS, ZV_EUC, 1, 1}};
+inline constexpr Direction kJapanese[] = {{"shift2eucx", shift2eucx, ZV_SJIS, ZV_EUC, 2, 1},
+                                          {"euc2shiftx", euc2shiftx, ZV_EUC, ZV_SJIS, 1, 1},
+                                          {"shift2jisx", shift2jisx, ZV_SJIS, ZV_JIS, 5, 4},
+                                          {"euc2jisx", euc2jisx, ZV_EUC, ZV_JIS, 3, 4},
+                                          {"jis2shiftx", jis2shiftx, ZV_JIS, ZV_SJIS, 1, 1},
+                                          {"jis2eucx", jis2eucx, ZV_JIS, ZV_EUC, 1, 1}};
 
 inline bool between(int byte, int first, int last) { return byte >= first && byte <= last; }
 inline bool is_lead(int b) { return between(b, 0x81, 0x9F) || between(b, 0xE0, 0xEF); }
 
 // The rules of all six directions, a byte at a time and without a thought for speed.
-inline std::string japanese_model(const JapaneseDirection& d, std::string_view text) {
+inline std::string japanese_model(const Direction& d, std::string_view text) {
     std::string out;
     int two_byte = 0;
     const auto put = [&](int first, int second) { (out += char(first)) += char(second); };
