@@ -3,11 +3,8 @@
 #include <clocale>
 #include <cstdlib>
 #include <functional>
-#include <sstream>
 
 #include "mbutil.h"
-#include "support/child.h"
-#include "support/folder.h"
 #include "support/guarded.h"
 #include "support/oracle.h"
 
@@ -32,27 +29,6 @@ TEST(CurrentCodeSet, StartsUnknownAndThenSetsTheFlags) {
     }
 }
 
-TEST(CurrentCodeSet, ComesFromRealLocalesOnFirstUse) {
-    const struct {
-        const char* lang;
-        int native, of_locale; // what InitMbutil() and what mbGetLocaleCodeSet() make of it
-    } cases[] = {{"ja_JP.eucJP", 4, 4},   {"zh_TW.BIG5", 10, 9}, {"pl_PL", 0, 14},
-                 {"ru_RU.KOI8-R", 0, 17}, {"POSIX", 0, 0},       {"no_SUCH.locale", 0, 0}};
-    const std::pair<const char*, void (*)()> uses[] = {
-        {"length", [] { mbmaxcharlen(); }},        {"multibyte", [] { mbIsMultiByte(); }},
-        {"Japanese", [] { mbIsJapanese(); }},      {"printable", [] { ismbcprint('a'); }},
-        {"lead byte", [] { mb_isleadbyte('a'); }}, {"mail charset", [] { mbGetMIMECodeSet("x"); }}};
-    const auto of_locale = [] { return setlocale(LC_ALL, ""), mbGetLocaleCodeSet(); };
-    for (const auto& c : cases) {
-        for (const auto& [name, use] : uses) {
-            const auto native = [use = use] { return use(), InitMbutilExt(0); };
-            EXPECT_EQ(test::in_fresh_locale(c.lang, native), c.native) << c.lang << ' ' << name;
-        }
-        EXPECT_EQ(test::in_fresh_locale(c.lang, of_locale), c.of_locale) << c.lang;
-    }
-    EXPECT_EQ(test::in_fresh_locale("ja_JP.eucJP", mbGetLocaleCodeSet), 0) << "adopts nothing";
-}
-
 TEST(CurrentCodeSet, ComesFromTheCharacterTypeAndAdoptsAllCategories) {
     const auto mixed = [] {
         return setenv("LC_CTYPE", "ja_JP.eucJP", 1), InitMbutil(), InitMbutilExt(0);
@@ -66,6 +42,8 @@ TEST(CurrentCodeSet, ComesFromTheCharacterTypeAndAdoptsAllCategories) {
         return InitMbutil(), InitMbutilExt(0);
     };
     EXPECT_EQ(test::in_fresh_locale("ja_JP.eucJP", of_no_locale), ZV_EUC) << "the host's stays";
+    EXPECT_EQ(test::in_fresh_locale("no_SUCH.locale", of_no_locale), ZV_WESTERN);
+    EXPECT_EQ(test::in_fresh_locale("ja_JP.eucJP", mbGetLocaleCodeSet), 0) << "adopts nothing";
 }
 
 TEST(CurrentCodeSet, IsAdoptedByWhatNeedsItAlone) {
@@ -126,38 +104,6 @@ TEST(CodeSetNames, CorrectedLocaleNamesTheWindowsCodePage) {
     EXPECT_EQ(corrected(std::string(92, 'x') + ".8859-1"), std::string(92, 'x') + ".cp1252");
     const std::string long_name = std::string(93, 'x') + ".8859-1";
     EXPECT_EQ(corrected(long_name), long_name);
-}
-
-// Locales of these names, with the contents of others: links to them.
-TEST(CodeSetNames, TheLocaleDecidesForANameWithoutACodeSet) {
-    const struct {
-        const char *names, *like, *page;
-    } rows[] = {
-        {"cz_CZ cs_CZ hu_HU pl_PL hr_HR ro_RO sh_YU sl_SI sq_AL sk_SK", "pl_PL", "cp1250"},
-        {"RU bg_BG mk_MK sr_YU", "pl_PL", "cp1251"},
-        {"el_GR", "pl_PL", "cp1253"},
-        {"tr_TR", "pl_PL", "cp1254"},
-        {"et_EE lt_LT lv_LV", "pl_PL", "cp1257"},
-        {"de_DE jpn", "pl_PL", "cp1252"},
-        {"ja ko ZH_TW zh_CN", "pl_PL", "xx"},
-        {"zh_TW.BIG5", "zh_TW.BIG5", "xx"},
-        {"zh.GBK", "zh_CN.GBK", "xx"},
-    };
-    const test::Folder folder;
-    for (const auto& [names, like, page] : rows) {
-        std::istringstream separate(names);
-        for (std::string name; separate >> name;) {
-            create_directory_symlink(std::filesystem::path(ZVUTIL_TEST_LOCALES) / like,
-                                     folder / name.c_str());
-            test::Child child([&](int out) {
-                setenv("LOCPATH", (folder / "").c_str(), 1);
-                setenv("LC_ALL", name.c_str(), 1);
-                InitMbutil();
-                dprintf(out, "%s", corrected("xx@x").c_str());
-            });
-            EXPECT_EQ(child.finish(), std::string("xx.") + page + "@x") << name;
-        }
-    }
 }
 
 TEST(CodeSetNames, SameLanguageKnowsThreeGroups) {

@@ -75,6 +75,11 @@ with tempfile.TemporaryDirectory() as folder:
         zvutil.InitMbutil()
         check(row, 1, identifier(zvutil.InitMbutilExt(0)))
         check(row, 2, identifier(zvutil.mbGetLocaleCodeSet()))
+        page = {"ZV_8859_2": "cp1250", "ZV_8859_4": "cp1257", "ZV_8859_5": "cp1251", "ZV_8859_7": "cp1253",
+                "ZV_8859_9": "cp1254", "ZV_WESTERN": "cp1252"}.get(row[2], "xx")
+        corrected = written(zvutil.mbGetCorrectedLocaleForUnix, b"xx@x", None)
+        if corrected != f"xx.{page}@x":
+            wrong.append(f"in {locale}, xx@x becomes {corrected} instead of {page}")
 
 for row in rows("choosing-a-code-set.md", '"'):
     name = row[0].strip('"').encode()
