@@ -92,9 +92,11 @@ TEST(Estimators, SaturateBeyondTheLargestNumber) {
           {"shiftLength", shiftLength, -2},
           {"big5Length", big5Length, -2},
           {"MaxStringLengthOnWinAndUnix", MaxStringLengthOnWinAndUnix, 0}}) {
+#ifdef NDEBUG // Loops that are not optimised take minutes.
         const auto fits = static_cast<size_t>(long{INT_MAX} - growth);
         EXPECT_EQ(length(end - (fits - 1)), INT_MAX - 1) << name;
         EXPECT_EQ(length(end - (fits + 1)), INT_MAX) << name;
+#endif
         EXPECT_EQ(length(end - (2 * kMost + 12)), INT_MAX) << name;
     }
 }
