@@ -51,8 +51,7 @@ TEST(CodeSetChoice, ForMailAndForData) {
     }
 }
 
-using DocumentCharsets = test::WithConverters;
-TEST_F(DocumentCharsets, AreRegisteredNamesInTheStatedRoom) {
+TEST(DocumentCharsets, AreRegisteredNamesInTheStatedRoom) {
     static_assert(sizeof(ConvToCharset) == 36);
     // As registries of character sets give the numbers of the vendor's.
     const std::pair<const char*, const char*> converters[] = {

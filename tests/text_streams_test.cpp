@@ -59,8 +59,7 @@ TEST(Dispatch, TheWindowsFormItsLengthAndTheByteSum) {
     for (const auto& [call, result] : refused) EXPECT_FALSE(result) << call;
 }
 
-using Numbers = WithConverters;
-TEST_F(Numbers, AreThoseThatIconvKnows) {
+TEST(Numbers, AreThoseThatIconvKnows) {
     const struct {
         int code_set;
         const MbToSbNumber* table;

@@ -13,7 +13,6 @@ namespace {
 
 using test::content;
 using test::Zvconv;
-using ZvconvUnicode = test::WithConverters;
 
 // The sample texts: what the tool calls their code sets, and what iconv does.
 const struct {
@@ -27,7 +26,7 @@ const struct {
     {"russian.8859-5", "-f 8859_5 -t 1251", "ISO-8859-5", "CP1251", "-f 8859_5 -t 1251 -s"},
     {"polish.8859-2", "-f 8859_2 -t 1250", "ISO-8859-2", "CP1250", "-f 8859_2 -t 8859_2 -s"}};
 
-TEST_F(ZvconvUnicode, SampleTextsBecomeWhatIconvAndAMailProgramMakeOfThem) {
+TEST(Zvconv, ConvertsTheSampleTextsAsIconvAndAMailProgramDo) {
     const Zvconv tool;
     for (const auto& c : kSamples) {
         std::string text = test::sample(c.sample);
@@ -57,6 +56,8 @@ TEST_F(ZvconvUnicode, SampleTextsBecomeWhatIconvAndAMailProgramMakeOfThem) {
     }
     EXPECT_NE(tool.read("stdout").find("?=\n \t=?iso-"), std::string::npos) << "the library's form";
 }
+
+using ZvconvUnicode = test::WithConverters;
 
 TEST_F(ZvconvUnicode, LongLinesAreNeverSplitInsideACharacter) {
     const Zvconv tool;

@@ -1,8 +1,6 @@
 #ifndef ZVUTIL_TESTS_ORACLE_H
 #define ZVUTIL_TESTS_ORACLE_H
 
-#include <gtest/gtest.h>
-
 #include <functional>
 #include <optional>
 #include <string>
@@ -10,14 +8,8 @@
 
 namespace test {
 
-// Tests that need the C library's converters, which an emulated one does not find.
-struct WithConverters : testing::Test {
-#ifdef ZVUTIL_EMULATED
-    void SetUp() override { GTEST_SKIP() << "the emulated C library has no converters"; }
-#endif
-};
-
-// What glibc's iconv makes of a text; nothing when it refuses it.
+// What glibc's iconv makes of a text; nothing when it refuses it. Where there is no converter at
+// all, it ends the test, skipped.
 std::optional<std::string> iconv_text(const char* from, const char* to, std::string_view text);
 
 // Runs an action in a fresh process with LANG as its only locale variable and the test locales in
