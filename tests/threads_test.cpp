@@ -110,21 +110,6 @@ TEST(Threads, ReadNamesThatAreResolvedAgain) {
     });
 }
 
-// What the guides tell a host to do before its threads start: a start-up that gives 0, for want of
-// a name, has filled no path.
-TEST(Threads, ReadThePathsThatOneHasFilled) {
-    const auto paths = [] {
-        std::string all;
-        for (const char* path : {OSGetZVInstallPath(), OSGetZVConfigPath(), OSGetServerConfigPath(),
-                                 OSGetDBConfigPath(), OSGetServerDbPath(), OSGetZVQDirectory(),
-                                 OSGetAuditConfigPath(), OSGetZVMonitorConfigFile(nullptr)})
-            all += path + std::string("\n");
-        return all;
-    };
-    const std::string filled = paths();
-    in_threads([&](int) { EXPECT_EQ(paths(), filled); });
-}
-
 TEST(Threads, ConvertTimesAtOnce) {
     setenv("TZ", "EST5", 1);
     in_threads([](int thread) {

@@ -112,7 +112,11 @@ std::string containers(unsigned seed) {
 
 std::string machine(unsigned seed) {
     char out[600] = "", name[65] = "";
-    std::string all = OSGetServerConfigPath() + std::string(OSGetServerDbPath());
+    std::string all;
+    for (const char* path : {OSGetZVInstallPath(), OSGetZVConfigPath(), OSGetServerConfigPath(),
+                             OSGetDBConfigPath(), OSGetServerDbPath(), OSGetZVQDirectory(),
+                             OSGetAuditConfigPath(), OSGetZVMonitorConfigFile(nullptr)})
+        all += path;
     GetLineFromServerConfigFileDup("Known:", out);
     OSGetHostnameNoDomain(name);
     all += out + std::string(name) + std::to_string(IsCurrentServerName(name, nullptr));
