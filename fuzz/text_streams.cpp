@@ -92,10 +92,12 @@ void check_file(std::string text, int from, int to) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     fuzz::Input input(data, size);
     const auto [from, to] = input.one_of(kPairs);
-    const int room = 1 + static_cast<int>(input.byte() % 80);
-    const unsigned choice = input.byte(), wide = unsigned(room) * (choice % 2 == 0 ? 1 : 11);
+    const unsigned room = 1 + input.byte() % 80, choice = input.byte();
     const std::string text = input.text_of_any_size();
     if (text.empty()) return 0;
+    // A long text as one line, or nearly.
+    const size_t wide = text.size() > 1000 ? text.size() - 2 + input.chance(8) : 11 * room;
+    const auto size_of_room = static_cast<unsigned>(choice % 2 == 0 ? room : wide);
     InitMbutilExt(to);
     fuzz::Text readable(text);
     if (choice / 2 % 4 == 0) return check_file(text, from, to), 0;
@@ -103,9 +105,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     FILE* const stream =
         choice % 16 == 7 ? pipe_of(text) : fmemopen(readable.data(), text.size(), "r");
     if (choice / 2 % 4 == 2)
-        check_lines(stream, text, room, from, to);
+        check_lines(stream, text, static_cast<int>(size_of_room), from, to);
     else if (mbIsMultiByte())
-        check_blocks(stream, text, wide);
+        check_blocks(stream, text, size_of_room);
     fclose(stream);
     return 0;
 }
