@@ -218,6 +218,8 @@ TEST_F(ZvconvText, GuessesNameEncodingAndLineEnds) {
               "mixed: ASCII (mixed)\nutf16: UTF-16 (CRLF)\n");
     EXPECT_EQ(tool.run("--guess 8859_5 8859_2 SJIS"), 1);
     EXPECT_EQ(tool.read("stdout"), "SJIS: SJIS (LF)\n") << "neither Russian nor Polish is Japanese";
+    tool.write("words", "warto\xB6\xE6 na po\xB3\xB1\x63zenie\n");
+    EXPECT_EQ(tool.run("--guess words"), 1) << "letters with accents in twos";
     EXPECT_EQ(tool.run("-V && cat far | " ZVUTIL_ZVCONV " --guess"), 0);
     EXPECT_NE(tool.read("stdout").find("standard input: SJIS (mixed)\n"), std::string::npos);
     // No line of UTF-8 is taken for anything else; Japanese lines are what they are or an error.
