@@ -48,6 +48,20 @@ TEST_F(ZvconvText, UnicodeIsWhatIconvMakesAndComesBack) {
     EXPECT_EQ(utf8, test::iconv_text("ISO-2022-JP", "UTF-8", jis));
     EXPECT_EQ(tool.convert("-f UTF-8 -t JIS", utf8),
               tool.convert("-f EUC -t JIS", *test::iconv_text("UTF-8", "EUC-JP", utf8)));
+    // All that EUC has, of which Shift-JIS lacks a half.
+    std::string euc, all;
+    for (unsigned lead = 0xA1; lead < 0xFF; ++lead) {
+        for (unsigned trail = 0xA1; trail < 0xFF; ++trail) {
+            for (const std::string shift : {"", "\x8F"}) {
+                const std::string one = shift + static_cast<char>(lead) + static_cast<char>(trail);
+                if (const auto text = test::iconv_text("EUC-JP", "UTF-8", one)) {
+                    euc += one + std::string(1, '\0');
+                    all += *text + std::string(1, '\0');
+                }
+            }
+        }
+    }
+    EXPECT_TRUE(tool.convert("-f UTF-8 -t EUC", all) == euc) << tool.read("stderr");
 }
 
 TEST_F(ZvconvText, MarksAreUnderstoodAndNotCarriedOn) {
