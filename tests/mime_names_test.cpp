@@ -115,7 +115,8 @@ TEST(DocumentCharsets, ParsersReadTheDeclaration) {
         ASSERT_TRUE(result);
         test::write_file(folder / "document", result);
         free(result);
-        EXPECT_EQ(test::output_of("xmllint --xpath '//r/text()' " + (folder / "document")),
+        EXPECT_EQ(test::output_of("env -u GCONV_PATH xmllint --xpath '//r/text()' " +
+                                  (folder / "document")),
                   c.text + std::string("\n"))
             << c.charset;
     }

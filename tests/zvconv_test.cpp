@@ -244,7 +244,7 @@ TEST(Zvconv, AnUnreadableFileIsNamedAndTheOthersAreDone) {
     EXPECT_EQ(tool.read("tree/shut/deep"), "\x88\x9F");
 }
 
-TEST(Zvconv, AnEndedRunOfManyProcessesLeavesNothingHalfDone) {
+TEST_F(ZvconvUnicode, AnEndedRunOfManyProcessesLeavesNothingHalfDone) {
     const Zvconv tool;
     std::string big;
     for (int i = 0; i < 300000; ++i) big += "\x88\x9F\x93\xFA\n";

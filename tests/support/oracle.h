@@ -8,7 +8,8 @@
 
 namespace test {
 
-// What glibc's iconv makes of a text; nothing when it refuses it.
+// What glibc's iconv makes of a text; nothing when it refuses it. Where there is no converter at
+// all, it ends the test, skipped.
 std::optional<std::string> iconv_text(const char* from, const char* to, std::string_view text);
 
 // Runs an action in a fresh process with LANG as its only locale variable and the test locales in
