@@ -105,8 +105,8 @@ TEST(Estimators, SaturateBeyondTheLargestNumber) {
 #ifdef __SANITIZE_THREAD__
     GTEST_SKIP() << "the sanitizer keeps a record of every byte";
 #endif
-#ifdef ZVUTIL_HOST_ICONV
-    GTEST_SKIP() << "an emulated processor takes minutes";
+#ifdef ZVUTIL_OTHER_MACHINE
+    GTEST_SKIP() << "an emulated processor takes minutes, one of 32 bits has no room for the text";
 #endif
     constexpr size_t kMost = INT_MAX;
     // One byte longer in EUC, two in EUC-TW; two shorter in Shift-JIS and in Big5.
