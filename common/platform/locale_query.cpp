@@ -34,7 +34,7 @@ void query_locale(std::span<char> name) {
     std::string_view locale = queried != nullptr ? queried : "C";
     BoundedText out(name);
 
-    if (locale.find(';') == locale.npos) {
+    if (locale.find(';') == std::string_view::npos) {
         out.append(locale);
         return;
     }

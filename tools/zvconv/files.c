@@ -47,42 +47,48 @@ static int by_name(const struct dirent** a, const struct dirent** b) {
     return strcmp((*a)->d_name, (*b)->d_name);
 }
 
-static bool walk_entry(struct files* files, const char* directory, const char* name,
-                       struct patterns patterns);
-
-/* Not with fts(3), which on a machine of 32 bits ends a directory at an entry with a larger number.
- */
-static bool walk(struct files* files, const char* directory, struct patterns patterns) {
+/* Puts what is in a directory on a stack, the first name uppermost. */
+static bool push_entries(struct files* stack, const char* directory) {
     struct dirent** entries;
-    const int count = scandir(directory, &entries, is_within, by_name);
+    int count = scandir(directory, &entries, is_within, by_name);
     if (count < 0) {
-        files->complete = complain_of(directory);
+        stack->complete = complain_of(directory);
         return true;
     }
+    const char* separator = directory[strlen(directory) - 1] == '/' ? "" : "/";
     bool good = true;
-    for (int i = 0; i < count; ++i) {
-        good = good && walk_entry(files, directory, entries[i]->d_name, patterns);
-        free(entries[i]);
+    while (--count >= 0) {
+        char* path;
+        if (good && asprintf(&path, "%s%s%s", directory, separator, entries[count]->d_name) < 0)
+            good = complain("no memory");
+        if (good) {
+            good = add(stack, path);
+            free(path);
+        }
+        free(entries[count]);
     }
     free(entries);
     return good;
 }
 
-static bool walk_entry(struct files* files, const char* directory, const char* name,
-                       struct patterns patterns) {
-    const char* separator = directory[strlen(directory) - 1] == '/' ? "" : "/";
-    char* path;
-    if (asprintf(&path, "%s%s%s", directory, separator, name) < 0)
-        return complain("no memory");
-    struct stat status;
-    bool good = true;
-    if (lstat(path, &status) != 0)
-        files->complete = complain_of(path);
-    else if (S_ISDIR(status.st_mode))
-        good = walk(files, path, patterns);
-    else if (S_ISREG(status.st_mode) && matches(name, patterns))
-        good = add(files, path);
-    free(path);
+/* Not with fts(3), which on a machine of 32 bits ends a directory at an entry with a larger number.
+ */
+static bool walk(struct files* files, const char* directory, struct patterns patterns) {
+    struct files stack = {.complete = true};
+    bool good = push_entries(&stack, directory);
+    while (good && stack.count > 0) {
+        char* path = stack.names[--stack.count];
+        struct stat status;
+        if (lstat(path, &status) != 0)
+            stack.complete = complain_of(path);
+        else if (S_ISDIR(status.st_mode))
+            good = push_entries(&stack, path);
+        else if (S_ISREG(status.st_mode) && matches(strrchr(path, '/') + 1, patterns))
+            good = add(files, path);
+        free(path);
+    }
+    files->complete = files->complete && stack.complete;
+    files_free(&stack);
     return good;
 }
 
