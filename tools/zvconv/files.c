@@ -71,8 +71,8 @@ static bool push_entries(struct files* stack, const char* directory) {
     return good;
 }
 
-/* Not with fts(3), which on a machine of 32 bits ends a directory at an entry with a larger number.
- */
+/* Not with fts(3): where a long has 32 bits, glibc's says nothing and ends a directory at an entry
+ * whose number has more. */
 static bool walk(struct files* files, const char* directory, struct patterns patterns) {
     struct files stack = {.complete = true};
     bool good = push_entries(&stack, directory);
