@@ -10,9 +10,9 @@ import textwrap
 
 from report import COUNTS_TITLE, table
 
-REMARK = ("Instructions per byte of text, counted by an emulator, where the speed of a real machine "
-          "cannot be told. A text is a sample of `examples/texts` sixteen times over, converted once. "
-          "`script/bench --target {}` counts anew.")
+REMARK = ("`script/bench --target {}` counts instructions per byte of text in an emulator, where the "
+          "speed of a real machine cannot be told. A text is a sample of `examples/texts` sixteen "
+          "times over, converted once.")
 
 
 def counts(command):
