@@ -119,7 +119,8 @@ def page(results):
 The program and its peers, whole processes, each converting the same 100 MB of prose from standard
 input to nowhere; nkf, recode and uconv a tenth of it, reckoned up. `script/bench` measures anew and
 writes this page and the chart. The times are seconds of user time, the best of {REPETITIONS} runs
-taken in turn, of {SLOW_REPETITIONS} for the others. Where the library has no converter, zvconv uses iconv's and can be no faster.
+taken in turn, of {SLOW_REPETITIONS} for the others. Where the library has no converter, zvconv uses
+iconv's; UTF-8 to EUC goes by Shift-JIS, for which iconv is quicker.
 
 - Programs: {version("iconv", "--version")}; {version("recode", "--version")};
   {" ".join(version("uconv", "--version").split()[:2])}; nkf

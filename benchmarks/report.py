@@ -14,6 +14,7 @@ from html import escape
 
 LIBRARY = "zvutil"
 FLOORS = ("strlen+memcpy", "C library")
+COUNTS_TITLE = "## Instructions on "  # the last section, which instructions.py writes
 MOST_GROWTH = 2  # cost per byte of the largest text against that of the smallest
 
 FAMILIES = {
@@ -326,7 +327,9 @@ def main():
     costs = growths(every)
     rows = [row for row in every if row.family != "growth"]
     folder.mkdir(exist_ok=True)
-    (folder / "performance.md").write_text(report(results["context"], rows, costs))
+    page = folder / "performance.md"
+    counts = page.read_text().partition(f"\n{COUNTS_TITLE}") if page.exists() else ()
+    page.write_text(report(results["context"], rows, costs) + "".join(counts[1:]))
     chart = Chart([row for row in rows if charted(row)])
     (folder / "performance.svg").write_text(chart.svg())
     print(summary(rows, costs))

@@ -6,6 +6,8 @@ include(CheckCXXCompilerFlag)
 include(CheckCXXSourceCompiles)
 include(CheckLinkerFlag)
 
+# Clang takes some of them for every processor and warns where they have no meaning.
+set(CMAKE_REQUIRED_FLAGS -Werror)
 foreach(flag stack-protector-strong stack-clash-protection cf-protection)
   string(MAKE_C_IDENTIFIER HAVE_${flag} have)
   check_cxx_compiler_flag(-f${flag} ${have})
@@ -13,6 +15,7 @@ foreach(flag stack-protector-strong stack-clash-protection cf-protection)
     target_compile_options(zvutil PRIVATE -f${flag})
   endif()
 endforeach()
+unset(CMAKE_REQUIRED_FLAGS)
 
 # A process has shadow stacks when all its objects say that they keep to them. The start files lack
 # that note, so the linker would drop it. Jump targets are marked too, but not noted: those of the

@@ -1,6 +1,10 @@
 #include <gtest/gtest.h>
+#include <sys/ptrace.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <climits>
+#include <csignal>
 #include <map>
 
 #include "jaconv.h"
@@ -35,6 +39,44 @@ TEST(JapaneseConverters, AgreeWithIconvOverTheWholeRepertoire) {
             << direction.name;
     }
 }
+
+#if defined(__x86_64__) && defined(__OPTIMIZE__) && defined(NDEBUG) &&                             \
+    !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) &&                             \
+    !defined(ZVUTIL_OTHER_MACHINE)
+// How many instructions a process takes from here to the end of a conversion.
+int instructions_of(char* (*convert)(const char*, char*), const std::string& text) {
+    std::string room(2 * text.size() + 1, '\0');
+    const pid_t child = fork();
+    if (child == 0) {
+        if (ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) != 0) _exit(1);
+        raise(SIGSTOP);
+        convert(text.c_str(), room.data());
+        _exit(0);
+    }
+    int count = 0;
+    for (int status; waitpid(child, &status, 0) == child && WIFSTOPPED(status); ++count)
+        ptrace(PTRACE_SINGLESTEP, child, nullptr, nullptr);
+    return count;
+}
+
+TEST(JapaneseKernels, AreTheWidestThatTheProcessorRuns) {
+    const char* const tunables = getenv("GLIBC_TUNABLES");
+    const std::string_view without = tunables == nullptr ? "" : tunables;
+    const bool wide = __builtin_cpu_supports("avx2") && !without.ends_with("-AVX2");
+    const bool widest =
+        wide && __builtin_cpu_supports("avx512vbmi2") && !without.ends_with("-AVX512BW");
+    const auto kanji = [](int count) {
+        std::string text;
+        while (count-- > 0) text += "\x93\x8C";
+        return text;
+    };
+    const int few = instructions_of(shift2eucx, kanji(1 << 9));
+    if (few < 2) GTEST_SKIP() << "tracing is refused";
+    const int blocks = (1 << 12) / (widest ? 64 : wide ? 32 : 16);
+    // About 70 for each.
+    EXPECT_LT(instructions_of(shift2eucx, kanji((1 << 9) + (1 << 11))) - few, 100 * blocks);
+}
+#endif
 
 TEST(JapaneseCharacters, ShiftJisAndJisAreInverse) {
     for (int lead = 0x81; lead <= 0xEF; ++lead) {

@@ -6,6 +6,7 @@
 
 #include <climits>
 #include <csignal>
+#include <cstdint>
 #include <utility>
 
 #include "faults/faults.h"
@@ -93,6 +94,23 @@ TEST(Stream, FailuresGiveTheirValuesAndErrno) {
     EXPECT_EQ(ZVfseek(stream, INT_MAX, SEEK_SET), 0);
     EXPECT_EQ(with(EOVERFLOW, ZVfseek(stream, LONG_MAX, SEEK_CUR)), -1);
     EXPECT_EQ(with(EBADF, ZVfgetc(stream)), -1) << "not readable, wherever it stands";
+}
+
+TEST(Stream, FilesReachBeyondTheLastPosition) {
+    const test::Folder folder;
+    const std::string path = folder / "file";
+    constexpr int64_t kSize = (int64_t{1} << 32) + 2; // 2 in an int
+    test::write_file(path, "012");
+    ASSERT_EQ(truncate(path.c_str(), kSize), 0);
+    const Stream stream = open_stream(path, "r+"), appending = open_stream(path, "a");
+    ASSERT_TRUE(stream && appending);
+    EXPECT_EQ(ZVfgetc(stream), '0');
+    EXPECT_EQ(ZVfseek(stream, 0, SEEK_END), -1);
+    EXPECT_EQ(ZVferror(stream), EOVERFLOW);
+    EXPECT_EQ(ZVfgetc(stream), '1') << "where it stood";
+    EXPECT_EQ(ZVfputs("x", appending), -1);
+    EXPECT_EQ(ZVferror(appending), EOVERFLOW);
+    EXPECT_EQ(std::filesystem::file_size(path), uintmax_t{kSize});
 }
 
 TEST(Stream, ClosedOnesAreNotOpen) {

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <signal.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <regex>
@@ -221,7 +222,29 @@ TEST(Zvconv, DirectoriesAreConvertedOnceByAnyNumberOfProcesses) {
     EXPECT_TRUE(tool.says("x: Too many levels of symbolic links"));
 }
 
-TEST(Zvconv, AnEndedRunOfManyProcessesLeavesNothingHalfDone) {
+TEST(Zvconv, AnUnreadableFileIsNamedAndTheOthersAreDone) {
+    const Zvconv tool;
+    // The super-user reads everything without this.
+    const std::string plainly = geteuid() != 0 ? ""
+                                               : "setpriv --bounding-set=-dac_override,"
+                                                 "-dac_read_search ";
+    if (tool.run("-V; " + plainly + "true #") != 0) GTEST_SKIP() << "rights cannot be dropped here";
+    std::filesystem::create_directories(tool.folder / "tree/shut");
+    for (const char* name : {"secret", "open", "tree/shut/deep", "tree/open"})
+        tool.write(name, "\x88\x9F");
+    EXPECT_EQ(tool.run("-V; chmod 0 secret tree/shut; " + plainly +
+                       ZVUTIL_ZVCONV " -f SJIS -t EUC -ir secret tree open 2>stderr; s=$?; "
+                                     "chmod 700 secret tree/shut; exit $s #"),
+              1);
+    EXPECT_EQ(tool.read("stderr"), "zvconv: tree/shut: Permission denied\n"
+                                   "zvconv: secret: Permission denied\n");
+    EXPECT_EQ(tool.read("open"), "\xB0\xA1");
+    EXPECT_EQ(tool.read("tree/open"), "\xB0\xA1");
+    EXPECT_EQ(tool.read("secret"), "\x88\x9F");
+    EXPECT_EQ(tool.read("tree/shut/deep"), "\x88\x9F");
+}
+
+TEST_F(ZvconvUnicode, AnEndedRunOfManyProcessesLeavesNothingHalfDone) {
     const Zvconv tool;
     std::string big;
     for (int i = 0; i < 300000; ++i) big += "\x88\x9F\x93\xFA\n";

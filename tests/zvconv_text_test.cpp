@@ -48,6 +48,20 @@ TEST_F(ZvconvText, UnicodeIsWhatIconvMakesAndComesBack) {
     EXPECT_EQ(utf8, test::iconv_text("ISO-2022-JP", "UTF-8", jis));
     EXPECT_EQ(tool.convert("-f UTF-8 -t JIS", utf8),
               tool.convert("-f EUC -t JIS", *test::iconv_text("UTF-8", "EUC-JP", utf8)));
+    // All that EUC has, of which Shift-JIS lacks a half.
+    std::string euc, all;
+    for (unsigned lead = 0xA1; lead < 0xFF; ++lead) {
+        for (unsigned trail = 0xA1; trail < 0xFF; ++trail) {
+            for (const std::string shift : {"", "\x8F"}) {
+                const std::string one = shift + static_cast<char>(lead) + static_cast<char>(trail);
+                if (const auto text = test::iconv_text("EUC-JP", "UTF-8", one)) {
+                    euc += one + std::string(1, '\0');
+                    all += *text + std::string(1, '\0');
+                }
+            }
+        }
+    }
+    EXPECT_TRUE(tool.convert("-f UTF-8 -t EUC", all) == euc) << tool.read("stderr");
 }
 
 TEST_F(ZvconvText, MarksAreUnderstoodAndNotCarriedOn) {
@@ -55,7 +69,9 @@ TEST_F(ZvconvText, MarksAreUnderstoodAndNotCarriedOn) {
     const std::string mark = "\xEF\xBB\xBF", be("\xFE\xFF\0a", 4), le("\xFF\xFE\x61\0", 4);
     EXPECT_EQ(tool.convert("-f UTF-8 -t SJIS", mark + "a"), "a");
     EXPECT_EQ(tool.convert("-f UTF-8 -t UTF-8", mark + "a"), mark + "a");
-    EXPECT_EQ(tool.convert("-f UTF-8 -t UTF-16", mark + "a"), le);
+    const std::string own =
+        *test::iconv_text("ASCII", "UTF-16", "a"); // in the machine's byte order
+    EXPECT_EQ(tool.convert("-f UTF-8 -t UTF-16", mark + "a"), own);
     for (const auto& [from, text] : {std::pair("UTF-16", be),
                                      {"UTF-16BE", be},
                                      {"UTF-16", le},
@@ -64,7 +80,7 @@ TEST_F(ZvconvText, MarksAreUnderstoodAndNotCarriedOn) {
         EXPECT_EQ(tool.convert("-f " + std::string(from) + " -t EUC", text), "a") << from;
     tool.write("in", "a");
     EXPECT_EQ(tool.run("-f SJIS -t UTF-16 in in"), 0);
-    EXPECT_EQ(tool.read("stdout"), le + std::string("a\0", 2)) << "one mark for all";
+    EXPECT_EQ(tool.read("stdout"), own + own.substr(2)) << "one mark for all";
 }
 
 // All single bytes, both ways, against iconv: a byte stays a control code, becomes what iconv makes
@@ -218,6 +234,8 @@ TEST_F(ZvconvText, GuessesNameEncodingAndLineEnds) {
               "mixed: ASCII (mixed)\nutf16: UTF-16 (CRLF)\n");
     EXPECT_EQ(tool.run("--guess 8859_5 8859_2 SJIS"), 1);
     EXPECT_EQ(tool.read("stdout"), "SJIS: SJIS (LF)\n") << "neither Russian nor Polish is Japanese";
+    tool.write("words", "warto\xB6\xE6 na po\xB3\xB1\x63zenie\n");
+    EXPECT_EQ(tool.run("--guess words"), 1) << "letters with accents in twos";
     EXPECT_EQ(tool.run("-V && cat far | " ZVUTIL_ZVCONV " --guess"), 0);
     EXPECT_NE(tool.read("stdout").find("standard input: SJIS (mixed)\n"), std::string::npos);
     // No line of UTF-8 is taken for anything else; Japanese lines are what they are or an error.

@@ -1,3 +1,5 @@
+// Expects the C library to have gethostbyname_r() and gethostbyaddr_r() that return a status,
+// ERANGE where the buffer is too small, and give the result through a pointer (glibc, musl).
 #ifndef ZVUTIL_PLATFORM_HOST_LOOKUP_H
 #define ZVUTIL_PLATFORM_HOST_LOOKUP_H
 

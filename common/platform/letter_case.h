@@ -1,3 +1,5 @@
+// Expects of glibc its tables of letter case, which are those of the calling thread's locale; of
+// another C library tolower() and toupper().
 #ifndef ZVUTIL_PLATFORM_LETTER_CASE_H
 #define ZVUTIL_PLATFORM_LETTER_CASE_H
 

@@ -34,18 +34,16 @@ void query_locale(std::span<char> name) {
     std::string_view locale = queried != nullptr ? queried : "C";
     BoundedText out(name);
 
-    // glibc writes a mixed locale as "LC_CTYPE=ja_JP;LC_NUMERIC=C;...", the character type first.
-    constexpr std::string_view kMixed = "LC_CTYPE=";
-    if (std::strncmp(locale.data(), kMixed.data(), kMixed.size()) != 0) {
+    if (locale.find(';') == std::string_view::npos) {
         out.append(locale);
         return;
     }
     while (!locale.empty()) {
-        const std::string_view category(locale.data(), std::min(locale.find(';'), locale.size()));
+        std::string_view category(locale.data(), std::min(locale.find(';'), locale.size()));
         locale.remove_prefix(std::min(category.size() + 1, locale.size()));
+        category.remove_prefix(category.find('=') + 1); // none where there is no such sign
         out.append("/");
-        const size_t equals = category.find('=');
-        out.append(std::string_view(category.begin() + equals + 1, category.end()));
+        out.append(category);
     }
 }
 

@@ -1,3 +1,5 @@
+// Expects setlocale() to write a mixed locale as the names of its categories with semicolons
+// between, the character type first, each with "LC_...=" in front (glibc) or without (musl).
 #ifndef ZVUTIL_PLATFORM_LOCALE_QUERY_H
 #define ZVUTIL_PLATFORM_LOCALE_QUERY_H
 

@@ -1,3 +1,4 @@
+// Expects POSIX's uname().
 #ifndef ZVUTIL_PLATFORM_MACHINE_QUERY_H
 #define ZVUTIL_PLATFORM_MACHINE_QUERY_H
 

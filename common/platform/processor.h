@@ -1,3 +1,5 @@
+// Expects, for wide vectors, an x86-64 processor and glibc's <sys/platform/x86.h>, which says what
+// both processor and system support; cmake/sources.cmake looks for it. Elsewhere nothing.
 #ifndef ZVUTIL_PLATFORM_PROCESSOR_H
 #define ZVUTIL_PLATFORM_PROCESSOR_H
 

@@ -1,3 +1,4 @@
+// Expects P_tmpdir, mkostemp(), and Linux's open() with O_TMPFILE, which may fail.
 #ifndef ZVUTIL_PLATFORM_TEMPORARY_FILE_H
 #define ZVUTIL_PLATFORM_TEMPORARY_FILE_H
 

@@ -17,6 +17,7 @@ enum {
 struct score {
     unsigned long pairs, kana, rare; /* characters of two bytes, of them those seldom written */
     unsigned long joined; /* pairs that cannot be a letter with an accent and one without */
+    unsigned long lone;   /* pairs that could be two letters with accents in a word of others */
     unsigned long half, malformed; /* half: half-width katakana */
 };
 
@@ -93,7 +94,8 @@ static int row_of(const unsigned char* c, int code_set) {
     return second != 0x7F && between((unsigned char)first, 0x21, 0x7E) ? first - 0x20 : 0;
 }
 
-static void count_pair(struct score* s, const unsigned char* c, int code_set, bool behind_pair) {
+static void count_pair(struct score* s, const unsigned char* c, int code_set, bool behind_pair,
+                       bool in_word) {
     const int row = row_of(c, code_set);
     const bool used = (row >= 1 && row <= 8) || row == 13 || (row >= 16 && row <= 84);
     if (!used) {
@@ -101,9 +103,23 @@ static void count_pair(struct score* s, const unsigned char* c, int code_set, bo
         return;
     }
     ++s->pairs;
-    s->kana += row == 4 || row == 5;
+    const bool kana = row == 4 || row == 5;
+    s->kana += kana;
     s->rare += row >= 48; /* kanji of the second level */
     s->joined += behind_pair || c[1] >= 0x80;
+    s->lone += in_word && !kana && row != 1;
+}
+
+static bool is_letter(unsigned char byte) {
+    return between(byte | 0x20, 'a', 'z');
+}
+
+/* Whether a pair stands by itself beside a letter of ASCII. */
+static bool is_in_word(const struct buffer* text, const unsigned char* pair) {
+    const unsigned char* const next = pair + 2;
+    const unsigned char after = next < (unsigned char*)text->bytes + text->length ? *next : '\0';
+    const unsigned char before = pair > (unsigned char*)text->bytes ? pair[-1] : '\0';
+    return after < 0x80 && (is_letter(before) || is_letter(after));
 }
 
 static struct score score_of(const struct buffer* sample, int code_set) {
@@ -118,7 +134,7 @@ static struct score score_of(const struct buffer* sample, int code_set) {
         const bool half = code_set == ZV_EUC ? *text == 0x8E : length == 1;
         const bool pair = length == 2 && !half;
         if (pair)
-            count_pair(&s, text, code_set, behind_pair);
+            count_pair(&s, text, code_set, behind_pair, !behind_pair && is_in_word(sample, text));
         else if (*text >= 0x80 && length > 0)
             s.half += half;
         else if (*text >= 0x80)
@@ -129,11 +145,12 @@ static struct score score_of(const struct buffer* sample, int code_set) {
     return s;
 }
 
-/* Few bytes that are no characters, few rare characters, and none that stand alone between ASCII
+/* Few bytes that are no characters, few rare characters, and few that stand alone between ASCII
  * as letters with accents do. */
 static bool is_likely(const struct score* s) {
     return s->pairs > 0 && s->malformed * 100 <= s->pairs && s->rare * 4 <= s->pairs &&
-           s->half <= 2 * s->pairs && (s->joined * 2 > s->pairs || s->kana * 4 > s->pairs);
+           s->half <= 2 * s->pairs && s->lone * 2 <= s->pairs &&
+           (s->joined * 2 > s->pairs || s->kana * 4 > s->pairs);
 }
 
 static int library_guess(const struct buffer* sample) {

@@ -1,11 +1,11 @@
 #include "files.h"
 
-#include <errno.h>
+#include <dirent.h>
 #include <fnmatch.h>
-#include <fts.h>
-#include <limits.h>
+#include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/stat.h>
 
 #include "messages.h"
 
@@ -25,61 +25,87 @@ static bool add(struct files* files, const char* name) {
     return true;
 }
 
-static bool matches(const char* name, const char* const* patterns, int count) {
-    for (int i = 0; i < count; ++i) {
-        if (fnmatch(patterns[i], name, 0) == 0)
+/* Which files of directories are meant. */
+struct patterns {
+    const char* const* each;
+    int count;
+};
+
+static bool matches(const char* name, struct patterns patterns) {
+    for (int i = 0; i < patterns.count; ++i) {
+        if (fnmatch(patterns.each[i], name, 0) == 0)
             return true;
     }
-    return count == 0;
+    return patterns.count == 0;
 }
 
-static bool add_entry(struct files* files, const FTSENT* entry, const char* const* patterns,
-                      int pattern_count) {
-    switch (entry->fts_info) {
-    case FTS_F:
-        /* A file that is named itself is meant, whatever it is called. */
-        if (entry->fts_level > 0 && !matches(entry->fts_name, patterns, pattern_count))
-            return true;
-        return add(files, entry->fts_path);
-    case FTS_DNR:
-    case FTS_ERR:
-    case FTS_NS:
-        files->complete = complain("%s: %s", entry->fts_path, strerror(entry->fts_errno));
-        return true;
-    case FTS_SL:
-    case FTS_SLNONE:
-        if (entry->fts_level == 0)
-            files->complete =
-                complain("%s: a symbolic link, which -r does not follow", entry->fts_path);
-        return true;
-    case FTS_DEFAULT:
-        if (entry->fts_level == 0)
-            files->complete = complain("%s: Not a regular file", entry->fts_path);
-        return true;
-    default:
+static int is_within(const struct dirent* entry) {
+    return strcmp(entry->d_name, ".") != 0 && strcmp(entry->d_name, "..") != 0;
+}
+
+static int by_name(const struct dirent** a, const struct dirent** b) {
+    return strcmp((*a)->d_name, (*b)->d_name);
+}
+
+/* Puts what is in a directory on a stack, the first name uppermost. */
+static bool push_entries(struct files* stack, const char* directory) {
+    struct dirent** entries;
+    int count = scandir(directory, &entries, is_within, by_name);
+    if (count < 0) {
+        stack->complete = complain_of(directory);
         return true;
     }
-}
-
-static int by_name(const FTSENT** a, const FTSENT** b) {
-    return strcmp((*a)->fts_name, (*b)->fts_name);
-}
-
-static bool walk(struct files* files, char* name, const char* const* patterns, int pattern_count) {
-    char* const roots[] = {name, NULL};
-    FTS* tree = fts_open(roots, FTS_PHYSICAL | FTS_NOCHDIR, by_name);
-    if (tree == NULL) {
-        files->complete = complain_of(name);
-        return true;
-    }
+    const char* separator = directory[strlen(directory) - 1] == '/' ? "" : "/";
     bool good = true;
-    FTSENT* entry;
-    while (good && (errno = 0, entry = fts_read(tree)) != NULL)
-        good = add_entry(files, entry, patterns, pattern_count);
-    if (good && errno != 0)
-        files->complete = complain_of(name);
-    fts_close(tree);
+    while (--count >= 0) {
+        char* path;
+        if (good && asprintf(&path, "%s%s%s", directory, separator, entries[count]->d_name) < 0)
+            good = complain("no memory");
+        if (good) {
+            good = add(stack, path);
+            free(path);
+        }
+        free(entries[count]);
+    }
+    free(entries);
     return good;
+}
+
+/* Not with fts(3): where a long has 32 bits, glibc's says nothing and ends a directory at an entry
+ * whose number has more. */
+static bool walk(struct files* files, const char* directory, struct patterns patterns) {
+    struct files stack = {.complete = true};
+    bool good = push_entries(&stack, directory);
+    while (good && stack.count > 0) {
+        char* path = stack.names[--stack.count];
+        struct stat status;
+        if (lstat(path, &status) != 0)
+            stack.complete = complain_of(path);
+        else if (S_ISDIR(status.st_mode))
+            good = push_entries(&stack, path);
+        else if (S_ISREG(status.st_mode) && matches(strrchr(path, '/') + 1, patterns))
+            good = add(files, path);
+        free(path);
+    }
+    files->complete = files->complete && stack.complete;
+    files_free(&stack);
+    return good;
+}
+
+/* A file that is named itself is meant, whatever it is called. */
+static bool walk_named(struct files* files, const char* name, struct patterns patterns) {
+    struct stat status;
+    if (lstat(name, &status) != 0)
+        files->complete = complain_of(name);
+    else if (S_ISDIR(status.st_mode))
+        return walk(files, name, patterns);
+    else if (S_ISREG(status.st_mode))
+        return add(files, name);
+    else if (S_ISLNK(status.st_mode))
+        files->complete = complain("%s: a symbolic link, which -r does not follow", name);
+    else
+        files->complete = complain("%s: Not a regular file", name);
+    return true;
 }
 
 /* A file by the place where it is. */
@@ -128,8 +154,9 @@ static bool leave_out_repeated(struct files* files) {
 bool files_collect(struct files* files, char** names, int count, bool recursive,
                    const char* const* patterns, int pattern_count) {
     *files = (struct files){.complete = true};
+    const struct patterns meant = {patterns, pattern_count};
     for (int i = 0; i < count; ++i) {
-        if (!(recursive ? walk(files, names[i], patterns, pattern_count) : add(files, names[i])))
+        if (!(recursive ? walk_named(files, names[i], meant) : add(files, names[i])))
             return false;
     }
     return leave_out_repeated(files);

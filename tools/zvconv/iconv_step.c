@@ -4,6 +4,7 @@
 #include <string.h>
 #include <strings.h>
 
+#include "jaconv.h"
 #include "mbutil.h"
 #include "messages.h"
 
@@ -13,6 +14,11 @@ static const size_t kFailed = (size_t)-1;
 
 static bool is_open(iconv_t converter) {
     return converter != (iconv_t)-1;
+}
+
+static bool has_shifts(const struct encoding* encoding) {
+    return strncasecmp(encoding->iconv, "ISO-2022", 8) == 0 ||
+           strncasecmp(encoding->iconv, "UTF-7", 5) == 0;
 }
 
 /* What stands for malformed bytes and for characters that the encoding lacks. */
@@ -43,13 +49,16 @@ static void drop_mark(iconv_t converter, const struct encoding* from) {
 bool iconv_step_open(struct iconv_step* s, const struct encoding* from, const struct encoding* to,
                      const char* substitute, bool goes_on) {
     struct troubles* const troubles = s->troubles;
-    *s = (struct iconv_step){
-        .unit = unit_of(from), .code_set = from->code_set, .troubles = troubles};
-    s->resets =
-        strncasecmp(to->iconv, "ISO-2022", 8) == 0 || strncasecmp(to->iconv, "UTF-7", 5) == 0;
-    s->converter = iconv_open(to->iconv, from->iconv);
+    *s = (struct iconv_step){.unit = unit_of(from),
+                             .code_set = from->code_set,
+                             .by_sjis =
+                                 to->code_set == ZV_EUC && is_unicode(from) && !has_shifts(from),
+                             .resets = has_shifts(to),
+                             .troubles = troubles};
+    s->converter = iconv_open(s->by_sjis ? "SJIS" : to->iconv, from->iconv);
     s->probe = iconv_open("UTF-8", from->iconv);
-    if (!is_open(s->converter) || !is_open(s->probe)) {
+    s->direct = s->by_sjis ? iconv_open(to->iconv, from->iconv) : (iconv_t)-1;
+    if (!is_open(s->converter) || !is_open(s->probe) || (s->by_sjis && !is_open(s->direct))) {
         complain("no conversion from %s to %s: %s", from->name, to->name, strerror(errno));
         iconv_step_close(s);
         return false;
@@ -69,6 +78,9 @@ void iconv_step_close(struct iconv_step* s) {
         iconv_close(s->converter);
     if (is_open(s->probe))
         iconv_close(s->probe);
+    if (is_open(s->direct))
+        iconv_close(s->direct);
+    buffer_free(&s->sjis);
     buffer_free(&s->malformed);
     buffer_free(&s->lost);
 }
@@ -114,21 +126,54 @@ static bool replace(struct iconv_step* s, enum trouble trouble, struct buffer* o
     return buffer_add(out, text->bytes, text->length);
 }
 
+/* iconv takes several times as long for EUC as for Shift-JIS and the library together. */
+static bool make_euc(struct buffer* sjis, struct buffer* out) {
+    if (!buffer_add(sjis, "", 1))
+        return false;
+    const char* text = sjis->bytes;
+    const char* const end = text + sjis->length - 1;
+    char* euc = buffer_extend(out, 2 * sjis->length);
+    if (euc == NULL)
+        return false;
+    for (;; *euc++ = *text++) { /* a zero byte */
+        shift2eucx(text, euc);
+        euc += strlen(euc);
+        text += strlen(text);
+        if (text == end)
+            break;
+    }
+    out->length = (size_t)(euc - out->bytes);
+    sjis->length = 0;
+    return true;
+}
+
+static bool convert_directly(struct iconv_step* s, const char* text, size_t length,
+                             struct buffer* out) {
+    char* in = (char*)text; /* iconv does not write there */
+    size_t room = LONGEST_CHARACTER;
+    char* end = buffer_extend(out, room);
+    if (end == NULL || iconv(s->direct, &in, &length, &end, &room) == kFailed)
+        return false;
+    out->length = (size_t)(end - out->bytes);
+    return true;
+}
+
 bool iconv_step_run(struct iconv_step* s, const char* text, size_t length, bool final,
                     struct buffer* out, size_t* used) {
     char* in = (char*)text; /* iconv does not write there */
     size_t left = length;
     bool flushes = final;
+    struct buffer* const made = s->by_sjis ? &s->sjis : out;
     while (left > 0 || flushes) {
         size_t room = 2 * left + 64;
-        char* end = buffer_extend(out, room);
+        char* end = buffer_extend(made, room);
         if (end == NULL)
             return false;
         const bool flushing = left == 0;
         const size_t result = flushing ? iconv(s->converter, NULL, NULL, &end, &room)
                                        : iconv(s->converter, &in, &left, &end, &room);
         const int reason = errno;
-        out->length = (size_t)(end - out->bytes);
+        made->length = (size_t)(end - made->bytes);
         if (result != kFailed) {
             flushes = flushes && !flushing;
             continue;
@@ -139,12 +184,16 @@ bool iconv_step_run(struct iconv_step* s, const char* text, size_t length, bool 
             break;
         size_t bad = left;
         const enum trouble trouble = reason == EINVAL ? MALFORMED : look_at(s, in, left, &bad);
-        troubles_meet(s->troubles, trouble, in, bad);
-        if (!replace(s, trouble, out))
+        if (s->by_sjis && !make_euc(&s->sjis, out))
             return false;
+        if (!s->by_sjis || trouble == MALFORMED || !convert_directly(s, in, bad, out)) {
+            troubles_meet(s->troubles, trouble, in, bad);
+            if (!replace(s, trouble, out))
+                return false;
+        }
         in += bad;
         left -= bad;
     }
     *used = length - left;
-    return true;
+    return !s->by_sjis || make_euc(&s->sjis, out);
 }

@@ -10,10 +10,13 @@
 
 struct iconv_step {
     iconv_t converter;
-    iconv_t probe; /* reads single characters, to tell malformed ones from lost ones */
-    unsigned unit; /* of the text that is read */
-    int code_set;  /* of that text, where the library knows it */
-    bool resets;   /* what is written has shift states */
+    iconv_t probe;  /* reads single characters, to tell malformed ones from lost ones */
+    iconv_t direct; /* for characters of EUC that Shift-JIS lacks */
+    bool by_sjis;   /* converter writes Shift-JIS, which the library makes EUC of */
+    struct buffer sjis;
+    unsigned unit;                 /* of the text that is read */
+    int code_set;                  /* of that text, where the library knows it */
+    bool resets;                   /* what is written has shift states */
     struct buffer malformed, lost; /* what is written instead */
     struct troubles* troubles;
 };

@@ -43,7 +43,7 @@ void progress_add(size_t bytes) {
     const int length = snprintf(line, sizeof line, "zvconv: %3d %% of %lld MiB, %.0f MiB/s",
                                 (int)(100.0 * (double)part / (double)progress.size),
                                 (long long)(progress.size / MEBIBYTE),
-                                (double)progress.done / MEBIBYTE / (time - progress.begun));
+                                (double)progress.done / (double)MEBIBYTE / (time - progress.begun));
     fprintf(stderr, "\r%-*s", (int)progress.width, line);
     progress.width = (size_t)length;
 }

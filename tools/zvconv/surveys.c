@@ -12,7 +12,7 @@
 #endif
 
 enum {
-    SPAN = 240, /* how many bytes a counter of one byte can count */
+    SPAN = 224, /* whole vectors, and no more bytes than a counter of one byte can count */
     ESCAPE = 0x1B
 };
 
