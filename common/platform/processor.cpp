@@ -11,7 +11,7 @@
 namespace zv {
 namespace {
 
-int ask_vector_size() {
+[[gnu::noinline]] int ask_vector_size() {
     if (!CPU_FEATURE_ACTIVE(AVX2) || !CPU_FEATURE_ACTIVE(BMI1) || !CPU_FEATURE_ACTIVE(BMI2) ||
         !CPU_FEATURE_ACTIVE(POPCNT) || !CPU_FEATURE_ACTIVE(LZCNT))
         return 16;
