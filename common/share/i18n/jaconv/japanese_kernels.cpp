@@ -7,7 +7,6 @@
 
 #include "japanese_codes.h"
 #include "japanese_pairs.h"
-#include "katakana.h"
 
 namespace zv {
 namespace {
@@ -68,133 +67,10 @@ struct ToShiftJis : EucToShiftJisBytes {
     }
 };
 
-// Converts ASCII, two-byte characters and half-width katakana in any mixture, without a branch for
-// a character.
-template <class Direction>
-class MixedConversion {
-public:
-    MixedConversion(Source source, Byte* out) : source_(source), out_(out) {}
-
-    Converted convert() {
-        while (source_.next != source_.end && convert_block()) {
-            if (kWindow == 64 && source_.left() > kWindow)
-                convert_windows();
-        }
-        return {source_.next, out_};
-    }
-
-private:
-    // Behind a block. Stops on a boundary, where a window may hold something malformed or the end
-    // is near.
-    void convert_windows() {
-        LeadWalk walk;
-        LongMask shift_before = 0;
-        for (; source_.left() > kWindow; source_.next += kWindow) {
-            const Window bytes = load_window(source_.next);
-            const LongMask high = find_in(bytes, not_ascii);
-            if ((high | walk.carried()) == 0) {
-                put_window(bytes);
-                continue;
-            }
-            const LeadWalk before = walk;
-            const LongMask could_lead = find_in(bytes, Direction::could_lead);
-            const LongMask could_trail = find_in(bytes, Direction::could_trail);
-            walk.enter(could_lead);
-            const LongMask leads = walk.leads(), trails = walk.behind_leads();
-            const LongMask others = (trails & ~could_trail) | (high & ~(leads | trails));
-            if ((others | shift_before) == 0) [[likely]] {
-                put_window(convert_window(bytes, leads, trails));
-                continue;
-            }
-            // With katakana, far from the end.
-            walk = before;
-            const Marks marks = Direction::mark(bytes, walk, shift_before);
-            if (marks.malformed != 0 || source_.left() < 2 * kWindow + 2 * kOvershoot) {
-                walk = before;
-                break;
-            }
-            const Window converted = convert_window(bytes, marks.leads, marks.trails);
-#pragma GCC unroll 4
-            for (size_t i = 0; i < kBlocks; ++i)
-                out_ = Direction::template put<put_kept>(out_, converted[i], kAllMarked,
-                                                         mask_of_block(marks.shifts, i));
-            shift_before = marks.shifts >> (kWindow - 1);
-        }
-        // A character that reaches into what follows is left.
-        source_.next -= walk.carried();
-        out_ -= walk.carried() & ~shift_before;
-    }
-
-    void put_window(const Window& blocks) {
-        store_window(out_, blocks, std::identity());
-        out_ += kWindow;
-    }
-
-    Window convert_window(const Window& bytes, LongMask leads, LongMask trails) const {
-        Window converted;
-#pragma GCC unroll 4
-        for (size_t i = 0; i < kBlocks; ++i) {
-            const Byte* const at = source_.next + i * kBlockSize;
-            converted[i] = choose(
-                mask_of_block(leads, i), Direction::lead(bytes[i], load_block(at + 1)),
-                mask_of_block(trails, i), Direction::trail(load_block(at - 1), bytes[i]), bytes[i]);
-        }
-        return converted;
-    }
-
-    // Converts up to a block from a boundary on. False at what is left to the rule.
-    bool convert_block() {
-        const size_t length = std::min(source_.left(), kBlockSize);
-        const ByteBlock bytes = load_up_to(source_.next, length);
-        const LongMask all = first_long_bits(length);
-        ByteBlock converted = bytes;
-        size_t taken = length;
-        LongMask malformed = 0;
-        Mask shifts = 0;
-        if (not_ascii(bytes) == 0) {
-        } else if (even_pairs<LongMask>(Direction::could_lead(bytes),
-                                        Direction::could_trail(bytes)) == all) {
-            converted = Direction::convert_pairs(bytes);
-        } else {
-            LeadWalk walk;
-            const Marks marks = Direction::mark(std::array{bytes}, walk, 0);
-            malformed = marks.malformed & all;
-            if (malformed != 0) [[unlikely]] {
-                taken = count_before(malformed);
-                taken -= static_cast<size_t>(walk.behind_leads() >> taken & 1);
-            } else if ((walk.leads() >> (length - 1) & 1) != 0) {
-                taken = length - 1;
-            }
-            if (taken == 0)
-                return false;
-            shifts = static_cast<Mask>(marks.shifts);
-            converted = choose(
-                static_cast<Mask>(marks.leads), Direction::lead(bytes, moved_back(bytes)),
-                static_cast<Mask>(marks.trails), Direction::trail(moved_on(bytes), bytes), bytes);
-        }
-        source_.next += taken;
-        if (shifts != 0) {
-            out_ = put_front(out_, converted, taken, shifts);
-            return malformed == 0;
-        }
-        // What a lead byte at the end becomes has room: something will come of it.
-        if (malformed == 0 && length == kBlockSize)
-            store_block(out_, converted);
-        else
-            store_front(out_, converted, taken);
-        out_ += taken;
-        return malformed == 0;
-    }
-
-    [[gnu::noinline]] static Byte* put_front(Byte* out, const ByteBlock& converted, size_t length,
-                                             Mask shifts) {
-        const auto taken = static_cast<Mask>(first_long_bits(length));
-        return Direction::template put<put_kept_alone>(out, converted, taken, shifts);
-    }
-
-    Source source_;
-    Byte* out_;
-};
+template <class From>
+Mask find_other_than_pairs(ByteBlock bytes) {
+    return even_pairs(From::could_lead(bytes), From::could_trail(bytes)) ^ kAllMarked;
+}
 
 ByteBlock unchanged(ByteBlock bytes) {
     return bytes;
@@ -211,6 +87,163 @@ template <auto find_other, auto convert>
         store_window(out, bytes, convert);
     }
     return {source.next, out};
+}
+
+// What follows converts ASCII, two-byte characters and half-width katakana in any mixture, without
+// a branch for a character.
+
+template <class Direction>
+Window convert_window(const Byte* text, const Window& bytes, LongMask leads, LongMask trails) {
+    Window converted;
+#pragma GCC unroll 4
+    for (size_t i = 0; i < kBlocks; ++i) {
+        const Byte* const at = text + i * kBlockSize;
+        converted[i] = choose(
+            mask_of_block(leads, i), Direction::lead(bytes[i], load_block(at + 1)),
+            mask_of_block(trails, i), Direction::trail(load_block(at - 1), bytes[i]), bytes[i]);
+    }
+    return converted;
+}
+
+// Converts windows of a source, of which a byte at least is converted and more than a window is
+// left. Stops on a boundary, where a window may hold something malformed or the end is near.
+template <class Direction>
+[[gnu::noinline]] Converted convert_mixed_windows(Source source, Byte* out) {
+    LeadWalk walk;
+    LongMask shift_before = 0;
+    for (; source.left() > kWindow; source.next += kWindow) {
+        const Window bytes = load_window(source.next);
+        const LongMask high = find_in(bytes, not_ascii);
+        if ((high | walk.carried()) == 0) {
+            store_window(out, bytes, std::identity());
+            out += kWindow;
+            continue;
+        }
+        const LeadWalk before = walk;
+        const LongMask could_lead = find_in(bytes, Direction::could_lead);
+        const LongMask could_trail = find_in(bytes, Direction::could_trail);
+        walk.enter(could_lead);
+        const LongMask leads = walk.leads(), trails = walk.behind_leads();
+        const LongMask others = (trails & ~could_trail) | (high & ~(leads | trails));
+        if ((others | shift_before) == 0) [[likely]] {
+            store_window(out, convert_window<Direction>(source.next, bytes, leads, trails),
+                         std::identity());
+            out += kWindow;
+            continue;
+        }
+        // With katakana, far from the end.
+        walk = before;
+        const Marks marks = Direction::mark(bytes, walk, shift_before);
+        if (marks.malformed != 0 || source.left() < 2 * kWindow + 2 * kOvershoot) {
+            walk = before;
+            break;
+        }
+        const Window converted =
+            convert_window<Direction>(source.next, bytes, marks.leads, marks.trails);
+#pragma GCC unroll 4
+        for (size_t i = 0; i < kBlocks; ++i)
+            out = Direction::template put<put_kept>(out, converted[i], kAllMarked,
+                                                    mask_of_block(marks.shifts, i));
+        shift_before = marks.shifts >> (kWindow - 1);
+    }
+    // A character that reaches into what follows is left.
+    return {source.next - walk.carried(), out - (walk.carried() & ~shift_before)};
+}
+
+template <class Direction>
+ZVUTIL_WIDEST_INLINE Byte* put_front(Byte* out, const ByteBlock& converted, size_t length,
+                                     Mask shifts) {
+    const auto taken = static_cast<Mask>(first_long_bits(length));
+    return Direction::template put<put_kept_alone>(out, converted, taken, shifts);
+}
+
+// Converts up to a block from a boundary on; nothing of what is left to the rule.
+template <class Direction>
+inline Converted convert_block(Source source, Byte* out) {
+    const size_t length = std::min(source.left(), kBlockSize);
+    const ByteBlock bytes = load_up_to(source.next, length);
+    const LongMask all = first_long_bits(length);
+    ByteBlock converted = bytes;
+    size_t taken = length;
+    if (not_ascii(bytes) == 0) {
+        // as it is
+    } else if ((find_other_than_pairs<Direction>(bytes) & all) == 0) {
+        converted = Direction::convert_pairs(bytes);
+    } else {
+        LeadWalk walk;
+        const Marks marks = Direction::mark(std::array{bytes}, walk, 0);
+        converted = choose(
+            static_cast<Mask>(marks.leads), Direction::lead(bytes, moved_back(bytes)),
+            static_cast<Mask>(marks.trails), Direction::trail(moved_on(bytes), bytes), bytes);
+        const LongMask malformed = marks.malformed & all;
+        if (malformed != 0) [[unlikely]] {
+            taken = count_before(malformed);
+            taken -= static_cast<size_t>(walk.behind_leads() >> taken & 1);
+        } else {
+            taken -= static_cast<size_t>(walk.leads() >> (length - 1) & 1);
+        }
+        if (taken == 0)
+            return {source.next, out};
+        if (marks.shifts != 0)
+            return {source.next + taken,
+                    put_front<Direction>(out, converted, taken, static_cast<Mask>(marks.shifts))};
+    }
+    // What a lead byte at the end becomes has room: something will come of it.
+    if (length == kBlockSize && taken + 1 >= kBlockSize)
+        store_block(out, converted);
+    else
+        store_front(out, converted, taken);
+    return {source.next + taken, out + taken};
+}
+
+// Where a block is the whole of most texts, the constants of a loop would cost too much.
+template <class Direction>
+[[gnu::noinline]] Converted convert_block_apart(Source source, Byte* out) {
+    return convert_block<Direction>(source, out);
+}
+
+template <class Direction>
+ZVUTIL_WIDEST_INLINE Converted convert_mixed(Source source, Byte* out) {
+    while (source.next != source.end) {
+        Converted converted = kBlockSize == 64 ? convert_block_apart<Direction>(source, out)
+                                               : convert_block<Direction>(source, out);
+        if (converted.read == source.next)
+            break;
+        source.next = converted.read;
+        out = converted.written;
+        if (source.left() <= kWindow)
+            continue;
+        if (kWindow == 64)
+            converted = convert_mixed_windows<Direction>(source, out);
+        else if (*source.next < 0x80)
+            converted = convert_windows<not_ascii, unchanged>(source, out);
+        source.next = converted.read;
+        out = converted.written;
+    }
+    return {source.next, out};
+}
+
+// Converts a text of up to 64 bytes in which nothing else is found by its first and its last block,
+// which is the same. False at others.
+template <auto find_other, auto convert>
+ZVUTIL_WIDEST_INLINE bool convert_short_text(Source source, Byte* out) {
+    const size_t length = source.left();
+    if (length > std::min(2 * kBlockSize, size_t{64}))
+        return false;
+    if (kBlockSize < 64 && length >= kBlockSize) {
+        const ByteBlock first = load_block(source.next), last = load_block(source.end - kBlockSize);
+        if ((find_other(first) | find_other(last)) != 0)
+            return false;
+        store_block(out, convert(first));
+        store_block(out + length - kBlockSize, convert(last));
+    } else {
+        const ByteBlock bytes = load_front(source.next, length);
+        const Mask found = find_other(bytes);
+        if (found != 0 && count_before(found) < length)
+            return false;
+        store_front(out, convert(bytes), length);
+    }
+    return true;
 }
 
 // Reads text that a decoder or an encoder of JIS takes run by run, and writes it.
@@ -240,18 +273,11 @@ protected:
 // What an encoder takes.
 struct FromShiftJis : ShiftJisToEucBytes {
     static ByteBlock to_jis(ByteBlock bytes) { return convert_pairs(bytes) & 0x7F; }
-    static constexpr ptrdiff_t kKatakanaSize = 1;
-    static bool has_katakana(Source source) {
-        return source.next != source.end && ShiftJisScanner::is_half_katakana(*source.next);
-    }
+    static constexpr auto put_katakana = put_shift_jis_katakana_as_jis;
 };
 struct FromEuc : EucToShiftJisBytes {
     static ByteBlock to_jis(ByteBlock bytes) { return bytes & 0x7F; }
-    static constexpr ptrdiff_t kKatakanaSize = 2;
-    static bool has_katakana(Source source) {
-        return source.left() >= 2 && source.next[0] == kSingleShift2 &&
-               ShiftJisScanner::is_half_katakana(source.next[1]);
-    }
+    static constexpr auto put_katakana = put_euc_katakana_as_jis;
 };
 
 // Encodes ASCII, two-byte characters and half-width katakana. JIS text is never shorter, so a whole
@@ -263,7 +289,7 @@ public:
 
     // Stops at what is left to the rule.
     void encode() {
-        if (put_short_pairs())
+        if (kBlockSize >= 32 && take_short_pairs())
             return;
         LeadWalk walk;
         for (const Byte* start = source_.next; start != source_.end;) {
@@ -302,7 +328,7 @@ public:
                 if (!take_katakana())
                     return;
             } else if (in_pairs_) {
-                take_windows<find_other_than_pairs, From::to_jis>();
+                take_windows<find_other_than_pairs<From>, From::to_jis>();
             } else {
                 take_windows<not_ascii, unchanged>();
             }
@@ -312,17 +338,14 @@ public:
     }
 
 private:
-    // Takes a short text of nothing but pairs.
-    bool put_short_pairs() {
+    bool take_short_pairs() {
         const size_t length = source_.left();
-        if (length > kBlockSize)
-            return false;
-        const ByteBlock bytes = load_up_to(source_.next, length);
-        if ((find_other_than_pairs(bytes) & first_long_bits(length)) != 0)
+        const size_t escape = mode_ == JisMode::two_byte ? 0 : kEscapeSize;
+        if (length == 0 || length % 2 != 0 ||
+            !convert_short_text<find_other_than_pairs<From>, From::to_jis>(source_, out_ + escape))
             return false;
         switch_to(JisMode::two_byte);
-        store_front(out_, From::to_jis(bytes), length);
-        source_.next += length;
+        source_.next = source_.end;
         out_ += length;
         return true;
     }
@@ -357,35 +380,22 @@ private:
         }
     }
 
-    static Mask find_other_than_pairs(ByteBlock bytes) {
-        return even_pairs(From::could_lead(bytes), From::could_trail(bytes)) ^ kAllMarked;
-    }
-
     // Takes half-width katakana, as the rule does. False where there are none.
     bool take_katakana() {
-        if (!From::has_katakana(source_))
+        const size_t escape = mode_ == JisMode::two_byte ? 0 : kEscapeSize;
+        const Converted converted = From::put_katakana(source_, out_ + escape);
+        if (converted.read == source_.next)
             return false;
         switch_to(JisMode::two_byte);
-        const Converted converted = put_katakana(source_, out_);
         source_.next = converted.read;
         out_ = converted.written;
         in_pairs_ = true;
         return true;
     }
-    [[gnu::noinline]] static Converted put_katakana(Source source, Byte* out) {
-        for (; From::has_katakana(source); source.next += From::kKatakanaSize) {
-            const BytePair wide = widen_katakana(source.next[From::kKatakanaSize - 1]);
-            const Code code = jis_from_shift_jis(wide.first, wide.second);
-            out = put_pair(out, code.first, code.second);
-        }
-        return {source.next, out};
-    }
-
     void switch_to(JisMode mode) {
         if (mode_ == mode)
             return;
-        // With a terminator, which what follows replaces.
-        std::memcpy(out_, mode == JisMode::two_byte ? "\x1B$B" : "\x1B(J", kEscapeSize + 1);
+        std::memcpy(out_, mode == JisMode::two_byte ? "\x1B$B" : "\x1B(J", kEscapeSize);
         out_ += kEscapeSize;
         mode_ = mode;
     }
@@ -395,7 +405,7 @@ private:
 
 // What may end a run of pairs: line ends, the escape and what is no JIS, from 80 on. 7F is none
 // either, but the arithmetic is the same.
-Mask ends_pairs(ByteBlock bytes) {
+Mask could_end_pairs(ByteBlock bytes) {
     return range_mask(bytes, 0x80, 0x20);
 }
 Mask is_escape(ByteBlock bytes) {
@@ -410,6 +420,20 @@ class JisDecoder : public RunWriter {
 public:
     using RunWriter::RunWriter;
 
+    // Takes a short text of nothing but pairs, between the escape sequences that belong to it.
+    bool take_short_pairs() {
+        const size_t length = source_.left() - 2 * kEscapeSize;
+        if (mode_ != JisMode::single_byte || length - 1 >= 2 * kBlockSize || length % 2 != 0 ||
+            !begins_pairs(load_number<std::uint32_t>(source_.next)) ||
+            !ends_pairs(load_number<std::uint32_t>(source_.end - kEscapeSize - 1) >> 8) ||
+            !convert_short_text<could_end_pairs, convert<JisMode::two_byte>>(
+                Source(source_.next + kEscapeSize, length), out_))
+            return false;
+        source_.next = source_.end;
+        out_ += length;
+        return true;
+    }
+
     // Looks up in windows where runs end, ahead of them, so that no run waits for the one before.
     void decode() {
         if (mode_ == JisMode::single_byte)
@@ -420,7 +444,7 @@ public:
             const Window bytes = load_window_up_to(start, length);
             // Behind a short text stand zeros.
             const LongMask behind = length < kWindow ? kAllOfWindow << length : 0;
-            LongMask not_pairs = find_in(bytes, ends_pairs);
+            LongMask not_pairs = find_in(bytes, could_end_pairs);
             LongMask escapes = find_in(bytes, is_escape) | behind;
             if (start < source_.next) [[unlikely]] {
                 not_pairs &= ~LongMask{} << (source_.next - start);
@@ -449,7 +473,7 @@ public:
             start += kWindow;
             if (start - source_.next >= static_cast<ptrdiff_t>(kWindow)) {
                 if (mode_ == JisMode::two_byte)
-                    take_windows<ends_pairs, convert<JisMode::two_byte>>();
+                    take_windows<could_end_pairs, convert<JisMode::two_byte>>();
                 else
                     take_windows<is_escape, unchanged>();
                 start = source_.next;
@@ -492,16 +516,15 @@ private:
     // Step over what ends a run and begins another one. False at anything else. What is stepped
     // over is no longer marked.
     bool begin_pairs() {
-        if (!begins_with(load_word(source_.next, source_.left()), "\x1B$B"))
+        if (!begins_pairs(load_word(source_.next, source_.left())))
             return false;
         mode_ = JisMode::two_byte;
         source_.next += kEscapeSize;
         return true;
     }
     bool end_pairs(LongMask& not_pairs, LongMask& escapes) {
-        // ESC ( B and ESC ( J mean the same; between them lies one bit.
         const std::uint64_t next = load_word(source_.next, source_.left());
-        if (!begins_with(next | ('B' ^ 'J') << 16, "\x1B(J"))
+        if (!ends_pairs(next))
             return false;
         not_pairs &= not_pairs - 1;
         escapes &= escapes - 1;
@@ -511,7 +534,7 @@ private:
             ++source_.next;
             not_pairs &= not_pairs - 1;
         }
-        if (line_end || begins_with(next >> 24, "\x1B$B")) {
+        if (line_end || begins_pairs(next >> 24)) {
             source_.next += 2 * kEscapeSize;
             not_pairs &= not_pairs - 1;
             escapes &= escapes - 1;
@@ -520,6 +543,11 @@ private:
             mode_ = JisMode::single_byte;
         }
         return true;
+    }
+    static bool begins_pairs(std::uint64_t next) { return begins_with(next, "\x1B$B"); }
+    // ESC ( B and ESC ( J mean the same; between them lies one bit.
+    static bool ends_pairs(std::uint64_t next) {
+        return begins_with(next | ('B' ^ 'J') << 16, "\x1B(J");
     }
     // Up to four bytes.
     template <size_t size>
@@ -534,11 +562,6 @@ private:
 };
 
 // The conversions of any text, out of line so that short ones need not prepare for them.
-
-template <class Direction>
-[[gnu::noinline]] Converted convert_mixed(Source source, Byte* out) {
-    return MixedConversion<Direction>(source, out).convert();
-}
 
 template <class From>
 [[gnu::noinline]] Converted encode(Source source, Byte* out, JisMode& mode) {
@@ -556,34 +579,20 @@ template <bool to_euc>
     return decoder.converted();
 }
 
-// A short text of which nothing changes is copied by its first and its last block. False at others.
-template <auto changes>
-ZVUTIL_WIDEST_INLINE bool copy_short_text(Source source, Byte* out) {
-    const size_t left = source.left();
-    if (left > 2 * kBlockSize)
-        return false;
-    if (left >= kBlockSize) {
-        const ByteBlock first = load_block(source.next), last = load_block(source.end - kBlockSize);
-        if ((changes(first) | changes(last)) != 0)
-            return false;
-        store_block(out, first);
-        store_block(out + left - kBlockSize, last);
-    } else {
-        const ByteBlock bytes = load_front(source.next, left);
-        if (changes(bytes) != 0)
-            return false;
-        store_front(out, bytes, left);
-    }
-    return true;
-}
-
 // Converts by a function that takes the same, unless it is such a text.
 template <auto convert, auto changes, class... State>
 Converted convert_text(Source source, Byte* out, State&... state) {
-    if (((state == JisMode::single_byte) && ...) && copy_short_text<changes>(source, out))
-        [[likely]]
+    if (kBlockSize > 16 && ((state == JisMode::single_byte) && ...) &&
+        convert_short_text<changes, unchanged>(source, out)) [[likely]]
         return {source.end, out + source.left()};
     return convert(source, out, state...);
+}
+
+template <bool to_euc>
+Converted decode_text(Source source, Byte* out, JisMode& mode) {
+    JisDecoder<to_euc> decoder(source, out, mode);
+    return kBlockSize == 64 && decoder.take_short_pairs() ? decoder.converted()
+                                                          : decode<to_euc>(source, out, mode);
 }
 
 using Kernels = JapaneseKernels<kBlockSize>;
@@ -612,12 +621,12 @@ Converted Kernels::euc_to_jis(Source source, Byte* out, JisMode& mode) {
 
 template <>
 Converted Kernels::jis_to_shift_jis(Source source, Byte* out, JisMode& mode) {
-    return convert_text<decode<false>, is_escape>(source, out, mode);
+    return convert_text<decode_text<false>, is_escape>(source, out, mode);
 }
 
 template <>
 Converted Kernels::jis_to_euc(Source source, Byte* out, JisMode& mode) {
-    return convert_text<decode<true>, is_escape>(source, out, mode);
+    return convert_text<decode_text<true>, is_escape>(source, out, mode);
 }
 
 template <>
