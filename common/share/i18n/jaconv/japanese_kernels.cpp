@@ -165,11 +165,10 @@ inline Converted convert_block(Source source, Byte* out) {
     const LongMask all = first_long_bits(length);
     ByteBlock converted = bytes;
     size_t taken = length;
-    if (not_ascii(bytes) == 0) {
-        // as it is
-    } else if ((find_other_than_pairs<Direction>(bytes) & all) == 0) {
+    const bool is_ascii = not_ascii(bytes) == 0;
+    if (!is_ascii && (find_other_than_pairs<Direction>(bytes) & all) == 0) {
         converted = Direction::convert_pairs(bytes);
-    } else {
+    } else if (!is_ascii) {
         LeadWalk walk;
         const Marks marks = Direction::mark(std::array{bytes}, walk, 0);
         converted = choose(
@@ -321,12 +320,12 @@ public:
                 in_pairs_ = !in_pairs_;
                 ends &= ends - 1;
             }
-            start = stop;
-            if (!is_end && !is_long)
-                continue;
             if (is_end) {
                 if (!take_katakana())
                     return;
+            } else if (!is_long) {
+                start = stop;
+                continue;
             } else if (in_pairs_) {
                 take_windows<find_other_than_pairs<From>, From::to_jis>();
             } else {
@@ -338,6 +337,7 @@ public:
     }
 
 private:
+    // Takes a short text of nothing but pairs.
     bool take_short_pairs() {
         const size_t length = source_.left();
         const size_t escape = mode_ == JisMode::two_byte ? 0 : kEscapeSize;
@@ -392,6 +392,7 @@ private:
         in_pairs_ = true;
         return true;
     }
+
     void switch_to(JisMode mode) {
         if (mode_ == mode)
             return;
@@ -558,7 +559,7 @@ private:
         return static_cast<std::uint32_t>(next) << 8 * (5 - size) == wanted << 8 * (5 - size);
     }
 
-    const Byte* run_ = nullptr;
+    const Byte* run_ = nullptr; // where it begins
 };
 
 // The conversions of any text, out of line so that short ones need not prepare for them.
@@ -579,7 +580,7 @@ template <bool to_euc>
     return decoder.converted();
 }
 
-// Converts by a function that takes the same, unless it is such a text.
+// Converts by a function that takes the same, unless the text is short and nothing of it changes.
 template <auto convert, auto changes, class... State>
 Converted convert_text(Source source, Byte* out, State&... state) {
     if (kBlockSize > 16 && ((state == JisMode::single_byte) && ...) &&

@@ -220,7 +220,7 @@ inline std::uint64_t load_number(const Byte* from) {
     Word word;
     std::memcpy(&word, from, sizeof word);
     if constexpr (!kFirstIsLow)
-        word = sizeof word == 8 ? __builtin_bswap64(word) : __builtin_bswap32(word);
+        word = static_cast<Word>(__builtin_bswap64(word) >> (64 - 8 * sizeof word));
     return word;
 }
 
