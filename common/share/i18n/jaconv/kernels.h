@@ -29,15 +29,9 @@ namespace zv {
 #define ZVUTIL_LANES lanes16
 #endif
 
-// What is a few instructions for wide vectors is out of line for others.
-#ifdef __AVX2__
-#define ZVUTIL_WIDE_INLINE inline
-#else
-#define ZVUTIL_WIDE_INLINE [[gnu::noinline]] inline
-#endif
-// The same for the widest ones. Such functions take blocks by reference: where one takes a wide
-// block by value, GCC 12 forgets to clear the upper halves of the vectors, and all that follows is
-// slow.
+// What is a few instructions for the widest vectors is out of line for others. Such functions take
+// blocks by reference: where one takes a wide block by value, GCC 12 forgets to clear the upper
+// halves of the vectors, and all that follows is slow.
 #ifdef __AVX512VBMI2__
 #define ZVUTIL_WIDEST_INLINE inline
 #else
