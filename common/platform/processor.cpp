@@ -6,12 +6,10 @@
 #endif
 #include <sys/platform/x86.h>
 
-#include <atomic>
-
 namespace zv {
 namespace {
 
-int ask_vector_size() {
+int find_vector_size() {
     if (!CPU_FEATURE_ACTIVE(AVX2) || !CPU_FEATURE_ACTIVE(BMI1) || !CPU_FEATURE_ACTIVE(BMI2) ||
         !CPU_FEATURE_ACTIVE(POPCNT) || !CPU_FEATURE_ACTIVE(LZCNT))
         return 16;
@@ -22,15 +20,13 @@ int ask_vector_size() {
 
 } // namespace
 
+constinit std::atomic<signed char> known_vector_size = 0;
+
 // The C library has asked the processor when the process started; asking it again is slow where the
 // machine is a virtual one.
-int vector_size() {
-    static constinit std::atomic<signed char> known = 0;
-    int size = known.load(std::memory_order_relaxed);
-    if (size == 0) {
-        size = ask_vector_size();
-        known.store(static_cast<signed char>(size), std::memory_order_relaxed);
-    }
+int ask_vector_size() {
+    const int size = find_vector_size();
+    known_vector_size.store(static_cast<signed char>(size), std::memory_order_relaxed);
     return size;
 }
 

@@ -3,6 +3,10 @@
 #ifndef ZVUTIL_PLATFORM_PROCESSOR_H
 #define ZVUTIL_PLATFORM_PROCESSOR_H
 
+#ifdef ZVUTIL_WIDE_KERNELS
+#include <atomic>
+#endif
+
 namespace zv {
 
 // What is compiled for wide vectors alone asks for this size.
@@ -12,7 +16,12 @@ inline constexpr int kWideVectors = 32;
 // that move single bytes (VBMI2), 32 with AVX2, each with the bit operations that come with them,
 // else 16.
 #ifdef ZVUTIL_WIDE_KERNELS
-int vector_size();
+extern constinit std::atomic<signed char> known_vector_size; // 0 before it is asked
+int ask_vector_size();
+inline int vector_size() {
+    const int size = known_vector_size.load(std::memory_order_relaxed);
+    return size != 0 ? size : ask_vector_size();
+}
 #else
 constexpr int vector_size() {
     return 16;

@@ -13,6 +13,11 @@ constexpr bool is_line_end(Byte byte) {
     return byte == '\n' || byte == '\r';
 }
 
+Code jis_from_katakana(Byte half_width) {
+    const BytePair wide = widen_katakana(half_width);
+    return jis_from_shift_jis(wide.first, wide.second);
+}
+
 // Writes JIS text and keeps its shift state.
 class JisWriter {
 public:
@@ -22,10 +27,7 @@ public:
         switch_to(JisMode::two_byte);
         out_ = put_pair(out_, jis.first, jis.second);
     }
-    void put_katakana(Byte half_width) {
-        const BytePair wide = widen_katakana(half_width);
-        put_code(jis_from_shift_jis(wide.first, wide.second));
-    }
+    void put_katakana(Byte half_width) { put_code(jis_from_katakana(half_width)); }
     void put_single(Byte byte) {
         switch_to(JisMode::single_byte);
         *out_++ = byte;
@@ -188,6 +190,24 @@ bool put_jis(Source& source, Byte*& out, JisMode& mode) {
 }
 
 } // namespace
+
+Converted put_shift_jis_katakana_as_jis(Source source, Byte* out) {
+    for (; source.left() >= 1 && ShiftJisScanner::is_half_katakana(*source.next); ++source.next) {
+        const Code code = jis_from_katakana(*source.next);
+        out = put_pair(out, code.first, code.second);
+    }
+    return {source.next, out};
+}
+
+Converted put_euc_katakana_as_jis(Source source, Byte* out) {
+    for (; source.left() >= 2 && source.next[0] == kSingleShift2 &&
+           ShiftJisScanner::is_half_katakana(source.next[1]);
+         source.next += 2) {
+        const Code code = jis_from_katakana(source.next[1]);
+        out = put_pair(out, code.first, code.second);
+    }
+    return {source.next, out};
+}
 
 Converted shift_jis_to_euc(Source source, Byte* out) {
     const auto kernel = widest([]<int Size> { return JapaneseKernels<Size>::shift_jis_to_euc; });

@@ -10,17 +10,27 @@ inline namespace ZVUTIL_LANES {
 // bytes, if they are trail bytes, and in a block of nothing but pairs. `next` and `before` are the
 // bytes that follow and precede them. Sums wrap; comparisons give -1 for true.
 
-// The bytes halved, upwards.
-inline ByteBlock half(ByteBlock bytes) {
+// The means of two bytes each, rounded upwards.
+inline ByteBlock mean(ByteBlock a, ByteBlock b) {
 #if defined(__AVX512VBMI2__)
     return std::bit_cast<ByteBlock>(
-        _mm512_avg_epu8(std::bit_cast<__m512i>(bytes), _mm512_setzero_si512()));
+        _mm512_avg_epu8(std::bit_cast<__m512i>(a), std::bit_cast<__m512i>(b)));
 #elif defined(__AVX2__)
     return std::bit_cast<ByteBlock>(
-        _mm256_avg_epu8(std::bit_cast<__m256i>(bytes), _mm256_setzero_si256()));
+        _mm256_avg_epu8(std::bit_cast<__m256i>(a), std::bit_cast<__m256i>(b)));
+#elif defined(__SSE2__)
+    return std::bit_cast<ByteBlock>(
+        _mm_avg_epu8(std::bit_cast<__m128i>(a), std::bit_cast<__m128i>(b)));
 #else
-    return (bytes >> 1) + (bytes & 1);
+    return (a | b) - ((a ^ b) >> 1);
 #endif
+}
+
+// The same two bytes over and over.
+constexpr ByteBlock pairs_of(unsigned first, unsigned second) {
+    return std::bit_cast<ByteBlock>(
+        PairBlock{} +
+        static_cast<std::uint16_t>(kFirstIsLow ? first | second << 8 : first << 8 | second));
 }
 
 // Flipping bit 5 puts the lead bytes 81-9F and E0-EF of Shift-JIS side by side, as A1-CF.
@@ -28,7 +38,13 @@ inline constexpr Byte kJoinLeads = 0x20;
 
 struct ShiftJisToEucBytes {
     static ByteBlock convert_pairs(ByteBlock bytes) {
-        return join_pairs(lead(bytes, second_to_first(bytes)), trail(bytes, bytes));
+        using SignedPairs [[gnu::vector_size(kBlockSize)]] = short;
+        const ByteBlock joined = bytes ^ pairs_of(kJoinLeads, 0);
+        const ByteBlock even = joined + (joined & pairs_of(0xFF, 0)) + pairs_of(0x60, 2);
+        const PairBlock sign = (kFirstIsLow ? as_pairs(bytes) : as_pairs(bytes) << 8) + 0x6100;
+        const auto odd_row = std::bit_cast<ByteBlock>(std::bit_cast<SignedPairs>(sign) < 0);
+        return even + (odd_row & (pairs_of(0xFF, 0x5F) +
+                                  as_unsigned(as_signed(bytes) < as_signed(pairs_of(0x80, 0)))));
     }
     static Mask could_lead(ByteBlock bytes) { return range_mask(bytes ^ kJoinLeads, 0xA1, 0xCF); }
     static Mask could_trail(ByteBlock bytes) { return range_mask(bytes, 0x40, 0xFC); }
@@ -48,18 +64,39 @@ struct ShiftJisToEucBytes {
 template <Byte HighBit>
 struct ToShiftJisBytes {
     static ByteBlock convert_pairs(ByteBlock bytes) {
-        return join_pairs(lead(bytes, bytes), trail(first_to_second(bytes), bytes));
+        // The mean of a trail byte and itself is the byte.
+        const ByteBlock even =
+            (mean(bytes, bytes & pairs_of(0, 0xFF)) + pairs_of(kLeadOffset, kTrailOffset)) ^
+            pairs_of(kJoinLeads, 0);
+#ifdef __AVX512VBMI2__
+        const auto codes = std::bit_cast<__m512i>(bytes);
+        const __mmask32 odd_row = _mm512_test_epi16_mask(codes, _mm512_set1_epi16(1));
+        const __mmask32 behind_7f = _mm512_mask_cmpgt_epi16_mask(
+            odd_row, codes, _mm512_set1_epi16(static_cast<short>(kBefore7f << 8 | 0xFF)));
+        __m512i result = std::bit_cast<__m512i>(even);
+        result = _mm512_mask_sub_epi16(result, odd_row, result, _mm512_set1_epi16(0x5F00));
+        result = _mm512_mask_add_epi16(result, behind_7f, result, _mm512_set1_epi16(0x0100));
+        return std::bit_cast<ByteBlock>(result);
+#else
+        const auto odd_row = std::bit_cast<ByteBlock>(-(first_of(bytes) & 1));
+        const auto before_7f = as_signed(pairs_of(0x7F, kBefore7f));
+        return even - (odd_row & (pairs_of(0, 0x5F) + as_unsigned(as_signed(bytes) > before_7f)));
+#endif
     }
     static ByteBlock lead(ByteBlock bytes, ByteBlock) {
-        constexpr auto kOffset = static_cast<Byte>(0x90 - HighBit / 2);
-        return (half(bytes) + kOffset) ^ kJoinLeads;
+        return (mean(bytes, ByteBlock{}) + kLeadOffset) ^ kJoinLeads;
     }
     static ByteBlock trail(ByteBlock before, ByteBlock bytes) {
-        constexpr auto kOffset = static_cast<Byte>(0x7E - HighBit);
-        constexpr auto kBefore7f = static_cast<signed char>(0x5F + HighBit);
         const ByteBlock odd_row = -(before & 1);
-        return bytes + kOffset - (odd_row & (0x5F + as_unsigned(as_signed(bytes) > kBefore7f)));
+        const auto before_7f = static_cast<signed char>(kBefore7f);
+        return bytes + kTrailOffset -
+               (odd_row & (0x5F + as_unsigned(as_signed(bytes) > before_7f)));
     }
+
+private:
+    static constexpr auto kLeadOffset = static_cast<Byte>(0x90 - HighBit / 2);
+    static constexpr auto kTrailOffset = static_cast<Byte>(0x7E - HighBit);
+    static constexpr auto kBefore7f = static_cast<Byte>(0x5F + HighBit);
 };
 
 struct EucToShiftJisBytes : ToShiftJisBytes<0x80> {

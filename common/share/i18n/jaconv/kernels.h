@@ -10,6 +10,8 @@
 
 #if defined(__AVX2__)
 #include <immintrin.h>
+#elif defined(__SSE2__)
+#include <emmintrin.h>
 #elif defined(__aarch64__)
 #include <arm_neon.h>
 #endif
@@ -27,15 +29,9 @@ namespace zv {
 #define ZVUTIL_LANES lanes16
 #endif
 
-// What is a few instructions for wide vectors is out of line for others.
-#ifdef __AVX2__
-#define ZVUTIL_WIDE_INLINE inline
-#else
-#define ZVUTIL_WIDE_INLINE [[gnu::noinline]] inline
-#endif
-// The same for the widest ones. Such functions take blocks by reference: where one takes a wide
-// block by value, GCC 12 forgets to clear the upper halves of the vectors, and all that follows is
-// slow.
+// What is a few instructions for the widest vectors is out of line for others. Such functions take
+// blocks by reference: where one takes a wide block by value, GCC 12 forgets to clear the upper
+// halves of the vectors, and all that follows is slow.
 #ifdef __AVX512VBMI2__
 #define ZVUTIL_WIDEST_INLINE inline
 #else
@@ -76,19 +72,6 @@ inline PairBlock first_of(ByteBlock bytes) {
 inline PairBlock second_of(ByteBlock bytes) {
     return kFirstIsLow ? as_pairs(bytes) >> 8 : as_pairs(bytes) & 0xFF;
 }
-// The first bytes where the second ones stand, and the other way round; zeros elsewhere.
-inline ByteBlock first_to_second(ByteBlock bytes) {
-    return std::bit_cast<ByteBlock>(kFirstIsLow ? as_pairs(bytes) << 8 : as_pairs(bytes) >> 8);
-}
-inline ByteBlock second_to_first(ByteBlock bytes) {
-    return std::bit_cast<ByteBlock>(kFirstIsLow ? as_pairs(bytes) >> 8 : as_pairs(bytes) << 8);
-}
-// The first bytes of one block and the second ones of another.
-inline ByteBlock join_pairs(ByteBlock first, ByteBlock second) {
-    const PairBlock at_first = PairBlock{} + (kFirstIsLow ? 0x00FF : 0xFF00);
-    return std::bit_cast<ByteBlock>((as_pairs(first) & at_first) | (as_pairs(second) & ~at_first));
-}
-
 inline ByteBlock load_block(const Byte* from) {
     ByteBlock block;
     std::memcpy(&block, from, kBlockSize);
@@ -105,11 +88,6 @@ using Mask = std::conditional_t<kBlockSize == 64, std::uint64_t, std::uint32_t>;
 
 inline constexpr Mask kAllMarked = ~Mask{} >> (8 * sizeof(Mask) - kBlockSize);
 
-// The first bits of a mask; less than all.
-inline Mask first_bits(size_t count) {
-    return (Mask{1} << count) - 1;
-}
-
 // The high bits of the bytes.
 template <class Block>
 inline Mask high_bits(Block block) {
@@ -118,8 +96,7 @@ inline Mask high_bits(Block block) {
 #elif defined(__AVX2__)
     return static_cast<Mask>(_mm256_movemask_epi8(std::bit_cast<__m256i>(block)));
 #elif defined(__SSE2__)
-    using Chars [[gnu::vector_size(kBlockSize)]] = char;
-    return static_cast<Mask>(__builtin_ia32_pmovmskb128(std::bit_cast<Chars>(block)));
+    return static_cast<Mask>(_mm_movemask_epi8(std::bit_cast<__m128i>(block)));
 #elif defined(__aarch64__)
     // Each byte keeps a bit of its own, so that sums join them.
     constexpr ByteBlock kBits = {1, 2, 4, 8, 16, 32, 64, 128, 1, 2, 4, 8, 16, 32, 64, 128};
@@ -231,38 +208,56 @@ inline ByteBlock moved_back(ByteBlock bytes) {
 #endif
 }
 
-// Sixteen bytes, of which a text has fewer: zeros behind them. They are put together in registers,
-// since a processor waits where it loads at once what was stored in parts.
+// A number of whose bytes the first is the lowest.
+template <class Word>
+inline std::uint64_t load_number(const Byte* from) {
+    Word word;
+    std::memcpy(&word, from, sizeof word);
+    if constexpr (!kFirstIsLow)
+        word = static_cast<Word>(__builtin_bswap64(word) >> (64 - 8 * sizeof word));
+    return word;
+}
+
+// The same of less than eight bytes, which are put together in registers, since a processor waits
+// where it loads at once what was stored in parts.
+ZVUTIL_WIDEST_INLINE std::uint64_t load_short_number(const Byte* from, size_t length) {
+#ifdef __AVX512VBMI2__
+    const auto all = static_cast<__mmask16>(_bzhi_u32(0xFF, static_cast<unsigned>(length)));
+    return static_cast<std::uint64_t>(_mm_cvtsi128_si64(_mm_maskz_loadu_epi8(all, from)));
+#else
+    if (length >= 4)
+        return load_number<std::uint32_t>(from) | load_number<std::uint32_t>(from + length - 4)
+                                                      << 8 * (length - 4);
+    if (length == 0)
+        return 0;
+    const std::uint64_t middle = from[length / 2], last = from[length - 1];
+    return from[0] | middle << 8 * (length / 2) | last << 8 * (length - 1);
+#endif
+}
+
+// The next eight bytes, with zeros behind a shorter text.
+inline std::uint64_t load_word(const Byte* from, size_t left) {
+    return left >= 8 ? load_number<std::uint64_t>(from) : load_short_number(from, left);
+}
+
+// Sixteen bytes, of which a text has fewer: zeros behind them.
 using TwoWords [[gnu::vector_size(16)]] = std::uint64_t;
 inline TwoWords load_words(const Byte* from, size_t length) {
-    std::uint64_t first = 0, second = 0;
     if constexpr (!kFirstIsLow) {
         TwoWords words{};
         std::memcpy(&words, from, length);
         return words;
     }
-    if (length >= 8) {
-        std::memcpy(&first, from, 8);
-        if (length != 8) {
-            std::memcpy(&second, from + length - 8, 8);
-            second >>= 8 * (16 - length);
-        }
-    } else if (length >= 4) {
-        std::uint32_t front, back;
-        std::memcpy(&front, from, 4);
-        std::memcpy(&back, from + length - 4, 4);
-        first = front | std::uint64_t{back} << 8 * (length - 4);
-    } else if (length != 0) {
-        const std::uint64_t middle = from[length / 2], last = from[length - 1];
-        first = from[0] | middle << 8 * (length / 2) | last << 8 * (length - 1);
-    }
-    return TwoWords{first, second};
+    const std::uint64_t second =
+        length > 8 ? load_number<std::uint64_t>(from + length - 8) >> 8 * (16 - length) : 0;
+    return TwoWords{load_word(from, length), second};
 }
 
 // The front of a block, less than all; zeros behind it.
-ZVUTIL_WIDE_INLINE ByteBlock load_front(const Byte* from, size_t length) {
+ZVUTIL_WIDEST_INLINE ByteBlock load_front(const Byte* from, size_t length) {
 #if defined(__AVX512VBMI2__)
-    return std::bit_cast<ByteBlock>(_mm512_maskz_loadu_epi8(first_bits(length), from));
+    return std::bit_cast<ByteBlock>(
+        _mm512_maskz_loadu_epi8(_bzhi_u64(kAllMarked, static_cast<unsigned>(length)), from));
 #elif defined(__AVX2__)
     // What a shuffle takes, by the number of bytes by which it moves them back.
     static constexpr auto kPlaces = [] {
@@ -293,18 +288,11 @@ inline ByteBlock load_up_to(const Byte* from, size_t left) {
 // Stores the front of a block, less than all of it, and nothing else.
 ZVUTIL_WIDEST_INLINE void store_front(Byte* to, const ByteBlock& block, size_t length) {
 #ifdef __AVX512VBMI2__
-    _mm512_mask_storeu_epi8(to, first_bits(length), std::bit_cast<__m512i>(block));
+    _mm512_mask_storeu_epi8(to, _bzhi_u64(kAllMarked, static_cast<unsigned>(length)),
+                            std::bit_cast<__m512i>(block));
 #else
     copy_short(to, reinterpret_cast<const Byte*>(&block), length);
 #endif
-}
-
-// Copies less than a block.
-inline void copy_front(Byte* to, const Byte* from, size_t length) {
-    if constexpr (kBlockSize > 32)
-        store_front(to, load_front(from, length), length);
-    else
-        copy_short(to, from, length);
 }
 
 // As wide kernels write in pieces, what they wrote last may be followed by so many bytes that mean
@@ -359,22 +347,43 @@ ZVUTIL_WIDEST_INLINE Byte* put_kept(Byte* out, const ByteBlock& bytes, Mask kept
     return put_kept_at_once(out, bytes, kept);
 }
 
-// The bytes of two blocks by turns.
-template <size_t... places>
-inline std::array<ByteBlock, 2> interleave(ByteBlock a, ByteBlock b,
-                                           std::index_sequence<places...>) {
-    return {ByteBlock(__builtin_shufflevector(a, b, (places % 2 * kBlockSize + places / 2)...)),
-            ByteBlock(__builtin_shufflevector(
-                a, b, (places % 2 * kBlockSize + places / 2 + kBlockSize / 2)...))};
+// The same, and nothing behind them.
+ZVUTIL_WIDEST_INLINE Byte* put_kept_alone(Byte* out, const ByteBlock& bytes, Mask kept) {
+    const size_t count = count_marked(kept);
+#ifdef __AVX512VBMI2__
+    const __m512i front = _mm512_maskz_compress_epi8(kept, std::bit_cast<__m512i>(bytes));
+    store_front(out, std::bit_cast<ByteBlock>(front), count);
+#else
+    Byte result[kBlockSize + kOvershoot];
+    put_kept(result, bytes, kept);
+    copy_short(out, result, count);
+#endif
+    return out + count;
 }
 
-// Writes all bytes, with another one before each that a mask marks.
-inline Byte* put_marked(Byte* out, ByteBlock bytes, Mask marked, Byte mark) {
-    constexpr std::make_index_sequence<kBlockSize> kPlaces;
-    const auto both = interleave(ByteBlock{} + mark, bytes, kPlaces);
-    const auto kept = interleave(spread(marked), ~ByteBlock{}, kPlaces);
-    out = put_kept(out, both[0], high_bits(kept[0]));
-    return put_kept(out, both[1], high_bits(kept[1]));
+// The bytes of two blocks by turns.
+inline std::array<ByteBlock, 2> interleave(ByteBlock a, ByteBlock b) {
+    return [=]<size_t... places>(std::index_sequence<places...>) {
+        return std::array{
+            ByteBlock(__builtin_shufflevector(a, b, (places % 2 * kBlockSize + places / 2)...)),
+            ByteBlock(__builtin_shufflevector(
+                a, b, (places % 2 * kBlockSize + places / 2 + kBlockSize / 2)...))};
+    }
+    (std::make_index_sequence<kBlockSize>());
+}
+
+// The bits of two masks by turns.
+inline std::array<Mask, 2> interleave_bits(Mask a, Mask b) {
+#ifdef __BMI2__
+    const auto half = [&](unsigned from) {
+        constexpr std::uint64_t kEven = 0x5555555555555555;
+        return static_cast<Mask>(_pdep_u64(a >> from, kEven) | _pdep_u64(b >> from, ~kEven));
+    };
+    return {half(0), half(kBlockSize / 2)};
+#else
+    const auto bits = interleave(spread(a), spread(b));
+    return {high_bits(bits[0]), high_bits(bits[1])};
+#endif
 }
 
 // Text is looked through by windows of so many bytes, one for each bit of a long mask at most.
@@ -396,7 +405,7 @@ inline Window load_window(const Byte* text) {
         blocks[i] = load_block(text + i * kBlockSize);
     return blocks;
 }
-ZVUTIL_WIDE_INLINE Window load_last_window(const Byte* text, size_t left) {
+ZVUTIL_WIDEST_INLINE Window load_last_window(const Byte* text, size_t left) {
     Window blocks;
     for (size_t i = 0; i < kBlocks; ++i) {
         const size_t at = i * kBlockSize;
