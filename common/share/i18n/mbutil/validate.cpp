@@ -18,13 +18,14 @@ bool passes_no_lower(Byte byte) {
 bool passes_no_upper(Byte byte) {
     return std::isupper(byte) == 0;
 }
-template <class Scanner>
-const Byte* skip_well_formed_part(const Byte* p) {
+
+template <class Pairs>
+[[gnu::noinline]] const Byte* skip_well_formed_part(const Byte* p) {
     constexpr size_t kWide = 128; // what wide blocks leave over costs more
     const size_t left = zv::part_of(p);
     return left >= kWide && zv::vector_size() >= zv::kWideVectors
-               ? zv::wide_skip_well_formed<Scanner>(p, left)
-               : zv::skip_well_formed<Scanner>(p, left);
+               ? zv::wide_skip_well_formed<Pairs>(p, left)
+               : zv::skip_well_formed<Pairs>(p, left);
 }
 
 // Whether every character is well formed; the position of the first that is not goes to badpos.
@@ -34,7 +35,7 @@ int validate(const char* s, unsigned* badpos, int code_set) {
         const Byte* text = zv::as_bytes(s);
         for (const Byte* p = text;;) {
             const Byte* const before = p;
-            p = skip_well_formed_part<Scanner>(p);
+            p = skip_well_formed_part<zv::PairsOf<Scanner>>(p);
             if (p - before >= static_cast<ptrdiff_t>(zv::kPart / 2))
                 continue;
             for (size_t n = 0; n < zv::kBlockSize; ++n) {
