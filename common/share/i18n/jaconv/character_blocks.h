@@ -61,86 +61,72 @@ struct ByteRoles {
     static_assert(allow_parity());
 };
 
-struct ByteRange {
-    Byte first;
-    Byte last;
-};
-
 // The bytes of which something holds.
+struct ByteRanges {
+    Byte first[4], last[4];
+    size_t count;
+};
 template <bool (*Holds)(Byte)>
-constexpr auto find_ranges() {
-    constexpr auto begins_at = [](unsigned byte) {
-        return Holds(static_cast<Byte>(byte)) && (byte == 0 || !Holds(static_cast<Byte>(byte - 1)));
-    };
-    constexpr size_t kCount = [=] {
-        size_t ranges = 0;
-        for (unsigned byte = 0; byte < 256; ++byte)
-            ranges += begins_at(byte);
-        return ranges;
-    }();
-    std::array<ByteRange, kCount> ranges{};
-    size_t next = 0;
-    for (unsigned first = 0; first < 256; ++first) {
-        if (!begins_at(first))
+constexpr ByteRanges find_ranges() {
+    ByteRanges ranges{};
+    for (unsigned byte = 0; byte < 256; ++byte) {
+        if (!Holds(static_cast<Byte>(byte)))
             continue;
-        unsigned last = first;
-        while (last < 255 && Holds(static_cast<Byte>(last + 1)))
-            ++last;
-        ranges[next++] = {static_cast<Byte>(first), static_cast<Byte>(last)};
+        if (byte == 0 || !Holds(static_cast<Byte>(byte - 1)))
+            ranges.first[ranges.count++] = static_cast<Byte>(byte);
+        ranges.last[ranges.count - 1] = static_cast<Byte>(byte);
     }
     return ranges;
 }
 
-template <class Scanner>
-inline constexpr auto kLeadsOf = find_ranges<ByteRoles<Scanner>::is_lead>();
-
 // What the regular characters of a code set are made of.
-template <auto leads, auto trails, auto firsts>
 struct PairRanges {
-    static constexpr auto kLeads = leads;
-    static constexpr auto kTrails = trails;
-    static constexpr auto kFirsts = firsts;
+    ByteRanges leads, trails, firsts;
 };
 template <class Scanner>
-using PairsOf = PairRanges<kLeadsOf<Scanner>, find_ranges<ByteRoles<Scanner>::is_trail>(),
-                           find_ranges<ByteRoles<Scanner>::is_regular>()>;
+inline constexpr PairRanges kPairsOf = {find_ranges<ByteRoles<Scanner>::is_lead>(),
+                                        find_ranges<ByteRoles<Scanner>::is_trail>(),
+                                        find_ranges<ByteRoles<Scanner>::is_regular>()};
 
 inline namespace ZVUTIL_LANES {
 
 // Code sets whose bytes are alike share what is made of a class.
-template <auto kRanges>
+template <ByteRanges kRanges>
 struct RangedBytes {
     static bool has(Byte byte) {
         bool any = false;
-        for (const ByteRange range : kRanges)
-            any |= in_range(byte, range.first, range.last);
+        for (size_t i = 0; i < kRanges.count; ++i)
+            any |= in_range(byte, kRanges.first[i], kRanges.last[i]);
         return any;
     }
     // Marks those of a block by all bits.
     static SignedByteBlock marks(ByteBlock bytes) {
         SignedByteBlock marks{};
-#pragma GCC unroll 8
-        for (const ByteRange range : kRanges)
-            marks |= bytes - range.first <= static_cast<Byte>(range.last - range.first);
+#pragma GCC unroll 4
+        for (size_t i = 0; i < kRanges.count; ++i)
+            marks |= bytes - kRanges.first[i] <= width(i);
         return marks;
     }
     static Mask find(ByteBlock bytes) {
         return high_bits(marks(bytes));
     }
-    template <size_t Blocks>
+    static constexpr Byte width(size_t i) {
+        return static_cast<Byte>(kRanges.last[i] - kRanges.first[i]);
+    }
+    template <size_t size>
     static bool are_all(const Byte* text) {
         auto all = ~SignedByteBlock{};
-        if constexpr (kRanges.size() == 1) { // one comparison does
+        if constexpr (kRanges.count == 1) { // one comparison does
             ByteBlock most{};
 #pragma GCC unroll(kBlockSize > 16 ? 8 : 1)
-            for (size_t i = 0; i < Blocks; ++i) {
-                const ByteBlock above_first = load_block(text + i * kBlockSize) - kRanges[0].first;
+            for (size_t i = 0; i < size; i += kBlockSize) {
+                const ByteBlock above_first = load_block(text + i) - kRanges.first[0];
                 most = most > above_first ? most : above_first;
             }
-            all = most <= static_cast<Byte>(kRanges[0].last - kRanges[0].first);
+            all = most <= width(0);
         } else {
-            for (size_t i = 0; i < Blocks; ++i)
-                all &= marks(load_block(text + i * kBlockSize));
+            for (size_t i = 0; i < size; i += kBlockSize)
+                all &= marks(load_block(text + i));
         }
         return high_bits(all) == kAllMarked;
     }
@@ -148,7 +134,7 @@ struct RangedBytes {
 template <bool (*Holds)(Byte)>
 using ByteClass = RangedBytes<find_ranges<Holds>()>;
 template <class Scanner>
-using LeadsOf = RangedBytes<kLeadsOf<Scanner>>;
+using LeadsOf = RangedBytes<kPairsOf<Scanner>.leads>;
 
 // Walks a text block by block and tells which bytes begin characters, as a walk by step() would
 // find them. The first block begins on a boundary, or behind a lead byte that does.
@@ -187,22 +173,18 @@ private:
 };
 
 // Where the run of regular lead bytes begins that ends at p, not before `first`.
-template <auto kLeads>
+template <ByteRanges kLeads>
 ZVUTIL_WIDE_INLINE const Byte* run_of_leads(const Byte* first, const Byte* p) {
     using Leads = RangedBytes<kLeads>;
-    constexpr size_t kAtOnce = 8;
+    constexpr ptrdiff_t kAtOnce = 8 * kBlockSize;
     const Byte* const end = p;
     while (static_cast<size_t>(p - first) >= kBlockSize) {
         const Mask leads = Leads::find(load_block(p - kBlockSize));
         if (leads != kAllMarked)
             return p - kBlockSize + std::bit_width(~leads & kAllMarked);
         p -= kBlockSize;
-        while (static_cast<size_t>(p - first) >= kAtOnce * kBlockSize) {
-            const Byte* const blocks = p - kAtOnce * kBlockSize;
-            if (!Leads::template are_all<kAtOnce>(blocks))
-                break;
-            p = blocks;
-        }
+        while (p - first >= kAtOnce && Leads::template are_all<kAtOnce>(p - kAtOnce))
+            p -= kAtOnce;
     }
     if (p != end && p != first) { // the rest is the front of a block
         const Mask rest = kAllMarked >> (kBlockSize - static_cast<size_t>(p - first));
@@ -214,16 +196,16 @@ ZVUTIL_WIDE_INLINE const Byte* run_of_leads(const Byte* first, const Byte* p) {
 }
 
 // Steps over windows of well-formed regular text, so much of which is there. Gives a boundary.
-template <class Pairs>
+template <PairRanges kPairs>
 inline const Byte* skip_well_formed(const Byte* p, size_t left) {
     LeadWalk walk;
     for (; left >= kWindow; left -= kWindow, p += kWindow) {
         const Window bytes = load_window(p);
         const LongMask carried = walk.carried();
-        walk.enter(find_in(bytes, RangedBytes<Pairs::kLeads>::find));
+        walk.enter(find_in(bytes, RangedBytes<kPairs.leads>::find));
         const LongMask behind = walk.behind_leads();
-        const LongMask firsts = find_in(bytes, RangedBytes<Pairs::kFirsts>::find);
-        const LongMask trails = find_in(bytes, RangedBytes<Pairs::kTrails>::find);
+        const LongMask firsts = find_in(bytes, RangedBytes<kPairs.firsts>::find);
+        const LongMask trails = find_in(bytes, RangedBytes<kPairs.trails>::find);
         if (((behind & trails) | (~behind & firsts)) != kAllOfWindow)
             return p - carried;
     }

@@ -11,7 +11,7 @@
 namespace zv {
 
 // Where the run of regular lead bytes begins that ends at p, not before `first`. Most are short.
-template <auto kLeads>
+template <ByteRanges kLeads>
 [[gnu::noinline]] const Byte* run_before(const Byte* first, const Byte* p) {
     constexpr ptrdiff_t kNear = 128;
     const Byte* const near = p - first > kNear ? p - kNear : first;
@@ -45,7 +45,8 @@ inline const Byte* boundary_in_run(const Byte* first, const Byte* run, const Byt
 template <class Scanner>
 [[gnu::noinline]] const Byte* boundary_behind_leads(const Byte* first, const Byte* p,
                                                     size_t readable) {
-    return boundary_in_run<Scanner>(first, run_before<kLeadsOf<Scanner>>(first, p), p, readable);
+    return boundary_in_run<Scanner>(first, run_before<kPairsOf<Scanner>.leads>(first, p), p,
+                                    readable);
 }
 
 // The last boundary not beyond p, where `first` is one. A byte that cannot be a trail byte begins a

@@ -72,10 +72,10 @@ int ConvertMBNumberToSBNumber(const char* src, char* dst) {
     zv::with_current_scanner([&](auto scanner) {
         const Byte* from = zv::as_bytes(src);
         Byte* to = zv::as_bytes(dst);
-        using Pairs = zv::PairsOf<decltype(scanner)>;
+        constexpr zv::PairRanges kPairs = zv::kPairsOf<decltype(scanner)>;
         while (*from != 0) {
-            const bool is_pair = zv::RangedBytes<Pairs::kLeads>::has(from[0]) &&
-                                 zv::RangedBytes<Pairs::kTrails>::has(from[1]);
+            const bool is_pair = zv::RangedBytes<kPairs.leads>::has(from[0]) &&
+                                 zv::RangedBytes<kPairs.trails>::has(from[1]);
             const int length = is_pair ? 2 : zv::step<decltype(scanner)>(from);
             const char ascii = length > 1 ? numbers.narrow(from) : '\0';
             *to++ = ascii != '\0' ? static_cast<Byte>(ascii) : *from;
