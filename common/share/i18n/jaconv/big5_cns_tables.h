@@ -55,7 +55,8 @@ constexpr TextCode text_code(unsigned code) {
 }
 
 // Tables by the row of a lead byte and the column of a trail byte. The first and the last of either
-// are empty and stand for what is no such byte, so that any two bytes may be looked up.
+// are empty and stand for what is no such byte, so that any two bytes may be looked up. Behind the
+// rows is a code of all bits, for places where nothing is looked up.
 constexpr unsigned count_above(unsigned byte, unsigned last) {
     return byte > last ? byte - last : 0;
 }

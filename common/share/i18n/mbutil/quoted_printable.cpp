@@ -84,8 +84,9 @@ inline char* put(char* out, Token token) {
 }
 
 char* put_tokens(char* out, const Byte* bytes, size_t length) {
+    constexpr size_t kWorthwhile = 16;
     const Byte* const end = bytes + length;
-    if (length >= 16) {
+    if (length >= kWorthwhile) {
         if (auto* const encode = wide<Byte*(Source, Byte*)>([](auto k) { return k.encode; }))
             return reinterpret_cast<char*>(encode({bytes, length}, as_bytes(out)));
     }
