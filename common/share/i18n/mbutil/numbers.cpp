@@ -74,7 +74,9 @@ int ConvertMBNumberToSBNumber(const char* src, char* dst) {
         Byte* to = zv::as_bytes(dst);
         constexpr zv::PairRanges kPairs = zv::kPairsOf<decltype(scanner)>;
         while (*from != 0) {
-            const bool is_pair = zv::RangedBytes<kPairs.leads>::has(from[0]) &&
+            // Code sets of longer characters take more steps to tell how long one is.
+            const bool is_pair = decltype(scanner)::kLongest > 2 &&
+                                 zv::RangedBytes<kPairs.leads>::has(from[0]) &&
                                  zv::RangedBytes<kPairs.trails>::has(from[1]);
             const int length = is_pair ? 2 : zv::step<decltype(scanner)>(from);
             const char ascii = length > 1 ? numbers.narrow(from) : '\0';
