@@ -54,7 +54,7 @@ struct Texts {
     Texts(const CodeSet& code_set, size_t size)
         : id(code_set.id), text(text_of(code_set.encoding, code_set.prose, size)),
           needle(convert("UTF-8", code_set.encoding, code_set.needle)),
-          set(convert("UTF-8", code_set.encoding, code_set.set)), same(text), out(text, size) {
+          set(convert("UTF-8", code_set.encoding, code_set.set)), same(text), out(text, size + 1) {
         std::string prose(code_set.prose);
         for (char& c : prose)
             c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
@@ -164,6 +164,26 @@ int lower(char c) {
     return std::tolower(static_cast<unsigned char>(c));
 }
 
+const MbToSbNumber* number_table(int code_set) {
+    return code_set == ZV_EUC    ? Mb2SbNumberTableInEUC
+           : code_set == ZV_SJIS ? Mb2SbNumberTableInSJIS
+                                 : Mb2SbNumberTableInBIG5;
+}
+
+size_t narrow_numbers(char* dst, const char* src, const MbToSbNumber* table) {
+    char* out = dst;
+    find_character(src, [&](const Character& c) {
+        const MbToSbNumber* row = table;
+        while (row->mb[0] != 0 && c.bytes != reinterpret_cast<const char*>(row->mb))
+            ++row;
+        const std::string_view written(row->mb[0] != 0 ? std::string_view(&row->sb, 1) : c.bytes);
+        out += written.copy(out, written.size());
+        return false;
+    });
+    *out = '\0';
+    return static_cast<size_t>(out - dst);
+}
+
 size_t lower_all(char* s) {
     find_character(s, [](const Character& c) {
         if (c.bytes.size() == 1)
@@ -261,6 +281,15 @@ constexpr Operation kOperations[] = {
      [](Texts& t) -> size_t { return mbcharcmp(t.text.c_str(), t.same.c_str(), t.room()) != 0; },
      [](Texts& t) -> size_t { return walk::compare(t.text.c_str(), t.same.c_str()) != 0; },
      compare_bytes},
+    {"ConvertMBNumberToSBNumber",
+     [](Texts& t) -> size_t {
+         ConvertMBNumberToSBNumber(t.text.c_str(), t.out.data());
+         return std::strlen(t.out.data());
+     },
+     [](Texts& t) {
+         return walk::narrow_numbers(t.out.data(), t.text.c_str(), walk::number_table(t.id));
+     },
+     nullptr},
     {"mbstrtolower", [](Texts& t) -> size_t { return mbstrtolower(t.same.data()); },
      [](Texts& t) { return walk::lower_all(t.same.data()); }, nullptr, Operation::comparison},
 };

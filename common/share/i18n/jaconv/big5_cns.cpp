@@ -34,40 +34,44 @@ Byte* put_big5(Byte* out, TextCode big5) {
 
 // The kernels take ASCII and characters of plane 1, which holds nearly all of those in use.
 
-Mask find_gr(ByteBlock bytes) {
-    return range_mask(bytes, 0xA1, 0xFE);
+// Two bytes over and over.
+ByteBlock alternate(Byte first, Byte second) {
+    return std::bit_cast<ByteBlock>(PairBlock{} + text_code(pair_code(first, second)));
+}
+ByteBlock at_least(ByteBlock least, ByteBlock bytes) {
+    return bytes > least ? bytes : least;
+}
+ByteBlock at_most(ByteBlock most, ByteBlock bytes) {
+    return bytes < most ? bytes : most;
 }
 
-// What a direction looks up: where pairs stand in the table, and which codes are those of plane 1.
+// What a direction looks up: where pairs stand in the table, and the bits that are set in codes of
+// plane 1.
 struct Big5ToEucTw {
     static constexpr const CnsOfBig5& kTable = kCnsOfBig5;
     static constexpr bool kShrinks = false;
 
-    static Mask find_pairs(ByteBlock bytes) {
-        const Mask gr = find_gr(bytes);
-        return even_pairs<Mask>(gr, gr | range_mask(bytes, 0x40, 0x7E));
+    static ByteBlock rows_and_columns(ByteBlock bytes) {
+        const ByteBlock low =
+            at_most(alternate(0xFF, 0x7F), at_least(alternate(0xA0, 0x3F), bytes));
+        const ByteBlock high = at_least(alternate(0xFF, 0xA0), bytes);
+        return low + high - alternate(0xA0 - 1, 0x3F + 0xA0);
     }
-    static PairBlock cells(ByteBlock bytes) {
-        const PairBlock trails = second_of(bytes);
-        return trails - 0x40 - (trails >> 7) * (0x62 - 0x40);
-    }
-    static bool all_plain(unsigned codes) { return (~codes & kHighBits) == 0; }
+    static constexpr TextCode kPlain = kHighBits;
 };
 
 struct EucTwToBig5 {
     static constexpr const Big5OfCns& kTable = kBig5OfCns;
     static constexpr bool kShrinks = true; // characters of four bytes, by half
 
-    static Mask find_pairs(ByteBlock bytes) {
-        const Mask gr = find_gr(bytes);
-        return even_pairs<Mask>(gr, gr);
+    static ByteBlock rows_and_columns(ByteBlock bytes) {
+        return at_least(ByteBlock{} + 0xA0, bytes) - 0xA0;
     }
-    static PairBlock cells(ByteBlock bytes) { return second_of(bytes) - 0xA1; }
-    static bool all_plain(unsigned codes) { return (codes & kFirstHighBit) != 0; }
+    static constexpr TextCode kPlain = kFirstHighBit;
 };
 
-// Walks through plain text and writes what becomes of it, or only tells where it ends.
-template <class Direction, bool Writes = true>
+// Walks through plain text and writes what becomes of it.
+template <class Direction>
 class Walk {
 public:
     Walk(Source source, Byte* out) : source_(source), out_(out) {}
@@ -80,86 +84,122 @@ public:
     }
 
 private:
-    // Whether whatever follows, a whole block may be written.
-    bool is_far_from_end() const {
-        return source_.left() >= kBlockSize * (Writes && Direction::kShrinks ? 2 : 1);
-    }
-    void put(size_t i, TextCode code) {
-        if constexpr (Writes)
-            std::memcpy(out_ + i * kPairSize, &code, kPairSize);
+    static constexpr size_t kPairs = kBlockSize / kPairSize;
+    static constexpr size_t kStep = 2;              // blocks
+    static constexpr Mask kFirsts = kAllMarked / 3; // of the bytes of pairs
+
+    // Whether whatever follows, so many bytes may be written.
+    bool has_room(size_t length) const {
+        return source_.left() >= length * (Direction::kShrinks ? 2 : 1);
     }
     void advance(size_t length) {
         source_.next += length;
-        if constexpr (Writes)
-            out_ += length;
+        out_ += length;
     }
 
-    // Most runs in other text are one byte, a line end or a space.
     bool take_ascii() {
-        if (source_.left() > 1 && source_.next[1] >= 0x80) {
-            if constexpr (Writes)
-                *out_ = *source_.next;
-            advance(1);
-            return true;
-        }
-        for (std::array<ByteBlock, 4> blocks; source_.left() >= sizeof blocks;) {
-            std::memcpy(&blocks, source_.next, sizeof blocks);
-            if (high_bits(blocks[0] | blocks[1] | blocks[2] | blocks[3]) != 0)
-                break;
-            if constexpr (Writes)
-                std::memcpy(out_, &blocks, sizeof blocks);
-            advance(sizeof blocks);
-        }
         const size_t length = std::min(source_.left(), kBlockSize);
         const ByteBlock bytes = load_up_to(source_.next, length);
         const Mask high = high_bits(bytes);
         const size_t run = high != 0 ? count_before(high) : length;
-        if constexpr (Writes) {
-            if (run == kBlockSize || is_far_from_end())
-                store_block(out_, bytes);
-            else
-                store_front(out_, bytes, run);
-        }
+        if (run == kBlockSize || has_room(kBlockSize))
+            store_block(out_, bytes);
+        else
+            store_front(out_, bytes, run);
         advance(run);
+        if (run < kBlockSize)
+            return true;
+        for (std::array<ByteBlock, 4> blocks; source_.left() >= sizeof blocks;) {
+            std::memcpy(&blocks, source_.next, sizeof blocks);
+            if (high_bits(blocks[0] | blocks[1] | blocks[2] | blocks[3]) != 0)
+                break;
+            std::memcpy(out_, &blocks, sizeof blocks);
+            advance(sizeof blocks);
+        }
         return true;
     }
 
-    // False at what is not plain. The places go through memory: a processor loads each of them as
-    // fast as it could take it out of a vector.
+    // Where the pairs of some blocks stand in the table. That goes through memory: a processor
+    // loads each place as fast as it could take it out of a vector.
+    class Places {
+    public:
+        Places() { asm("" : "+m"(columns_)); } // shifts and sums would take longer than a product
+
+        // Of the bytes that a mask marks; the others count as plain.
+        void find(size_t block, ByteBlock bytes, PairBlock marked = ~PairBlock{}) {
+            constexpr std::uint16_t kNowhere = std::size(Direction::kTable.codes) - 1;
+            const ByteBlock both = Direction::rows_and_columns(bytes);
+            const PairBlock places = first_of(both) * columns_ + second_of(both);
+            store_block(reinterpret_cast<Byte*>(places_ + block * kPairs),
+                        (places & marked) | (~marked & kNowhere));
+        }
+        void settle() { asm("" : "+m"(places_)); }
+        TextCode code(size_t i) const { return Direction::kTable.codes[places_[i]]; }
+
+    private:
+        alignas(kBlockSize) std::uint16_t places_[kStep * kPairs];
+        PairBlock columns_ = PairBlock{} + Direction::kTable.kColumns;
+    };
+    static bool is_plain(unsigned codes) { return (~codes & Direction::kPlain) == 0; }
+
+    // Writes the first pairs. Whether all are plain.
+    template <size_t Pairs>
+    bool put_all(Places& places) {
+        places.settle();
+        Byte* const out = out_;
+        unsigned all = ~0u;
+#pragma GCC unroll 64
+        for (size_t i = 0; i < Pairs; ++i) {
+            const unsigned code = places.code(i);
+            put_code(out + i * kPairSize, static_cast<TextCode>(code));
+            all &= code;
+            asm("" : "+r"(all) : "r"(code)); // one by one, without copies
+        }
+        return is_plain(all);
+    }
+
+    // False at what is not plain.
     bool take_pairs() {
-        constexpr size_t kPairs = kBlockSize / kPairSize;
-        const size_t length = std::min(source_.left(), kBlockSize);
-        const ByteBlock bytes = load_up_to(source_.next, length);
-        const Mask pairs = Direction::find_pairs(bytes);
-        const size_t known = pairs == kAllMarked ? kPairs : count_before(~pairs) / kPairSize;
-        const PairBlock rows = first_of(bytes) - 0xA0;
-        alignas(kBlockSize) std::uint16_t places[kPairs];
-        store_block(reinterpret_cast<Byte*>(places),
-                    rows * Direction::kTable.kRowSize + Direction::cells(bytes));
-        // The compiler would take them out of the vector one by one.
-        asm("" : "+m"(places));
-        if (known == kPairs && is_far_from_end()) [[likely]] {
-            unsigned codes = ~0u;
-#pragma GCC unroll 32
-            for (size_t i = 0; i < kPairs; ++i) {
-                const TextCode code = Direction::kTable.codes[places[i]];
-                codes &= code;
-                put(i, code);
+        Places places;
+        while (has_room(kBlockSize)) {
+            const bool has_step = has_room(kStep * kBlockSize);
+            const ByteBlock bytes = load_block(source_.next);
+            const ByteBlock next = has_step ? load_block(source_.next + kBlockSize) : ByteBlock{};
+            if ((high_bits(bytes & next) & kFirsts) == kFirsts) [[likely]] {
+                places.find(0, bytes);
+                places.find(1, next);
+                if (!put_all<kStep * kPairs>(places))
+                    break;
+                advance(kStep * kBlockSize);
+                continue;
             }
-            if (Direction::all_plain(codes)) [[likely]] {
-                advance(kBlockSize);
-                return true;
-            }
-        }
-        size_t i = 0;
-        for (; i < known; ++i) {
-            const TextCode code = Direction::kTable.codes[places[i]];
-            if (!Direction::all_plain(code))
+            // Up to ASCII, and what of that the block has.
+            const Mask high = high_bits(bytes) | ~kAllMarked;
+            size_t length = count_before((~high & kFirsts) | ~kAllMarked);
+            static constexpr auto kMarked = [] {
+                std::array<Byte, 2 * kBlockSize> marked{};
+                for (size_t i = 0; i < kBlockSize; ++i)
+                    marked[i] = 0xFF;
+                return marked;
+            }();
+            places.find(0, bytes, as_pairs(load_block(kMarked.data() + kBlockSize - length)));
+            if (!put_all<kPairs>(places))
                 break;
-            put(i, code);
+            if (has_step) {
+                store_block(out_ + length, load_block(source_.next + length));
+                length = count_before(high >> length << length);
+            }
+            advance(length);
+            if (!has_step || *source_.next < 0x80)
+                return true;
         }
+        places.find(0, load_up_to(source_.next, source_.left()));
+        places.settle();
+        size_t i = 0;
+        for (; i < kPairs && is_plain(places.code(i)); ++i)
+            put_code(out_ + i * kPairSize, places.code(i));
         advance(i * kPairSize);
-        return i == known && i != 0;
+        return i != 0;
     }
 
     Source source_;
@@ -179,7 +219,7 @@ const Byte* skip_pairs(Source source) {
         const Window bytes = load_window_up_to(source.next, source.left());
         if (find_in(bytes, [](ByteBlock block) { return byte_mask(block, kSingleShift2); }) != 0)
             break;
-        leads.enter(find_in(bytes, find_gr));
+        leads.enter(find_in(bytes, [](ByteBlock block) { return range_mask(block, 0xA1, 0xFE); }));
     }
     return source.next + leads.carried();
 }
@@ -287,8 +327,11 @@ int euchLength(const char* s) {
     // Only what moves to another plane than the first grows, by two bytes. Behind it some
     // characters go by the rule, so that text full of it is rarely looked up twice.
     constexpr int kByRule = 8;
+    constexpr size_t kPiece = 1024;
+    zv::Byte converted[kPiece];
     while (source.next != source.end && length < INT_MAX) {
-        source.next = zv::Walk<zv::Big5ToEucTw, false>(source, nullptr).walk().read;
+        const zv::Source piece(source.next, std::min(source.left(), kPiece));
+        source.next = zv::walk<zv::Big5ToEucTw>(piece, converted).read;
         for (int i = 0; i < kByRule && source.next != source.end; ++i) {
             if (!zv::measure_big5_as_euc_tw(source, length))
                 return zv::saturated(length);

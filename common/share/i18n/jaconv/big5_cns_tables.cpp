@@ -191,62 +191,43 @@ constexpr bool cns_rows_fit() {
 }
 static_assert(cns_rows_fit());
 
-template <class Map>
-struct MapWriter {
-    Map map{};
-    int rows = 1;
-
-    constexpr explicit MapWriter(int (*cell)(unsigned trail)) {
-        for (int lead = 0xA1; lead <= 0xFE; ++lead)
-            map.row_start[0][lead] = static_cast<uint16_t>(rows++ * Map::kRowSize);
-        for (unsigned byte = 0; byte < 256; ++byte) {
-            const int place = cell(byte);
-            map.cell[byte] = static_cast<uint8_t>(place >= 0 ? place : Map::kRowSize - 1);
-        }
-    }
-
-    // What has a counterpart already keeps it.
-    constexpr void add(unsigned code, int plane, TextCode counterpart) {
-        uint16_t& start = map.row_start[plane - 1][code >> 8];
-        if (start == 0)
-            start = static_cast<uint16_t>(rows++ * Map::kRowSize);
-        TextCode& place = map.codes[start + map.cell[code & 0xFF]];
-        if (place == 0)
-            place = counterpart;
-    }
-};
-
-constexpr MapWriter<CnsOfBig5> write_cns_of_big5() {
-    MapWriter<CnsOfBig5> writer(big5_cell);
+constexpr CnsOfBig5 make_cns_of_big5() {
+    CnsOfBig5 map{};
+    map.codes[std::size(map.codes) - 1] = 0xFFFF;
     for (const Big5CnsRange& range : Big5ToCnsTable) {
         for (int i = 0; i < characters(range); ++i) {
+            const unsigned big5 = big5_code(range.first_big5 + i);
             const TextCode cns = text_code(cns_code(range.first_cns + i));
-            writer.add(big5_code(range.first_big5 + i), 1, mark_plane(cns, range.plane));
+            map.codes[row_of(big5 >> 8) * CnsOfBig5::kColumns + CnsOfBig5::column(big5 & 0xFF)] =
+                mark_plane(cns, range.plane);
         }
     }
-    return writer;
+    return map;
 }
 
-constexpr MapWriter<Big5OfCns> write_big5_of_cns() {
-    MapWriter<Big5OfCns> writer(cns_cell);
+constexpr Big5OfCns make_big5_of_cns() {
+    Big5OfCns map{};
+    map.codes[std::size(map.codes) - 1] = 0xFFFF;
+    unsigned rows = 0;
+    for (; rows < kRowsOfSet; ++rows)
+        map.rows[0][rows] = static_cast<uint8_t>(rows);
     for (const Big5CnsRange& range : CnsToBig5Table) {
-        const int plane = range.first_cns / kCnsPlaneSize + 1;
         for (int i = 0; i < characters(range); ++i) {
             const unsigned cns = cns_code(range.first_cns % kCnsPlaneSize + i);
-            writer.add(cns, plane, text_code(big5_code(range.first_big5 + i)));
+            uint8_t& row = map.rows[range.first_cns / kCnsPlaneSize][row_of(cns >> 8)];
+            if (row == 0)
+                row = static_cast<uint8_t>(rows++);
+            TextCode& code = map.codes[row * Big5OfCns::kColumns + Big5OfCns::column(cns & 0xFF)];
+            if (code == 0) // the first of two stays
+                code = text_code(big5_code(range.first_big5 + i));
         }
     }
-    return writer;
+    return map;
 }
-
-constexpr MapWriter<CnsOfBig5> kCnsOfBig5Writer = write_cns_of_big5();
-constexpr MapWriter<Big5OfCns> kBig5OfCnsWriter = write_big5_of_cns();
-static_assert(kCnsOfBig5Writer.rows == CnsOfBig5::kRows);
-static_assert(kBig5OfCnsWriter.rows == Big5OfCns::kRows);
 
 } // namespace
 
-constexpr CnsOfBig5 kCnsOfBig5 = kCnsOfBig5Writer.map;
-constexpr Big5OfCns kBig5OfCns = kBig5OfCnsWriter.map;
+constexpr CnsOfBig5 kCnsOfBig5 = make_cns_of_big5();
+constexpr Big5OfCns kBig5OfCns = make_big5_of_cns();
 
 } // namespace zv

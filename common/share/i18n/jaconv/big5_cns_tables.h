@@ -1,6 +1,7 @@
 #ifndef ZVUTIL_JACONV_BIG5_CNS_TABLES_H
 #define ZVUTIL_JACONV_BIG5_CNS_TABLES_H
 
+#include <algorithm>
 #include <bit>
 #include <cstdint>
 
@@ -53,28 +54,32 @@ constexpr TextCode text_code(unsigned code) {
     return static_cast<TextCode>(code);
 }
 
-// The counterpart of every character of a set, 0 where there is none. Any two bytes may be looked
-// up: lead bytes without characters share row 0, which is empty, and what is no trail byte means
-// an empty cell at the end of each row. The rows of plane 1 follow row 0 in the order of their
-// lead bytes A1-FE.
-template <int Planes, int Rows, int Cells>
-struct Counterparts {
-    static constexpr int kRows = Rows;
-    static constexpr int kRowSize = (Cells + 1 + 31) / 32 * 32; // found by two shifts
-
-    uint16_t row_start[Planes][256];
-    uint8_t cell[256];
-    TextCode codes[Rows * kRowSize];
-
-    constexpr TextCode find(Byte lead, Byte trail, unsigned plane = 1) const {
-        return codes[size_t{row_start[plane - 1][lead]} + cell[trail]];
-    }
-};
+// Tables by the row of a lead byte and the column of a trail byte. The first and the last of either
+// are empty and stand for what is no such byte, so that any two bytes may be looked up. Behind the
+// rows is a code of all bits, for places where nothing is looked up.
+constexpr unsigned count_above(unsigned byte, unsigned last) {
+    return byte > last ? byte - last : 0;
+}
+inline constexpr unsigned kRowsOfSet = 96;
+constexpr unsigned row_of(unsigned lead) {
+    return count_above(lead, 0xA0);
+}
 
 // The CNS character of each Big5 character: its EUC code, of which the high bits, all set in text,
 // tell the plane. Both are set for plane 1, only the second byte's for plane 2, only the first
 // byte's for plane 3, none for plane 4.
-using CnsOfBig5 = Counterparts<1, 95, kBig5Cells>;
+struct CnsOfBig5 {
+    static constexpr unsigned kColumns = 160;
+    // The column of 7F is empty too, and stands for all up to A0.
+    static constexpr unsigned column(unsigned trail) {
+        return std::min(count_above(trail, 0x3F), 0x40u) + count_above(trail, 0xA0);
+    }
+    constexpr TextCode find(Byte lead, Byte trail) const {
+        return codes[row_of(lead) * kColumns + column(trail)];
+    }
+
+    TextCode codes[kRowsOfSet * kColumns + 1];
+};
 extern const CnsOfBig5 kCnsOfBig5;
 
 constexpr TextCode kFirstHighBit = text_code(0x8000);
@@ -90,8 +95,19 @@ constexpr unsigned plane_of(TextCode cns) {
     return ((cns & kFirstHighBit) != 0 ? 1u : 2u) + ((cns & kSecondHighBit) != 0 ? 0u : 2u);
 }
 
-// The Big5 code of each CNS character.
-using Big5OfCns = Counterparts<kCnsPlanes, 185, kCnsCells>;
+// The Big5 code of each CNS character. The rows of plane 1 are the first; of the other planes,
+// those that have characters follow.
+struct Big5OfCns {
+    static constexpr unsigned kRows = kRowsOfSet + 90;
+    static constexpr unsigned kColumns = 96;
+    static constexpr unsigned column(unsigned trail) { return count_above(trail, 0xA0); }
+    constexpr TextCode find(Byte lead, Byte trail, unsigned plane) const {
+        return codes[rows[plane - 1][row_of(lead)] * kColumns + column(trail)];
+    }
+
+    uint8_t rows[kCnsPlanes][kRowsOfSet];
+    TextCode codes[kRows * kColumns + 1];
+};
 extern const Big5OfCns kBig5OfCns;
 
 } // namespace zv

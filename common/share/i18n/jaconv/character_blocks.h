@@ -42,6 +42,7 @@ struct ByteRoles {
     static constexpr bool is_single(Byte byte) { return Scanner::announced(byte) == 1; }
     static constexpr bool is_lead(Byte byte) { return kLeads[byte]; }
     static constexpr bool is_trail(Byte byte) { return kTrails[byte]; }
+    static constexpr bool is_regular(Byte byte) { return is_single(byte) || is_lead(byte); }
     static constexpr bool is_irregular(Byte byte) {
         return Scanner::announced(byte) > 1 && !is_lead(byte);
     }
@@ -60,57 +61,80 @@ struct ByteRoles {
     static_assert(allow_parity());
 };
 
+// The bytes of which something holds.
+struct ByteRanges {
+    Byte first[4], last[4];
+    size_t count;
+};
+template <bool (*Holds)(Byte)>
+constexpr ByteRanges find_ranges() {
+    ByteRanges ranges{};
+    for (unsigned byte = 0; byte < 256; ++byte) {
+        if (!Holds(static_cast<Byte>(byte)))
+            continue;
+        if (byte == 0 || !Holds(static_cast<Byte>(byte - 1)))
+            ranges.first[ranges.count++] = static_cast<Byte>(byte);
+        ranges.last[ranges.count - 1] = static_cast<Byte>(byte);
+    }
+    return ranges;
+}
+
+// What the regular characters of a code set are made of.
+struct PairRanges {
+    ByteRanges leads, trails, firsts;
+};
+template <class Scanner>
+inline constexpr PairRanges kPairsOf = {find_ranges<ByteRoles<Scanner>::is_lead>(),
+                                        find_ranges<ByteRoles<Scanner>::is_trail>(),
+                                        find_ranges<ByteRoles<Scanner>::is_regular>()};
+
 inline namespace ZVUTIL_LANES {
 
-// The bytes of which something holds, as ranges.
-template <bool (*Holds)(Byte)>
-struct ByteClass {
-    struct Range {
-        Byte first;
-        Byte last;
-    };
-    static constexpr bool begins_at(unsigned byte) {
-        return Holds(static_cast<Byte>(byte)) && (byte == 0 || !Holds(static_cast<Byte>(byte - 1)));
-    }
-    static constexpr size_t count() {
-        size_t ranges = 0;
-        for (unsigned byte = 0; byte < 256; ++byte)
-            ranges += begins_at(byte);
-        return ranges;
-    }
-    static constexpr auto make_ranges() {
-        std::array<Range, count()> ranges{};
-        size_t next = 0;
-        for (unsigned first = 0; first < 256; ++first) {
-            if (!begins_at(first))
-                continue;
-            unsigned last = first;
-            while (last < 255 && Holds(static_cast<Byte>(last + 1)))
-                ++last;
-            ranges[next++] = {static_cast<Byte>(first), static_cast<Byte>(last)};
-        }
-        return ranges;
-    }
-    static constexpr auto kRanges = make_ranges();
-
+// Code sets whose bytes are alike share what is made of a class.
+template <ByteRanges kRanges>
+struct RangedBytes {
     static bool has(Byte byte) {
         bool any = false;
-        for (const Range range : kRanges)
-            any |= in_range(byte, range.first, range.last);
+        for (size_t i = 0; i < kRanges.count; ++i)
+            any |= in_range(byte, kRanges.first[i], kRanges.last[i]);
         return any;
     }
     // Marks those of a block by all bits.
     static SignedByteBlock marks(ByteBlock bytes) {
         SignedByteBlock marks{};
-#pragma GCC unroll 8
-        for (const Range range : kRanges)
-            marks |= bytes - range.first <= static_cast<Byte>(range.last - range.first);
+#pragma GCC unroll 4
+        for (size_t i = 0; i < kRanges.count; ++i)
+            marks |= bytes - kRanges.first[i] <= width(i);
         return marks;
     }
     static Mask find(ByteBlock bytes) {
         return high_bits(marks(bytes));
     }
+    static constexpr Byte width(size_t i) {
+        return static_cast<Byte>(kRanges.last[i] - kRanges.first[i]);
+    }
+    template <size_t size>
+    static bool are_all(const Byte* text) {
+        auto all = ~SignedByteBlock{};
+        if constexpr (kRanges.count == 1) { // one comparison does
+            ByteBlock most{};
+#pragma GCC unroll(kBlockSize > 16 ? 8 : 1)
+            for (size_t i = 0; i < size; i += kBlockSize) {
+                const ByteBlock above_first = load_block(text + i) - kRanges.first[0];
+                most = most > above_first ? most : above_first;
+            }
+            all = most <= width(0);
+        } else {
+            for (size_t i = 0; i < size; i += kBlockSize)
+                all &= marks(load_block(text + i));
+        }
+        return high_bits(all) == kAllMarked;
+    }
 };
+template <bool (*Holds)(Byte)>
+using ByteClass = RangedBytes<find_ranges<Holds>()>;
+template <class Scanner>
+using LeadsOf = RangedBytes<kPairsOf<Scanner>.leads>;
 
 // Walks a text block by block and tells which bytes begin characters, as a walk by step() would
 // find them. The first block begins on a boundary, or behind a lead byte that does.
@@ -125,7 +149,7 @@ public:
     bool enter(ByteBlock block) {
         if (ByteClass<Roles::is_irregular>::find(block) != 0)
             return false;
-        leads_ = every_other(ByteClass<Roles::is_lead>::find(block) & ~carried_);
+        leads_ = every_other(LeadsOf<Scanner>::find(block) & ~carried_);
         behind_leads_ = (leads_ << 1 | carried_) & kAllMarked;
         trails_ = behind_leads_ & ByteClass<Roles::is_trail>::find(block);
         carried_ = leads_ >> (kBlockSize - 1);
@@ -138,12 +162,6 @@ public:
     Mask certain_starts() const { return ~behind_leads_ & kAllMarked; }
     // Those that are no characters of two. One that the next block decides about is none either.
     Mask singles() const { return starts() & ~(trails_ >> 1) & ~(carried_ << (kBlockSize - 1)); }
-    // Where the block has something that is no character.
-    Mask malformed(ByteBlock block) const {
-        const Mask well_formed = ByteClass<Roles::is_single>::find(block) | leads_ | trails_;
-        return (~well_formed & kAllMarked) | (behind_leads_ & ~trails_);
-    }
-
     // Whether the last byte of the block begins a character of two.
     Mask carried() const { return carried_; }
 
@@ -155,25 +173,18 @@ private:
 };
 
 // Where the run of regular lead bytes begins that ends at p, not before `first`.
-template <class Scanner>
-inline const Byte* run_of_leads(const Byte* first, const Byte* p) {
-    using Leads = ByteClass<ByteRoles<Scanner>::is_lead>;
-    constexpr size_t kAtOnce = 8;
+template <ByteRanges kLeads>
+ZVUTIL_WIDE_INLINE const Byte* run_of_leads(const Byte* first, const Byte* p) {
+    using Leads = RangedBytes<kLeads>;
+    constexpr ptrdiff_t kAtOnce = 8 * kBlockSize;
     const Byte* const end = p;
     while (static_cast<size_t>(p - first) >= kBlockSize) {
         const Mask leads = Leads::find(load_block(p - kBlockSize));
         if (leads != kAllMarked)
             return p - kBlockSize + std::bit_width(~leads & kAllMarked);
         p -= kBlockSize;
-        while (static_cast<size_t>(p - first) >= kAtOnce * kBlockSize) {
-            const Byte* const blocks = p - kAtOnce * kBlockSize;
-            auto marks = Leads::marks(load_block(blocks));
-            for (size_t i = 1; i < kAtOnce; ++i)
-                marks &= Leads::marks(load_block(blocks + i * kBlockSize));
-            if (high_bits(marks) != kAllMarked)
-                break;
-            p = blocks;
-        }
+        while (p - first >= kAtOnce && Leads::template are_all<kAtOnce>(p - kAtOnce))
+            p -= kAtOnce;
     }
     if (p != end && p != first) { // the rest is the front of a block
         const Mask rest = kAllMarked >> (kBlockSize - static_cast<size_t>(p - first));
@@ -184,16 +195,19 @@ inline const Byte* run_of_leads(const Byte* first, const Byte* p) {
     return p;
 }
 
-// Steps over blocks of well-formed text, so much of which is there. Gives a boundary.
-template <class Scanner>
+// Steps over windows of well-formed regular text, so much of which is there. Gives a boundary.
+template <PairRanges kPairs>
 inline const Byte* skip_well_formed(const Byte* p, size_t left) {
-    BlockWalk<Scanner> walk;
-    for (; left >= kBlockSize; left -= kBlockSize) {
-        const ByteBlock block = load_block(p);
-        const Mask carried = walk.carried();
-        if (!walk.enter(block) || walk.malformed(block) != 0)
+    LeadWalk walk;
+    for (; left >= kWindow; left -= kWindow, p += kWindow) {
+        const Window bytes = load_window(p);
+        const LongMask carried = walk.carried();
+        walk.enter(find_in(bytes, RangedBytes<kPairs.leads>::find));
+        const LongMask behind = walk.behind_leads();
+        const LongMask firsts = find_in(bytes, RangedBytes<kPairs.firsts>::find);
+        const LongMask trails = find_in(bytes, RangedBytes<kPairs.trails>::find);
+        if (((behind & trails) | (~behind & firsts)) != kAllOfWindow)
             return p - carried;
-        p += kBlockSize;
     }
     return p - walk.carried();
 }

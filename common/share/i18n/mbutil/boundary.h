@@ -11,15 +11,15 @@
 namespace zv {
 
 // Where the run of regular lead bytes begins that ends at p, not before `first`. Most are short.
-template <class Scanner>
+template <ByteRanges kLeads>
 [[gnu::noinline]] const Byte* run_before(const Byte* first, const Byte* p) {
     constexpr ptrdiff_t kNear = 128;
     const Byte* const near = p - first > kNear ? p - kNear : first;
-    const Byte* const run = run_of_leads<Scanner>(near, p);
+    const Byte* const run = run_of_leads<kLeads>(near, p);
     if (run == first || run != near)
         return run;
-    return vector_size() >= kWideVectors ? wide_run_of_leads<Scanner>(first, run)
-                                         : run_of_leads<Scanner>(first, run);
+    return vector_size() >= kWideVectors ? wide_run_of_leads<kLeads>(first, run)
+                                         : run_of_leads<kLeads>(first, run);
 }
 
 // The last boundary not beyond p, a byte that could be a trail byte, where `first` is one and `run`
@@ -45,7 +45,8 @@ inline const Byte* boundary_in_run(const Byte* first, const Byte* run, const Byt
 template <class Scanner>
 [[gnu::noinline]] const Byte* boundary_behind_leads(const Byte* first, const Byte* p,
                                                     size_t readable) {
-    return boundary_in_run<Scanner>(first, run_before<Scanner>(first, p), p, readable);
+    return boundary_in_run<Scanner>(first, run_before<kPairsOf<Scanner>.leads>(first, p), p,
+                                    readable);
 }
 
 // The last boundary not beyond p, where `first` is one. A byte that cannot be a trail byte begins a

@@ -67,7 +67,6 @@ template <class Scanner>
 [[gnu::noinline]] const Byte* find_in_part(const Byte*& known, const Byte*& text,
                                            const Wanted& given, Accepts accepts,
                                            size_t part = kPart) {
-    using Leads = ByteClass<ByteRoles<Scanner>::is_lead>;
     const Wanted wanted = given; // which nothing else changes
     for (const Byte* const end = text + part_of(text, part); text != end;) {
         const size_t size = std::min(static_cast<size_t>(end - text), kBlockSize);
@@ -82,7 +81,8 @@ template <class Scanner>
         if (found != 0) {
             known = last_boundary<Scanner>(known, text);
             BlockWalk<Scanner> walk(known != text);
-            const bool regular = known == text || (known + 1 == text && Leads::has(*known));
+            const bool regular =
+                known == text || (known + 1 == text && LeadsOf<Scanner>::has(*known));
             const bool settled = regular && walk.enter(block);
             if (settled)
                 found &= walk.starts();

@@ -78,18 +78,21 @@ struct AsAnnounced {
     zv::LetterCase lower = zv::LetterCase::lower();
 };
 
-// How far blocks are equal that are known to be there, as a boundary: the last one not behind the
-// first difference, where there is one.
+// How far texts are equal that are known to be there, as a boundary: the last one not behind the
+// first difference or the end.
 template <class Scanner>
 size_t skip_equal_blocks(const Byte* a, const Byte* b, size_t n) {
     zv::BlockWalk<Scanner> walk;
     size_t offset = 0;
-    for (; n - offset >= zv::kBlockSize; offset += zv::kBlockSize) {
-        const zv::ByteBlock block = zv::load_block(a + offset);
-        const zv::Mask differ = zv::high_bits(block != zv::load_block(b + offset));
+    for (; offset != n; offset += zv::kBlockSize) {
+        const size_t left = n - offset;
+        const zv::ByteBlock block = zv::load_up_to(a + offset, left);
+        zv::Mask differ = zv::high_bits(block != zv::load_up_to(b + offset, left));
+        if (left < zv::kBlockSize)
+            differ |= zv::Mask{1} << left;
         const zv::Mask reached = walk.carried();
         if (!walk.enter(block))
-            break;
+            return offset - reached;
         if (differ != 0) {
             // The lowest bits, up to the first difference.
             const zv::Mask starts = walk.certain_starts() & (differ ^ (differ - 1));
@@ -122,17 +125,16 @@ int compare(const char* s, const char* t, size_t n, const Rule& rule) {
             more = part == zv::kPart && common < n;
         }
         by_rule = std::min(2 * by_rule, 16 * kByRule);
-        if (common >= at + zv::kBlockSize) {
+        if (common > at) {
             const size_t equal = rule.characters.skip_equal_blocks(a + at, b + at, common - at);
             at += equal;
             if (equal >= zv::kBlockSize)
                 by_rule = kByRule;
         }
         for (const size_t stop = at + by_rule; at < stop;) {
-            if (at < common && (a[at] | b[at]) < 0x80 && rule.order_of_singles(a[at], b[at]) == 0) {
+            const size_t known = std::min(stop, common);
+            while (at < known && (a[at] | b[at]) < 0x80 && rule.order_of_singles(a[at], b[at]) == 0)
                 ++at;
-                continue;
-            }
             if (at >= n)
                 return 0;
             if (a[at] == 0 || b[at] == 0)

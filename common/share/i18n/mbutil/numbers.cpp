@@ -1,5 +1,6 @@
 #include <cstring>
 
+#include "../jaconv/character_blocks.h"
 #include "scanner_choice.h"
 
 namespace {
@@ -34,14 +35,16 @@ public:
             ++count;
         // Backwards, so that the first of equal entries is found first.
         for (; count != 0; --count) {
-            Byte& first = first_[table[count - 1].mb[1]];
+            in_table_[table[count - 1].mb[0]] = 0xFF;
+            Byte& first = entry_[table[count - 1].mb[1]];
             next_[count - 1] = first;
             first = count;
         }
     }
     // The ASCII character for the two bytes at p; 0 when the table has none.
     char narrow(const Byte* p) const {
-        for (Byte entry = first_[p[1]]; entry != 0; entry = next_[entry - 1]) {
+        // Few pairs have both, so that one branch tells nearly all of the others.
+        for (Byte entry = entry_[p[1]] & in_table_[p[0]]; entry != 0; entry = next_[entry - 1]) {
             if (table_[entry - 1].mb[0] == p[0])
                 return table_[entry - 1].sb;
         }
@@ -52,7 +55,8 @@ private:
     static constexpr size_t kMost = 24; // entries of a table
 
     const MbToSbNumber* table_;
-    Byte first_[256] = {}; // entries count from 1
+    Byte in_table_[256] = {}; // all bits of first bytes
+    Byte entry_[256] = {};    // entries count from 1
     Byte next_[kMost];
 };
 
@@ -68,12 +72,16 @@ int ConvertMBNumberToSBNumber(const char* src, char* dst) {
     zv::with_current_scanner([&](auto scanner) {
         const Byte* from = zv::as_bytes(src);
         Byte* to = zv::as_bytes(dst);
+        constexpr zv::PairRanges kPairs = zv::kPairsOf<decltype(scanner)>;
         while (*from != 0) {
-            const int length = zv::step<decltype(scanner)>(from);
+            // Code sets of longer characters take more steps to tell how long one is.
+            const bool is_pair = decltype(scanner)::kLongest > 2 &&
+                                 zv::RangedBytes<kPairs.leads>::has(from[0]) &&
+                                 zv::RangedBytes<kPairs.trails>::has(from[1]);
+            const int length = is_pair ? 2 : zv::step<decltype(scanner)>(from);
             const char ascii = length > 1 ? numbers.narrow(from) : '\0';
-            if (ascii != '\0')
-                *to++ = static_cast<Byte>(ascii);
-            for (int i = 0; i < length && ascii == '\0'; ++i)
+            *to++ = ascii != '\0' ? static_cast<Byte>(ascii) : *from;
+            for (int i = 1; i < length && ascii == '\0'; ++i)
                 *to++ = from[i];
             from += length;
         }

@@ -5,11 +5,22 @@
 #include <bit>
 #include <cstdint>
 
-#include "../../../platform/processor.h"
+#include "../jaconv/kernel_choice.h"
 #include "current_code_set.h"
 
 namespace zv {
 namespace {
+
+// A kernel for the processor's vectors, or null where the rules serve.
+template <class Type, class Kernel>
+Type* wide(Kernel kernel) {
+    return widest([=]<int Size>() -> Type* {
+        if constexpr (Size < 32)
+            return nullptr;
+        else
+            return kernel(QuotedPrintableKernels<Size>());
+    });
+}
 
 constexpr char kDigits[] = "0123456789ABCDEF";
 
@@ -73,9 +84,12 @@ inline char* put(char* out, Token token) {
 }
 
 char* put_tokens(char* out, const Byte* bytes, size_t length) {
+    constexpr size_t kWorthwhile = 16;
     const Byte* const end = bytes + length;
-    if (length >= kQuotedBlock / 2 && vector_size() >= kWideVectors)
-        return reinterpret_cast<char*>(wide_encode_quoted({bytes, length}, as_bytes(out)));
+    if (length >= kWorthwhile) {
+        if (auto* const encode = wide<Byte*(Source, Byte*)>([](auto k) { return k.encode; }))
+            return reinterpret_cast<char*>(encode({bytes, length}, as_bytes(out)));
+    }
     // Blocks of one kind are common: words of ASCII, and code sets whose bytes all lie above 7E.
     for (; end - bytes >= static_cast<ptrdiff_t>(kBlock); bytes += kBlock) {
         std::uint64_t block;
@@ -103,28 +117,17 @@ char* put_tokens(char* out, const Byte* bytes, size_t length) {
 
 } // namespace
 
-// Moves the line that is not yet full to the front and encodes a chunk behind it.
+// Encodes a chunk behind the line that is not yet full, which moves to the front where there is no
+// room left.
 void EncodedLines::encode_chunk() {
     const size_t length = std::min(source_.left(), kChunk);
-    if (line_ != buffer_) {
+    if (buffer_ + sizeof buffer_ - end_ < static_cast<ptrdiff_t>(kRoom)) {
         std::memmove(buffer_, line_, left());
         end_ = buffer_ + left();
         line_ = buffer_;
     }
     end_ = put_tokens(end_, source_.next, length);
     source_.next += length;
-}
-
-std::string_view EncodedLines::next() {
-    if (left() < kFullLine && source_.left() != 0)
-        encode_chunk();
-    size_t length = left();
-    // A token of three that begins before the full length ends one or two characters behind it.
-    if (length >= kFullLine)
-        length = kFullLine + (line_[kFullLine - 2] == '=' ? 1 : 0) +
-                 (line_[kFullLine - 1] == '=' ? 2 : 0);
-    line_ += length;
-    return {line_ - length, length};
 }
 
 namespace {
@@ -173,7 +176,7 @@ private:
     // long text, so that is looked through in pieces that grow with what has been read.
     void look_ahead() {
         text_.end = std::max(text_.end, text_.next);
-        if (text_.left() >= kDecodedBlock || is_at_end())
+        if (text_.left() >= kQuotedBlock || is_at_end())
             return;
         text_.end += strnlen(reinterpret_cast<const char*>(text_.end), piece_);
         piece_ *= 2;
@@ -188,7 +191,7 @@ private:
             look_ahead();
             is_last = is_at_end();
             run_kernel(is_last);
-        } while (!is_last && text_.left() < kDecodedBlock);
+        } while (!is_last && text_.left() < kQuotedBlock);
         if (text_.next - next != out_ - out)
             ensure_initialised(); // there were digits
     }
@@ -196,15 +199,15 @@ private:
     // Text that is rarely decoded is left to the rules for a while, since a block that is given up
     // costs more than a byte by them.
     void run_kernel(bool is_last) {
-        constexpr size_t kMostOfBlock = kDecodedBlock / 2;
-        if (!has_kernel_ || text_.left() <= kMostOfBlock || text_.next < resume_)
+        constexpr size_t kMostOfBlock = kQuotedBlock / 2;
+        if (kernel_ == nullptr || text_.left() <= kMostOfBlock || text_.next < resume_)
             return;
         const Byte* const before = text_.next;
-        const Converted converted = wide_decode_quoted(text_, out_, is_last);
+        const Converted converted = kernel_(text_, out_, is_last);
         text_.next = converted.read;
         out_ = converted.written;
         if (text_.next < before + kMostOfBlock / 2)
-            resume_ = text_.next + kDecodedBlock;
+            resume_ = text_.next + kQuotedBlock;
     }
 
     // Copies a run of plain bytes.
@@ -268,7 +271,8 @@ private:
     Source text_; // as far as it is known
     size_t piece_ = 2048;
     Byte* out_;
-    const bool has_kernel_ = vector_size() >= kWideVectors;
+    using Kernel = Converted(Source, Byte*, bool);
+    Kernel* const kernel_ = wide<Kernel>([](auto kernels) { return kernels.decode; });
     const Byte* resume_ = nullptr;
 };
 
@@ -278,7 +282,8 @@ private:
 char* convertToQuotedPrintable(char* dst, const char* src) {
     zv::EncodedLines lines(src);
     char* out = dst;
-    for (std::string_view line = lines.next(); !line.empty(); line = lines.next()) {
+    for (;;) {
+        const std::string_view line = lines.next();
         if (line.size() < zv::EncodedLines::kFullLine) {
             std::memcpy(out, line.data(), line.size());
             out += line.size();

@@ -20,18 +20,30 @@ public:
 
     // The next line, valid until the next call; empty at the end. Only the last is not full.
     // kLongestLine bytes may be copied from the start of a full one.
-    std::string_view next();
+    std::string_view next() {
+        if (left() < kFullLine && source_.left() != 0)
+            encode_chunk();
+        size_t length = left();
+        // A token of three that begins before the full length ends one or two characters behind it.
+        if (length >= kFullLine)
+            length = kFullLine + (line_[kFullLine - 2] == '=' ? 1 : 0) +
+                     (line_[kFullLine - 1] == '=' ? 2 : 0);
+        line_ += length;
+        return {line_ - length, length};
+    }
 
 private:
-    static constexpr size_t kChunk = 1024;
+    // A chunk is encoded while the processor still looks for the ends of the lines before.
+    static constexpr size_t kChunk = 256;
+    static constexpr size_t kRoom = 3 * kChunk + 3 * kQuotedBlock;
 
     size_t left() const { return static_cast<size_t>(end_ - line_); }
     void encode_chunk();
 
     Source source_;
-    // A line that is not yet full, the tokens of a chunk, and bytes that are none: full lines are
-    // copied at their greatest length, and tokens are written in blocks.
-    char buffer_[kFullLine - 1 + 3 * kChunk + 3 * kQuotedBlock];
+    // Lines are copied at their greatest length, and tokens are written in blocks, so bytes that
+    // are none stand behind them.
+    char buffer_[4 * kRoom];
     char* line_ = buffer_;
     char* end_ = buffer_;
 };

@@ -70,7 +70,7 @@ const Byte* find_last(const Byte* s, Byte byte) {
         if (p == nullptr || always_begins_character<Scanner>(byte))
             return p;
         if (p <= run)
-            run = run_before<Scanner>(s, p);
+            run = run_before<kPairsOf<Scanner>.leads>(s, p);
         if (boundary_in_run<Scanner>(s, run, p) == p)
             return p;
         const Byte* const near = p - std::min(static_cast<size_t>(p - s), kBlockSize);

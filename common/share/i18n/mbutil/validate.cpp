@@ -1,6 +1,5 @@
 #include <cctype>
 #include <cstring>
-#include <type_traits>
 
 #include "character_search.h"
 #include "scanner_choice.h"
@@ -10,21 +9,17 @@ namespace {
 using zv::Byte;
 
 bool passes_printable(Byte byte) {
-    return ismbcprint(byte) != 0 || std::isspace(byte) != 0;
+    const int printable = zv::current_is_multibyte() ? ismbcprint(byte) : std::isprint(byte);
+    return printable != 0 || std::isspace(byte) != 0;
 }
-bool passes_no_lower(Byte byte) {
-    return std::islower(byte) == 0;
-}
-bool passes_no_upper(Byte byte) {
-    return std::isupper(byte) == 0;
-}
-template <class Scanner>
-const Byte* skip_well_formed_part(const Byte* p) {
+
+template <zv::PairRanges kPairs>
+[[gnu::noinline]] const Byte* skip_well_formed_part(const Byte* p) {
     constexpr size_t kWide = 128; // what wide blocks leave over costs more
     const size_t left = zv::part_of(p);
     return left >= kWide && zv::vector_size() >= zv::kWideVectors
-               ? zv::wide_skip_well_formed<Scanner>(p, left)
-               : zv::skip_well_formed<Scanner>(p, left);
+               ? zv::wide_skip_well_formed<kPairs>(p, left)
+               : zv::skip_well_formed<kPairs>(p, left);
 }
 
 // Whether every character is well formed; the position of the first that is not goes to badpos.
@@ -34,7 +29,7 @@ int validate(const char* s, unsigned* badpos, int code_set) {
         const Byte* text = zv::as_bytes(s);
         for (const Byte* p = text;;) {
             const Byte* const before = p;
-            p = skip_well_formed_part<Scanner>(p);
+            p = skip_well_formed_part<zv::kPairsOf<Scanner>>(p);
             if (p - before >= static_cast<ptrdiff_t>(zv::kPart / 2))
                 continue;
             for (size_t n = 0; n < zv::kBlockSize; ++n) {
@@ -65,25 +60,17 @@ int validate_checked(const char* s, unsigned* badpos, bool (*passes)(Byte)) {
     return 1;
 }
 
-template <class Passes>
-int all_bytes_pass(const char* s, Passes passes) {
-    for (const Byte* p = zv::as_bytes(s); *p != 0; ++p) {
-        if (!passes(*p))
-            return 0;
-    }
-    return 1;
-}
-
-int validate_single_byte(const char* s, int check) {
+// What a check asks of one-byte characters; null where it asks nothing.
+auto check_of(int check) -> bool (*)(Byte) {
     switch (check) {
     case ZV_CHECK_PRINTABLE:
-        return all_bytes_pass(s, [](Byte b) { return std::isprint(b) || std::isspace(b); });
+        return passes_printable;
     case ZV_CHECK_NO_LOWER:
-        return all_bytes_pass(s, passes_no_lower);
+        return [](Byte byte) { return std::islower(byte) == 0; };
     case ZV_CHECK_NO_UPPER:
-        return all_bytes_pass(s, passes_no_upper);
+        return [](Byte byte) { return std::isupper(byte) == 0; };
     default:
-        return 1;
+        return nullptr;
     }
 }
 
@@ -101,16 +88,10 @@ int mbvalidatestringtype(const char* s, unsigned* badpos, int check) {
     zv::ensure_initialised();
     if (s == nullptr || badpos == nullptr)
         return 0;
+    bool (*const passes)(Byte) = check_of(check);
+    unsigned unused; // without multibyte characters no position is told
     if (!zv::current_is_multibyte())
-        return validate_single_byte(s, check);
-    switch (check) {
-    case ZV_CHECK_PRINTABLE:
-        return validate_checked(s, badpos, passes_printable);
-    case ZV_CHECK_NO_LOWER:
-        return validate_checked(s, badpos, passes_no_lower);
-    case ZV_CHECK_NO_UPPER:
-        return validate_checked(s, badpos, passes_no_upper);
-    default:
-        return validate(s, badpos, zv::current_code_set());
-    }
+        return passes == nullptr || validate_checked(s, &unused, passes);
+    return passes == nullptr ? validate(s, badpos, zv::current_code_set())
+                             : validate_checked(s, badpos, passes);
 }
