@@ -174,7 +174,7 @@ private:
 
 // Where the run of regular lead bytes begins that ends at p, not before `first`.
 template <ByteRanges kLeads>
-ZVUTIL_WIDE_INLINE const Byte* run_of_leads(const Byte* first, const Byte* p) {
+ZVUTIL_WIDEST_INLINE const Byte* run_of_leads(const Byte* first, const Byte* p) {
     using Leads = RangedBytes<kLeads>;
     constexpr ptrdiff_t kAtOnce = 8 * kBlockSize;
     const Byte* const end = p;

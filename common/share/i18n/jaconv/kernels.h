@@ -88,6 +88,15 @@ using Mask = std::conditional_t<kBlockSize == 64, std::uint64_t, std::uint32_t>;
 
 inline constexpr Mask kAllMarked = ~Mask{} >> (8 * sizeof(Mask) - kBlockSize);
 
+// The first bits of a mask; less than all.
+inline Mask first_bits(size_t count) {
+#ifdef __AVX512VBMI2__
+    return _bzhi_u64(kAllMarked, static_cast<unsigned>(count));
+#else
+    return (Mask{1} << count) - 1;
+#endif
+}
+
 // The high bits of the bytes.
 template <class Block>
 inline Mask high_bits(Block block) {
@@ -256,8 +265,7 @@ inline TwoWords load_words(const Byte* from, size_t length) {
 // The front of a block, less than all; zeros behind it.
 ZVUTIL_WIDEST_INLINE ByteBlock load_front(const Byte* from, size_t length) {
 #if defined(__AVX512VBMI2__)
-    return std::bit_cast<ByteBlock>(
-        _mm512_maskz_loadu_epi8(_bzhi_u64(kAllMarked, static_cast<unsigned>(length)), from));
+    return std::bit_cast<ByteBlock>(_mm512_maskz_loadu_epi8(first_bits(length), from));
 #elif defined(__AVX2__)
     // What a shuffle takes, by the number of bytes by which it moves them back.
     static constexpr auto kPlaces = [] {
@@ -288,8 +296,7 @@ inline ByteBlock load_up_to(const Byte* from, size_t left) {
 // Stores the front of a block, less than all of it, and nothing else.
 ZVUTIL_WIDEST_INLINE void store_front(Byte* to, const ByteBlock& block, size_t length) {
 #ifdef __AVX512VBMI2__
-    _mm512_mask_storeu_epi8(to, _bzhi_u64(kAllMarked, static_cast<unsigned>(length)),
-                            std::bit_cast<__m512i>(block));
+    _mm512_mask_storeu_epi8(to, first_bits(length), std::bit_cast<__m512i>(block));
 #else
     copy_short(to, reinterpret_cast<const Byte*>(&block), length);
 #endif
