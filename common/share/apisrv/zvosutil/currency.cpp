@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <charconv>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -31,11 +30,19 @@ public:
         room_ -= field.size() + 1;
         return true;
     }
-    template <class Integer>
-    bool put_number(Integer number) {
-        char digits[std::numeric_limits<Integer>::digits10 + 2];
-        const char* stop = std::to_chars(digits, digits + sizeof digits, number).ptr;
-        return put({digits, static_cast<size_t>(stop - digits)});
+    // Of up to 32 bits and a sign. Not with std::to_chars(), whose tables are larger than all this.
+    bool put_number(int64_t number) {
+        char digits[std::numeric_limits<uint32_t>::digits10 + 2];
+        char* const end = digits + sizeof digits;
+        char* first = end;
+        auto left = static_cast<uint32_t>(number < 0 ? -number : number);
+        do {
+            *--first = static_cast<char>('0' + left % 10);
+            left /= 10;
+        } while (left != 0);
+        if (number < 0)
+            *--first = '-';
+        return put({first, static_cast<size_t>(end - first)});
     }
     char* end() const { return out_; }
 

@@ -70,6 +70,14 @@ struct EucTwToBig5 {
     static constexpr TextCode kPlain = kFirstHighBit;
 };
 
+// Of a block from so many bytes before the middle, these are marked.
+constexpr auto kMarked = [] {
+    std::array<Byte, 2 * kBlockSize> marked{};
+    for (size_t i = 0; i < kBlockSize; ++i)
+        marked[i] = 0xFF;
+    return marked;
+}();
+
 // Walks through plain text and writes what becomes of it.
 template <class Direction>
 class Walk {
@@ -176,12 +184,6 @@ private:
             // Up to ASCII, and what of that the block has.
             const Mask high = high_bits(bytes) | ~kAllMarked;
             size_t length = count_before((~high & kFirsts) | ~kAllMarked);
-            static constexpr auto kMarked = [] {
-                std::array<Byte, 2 * kBlockSize> marked{};
-                for (size_t i = 0; i < kBlockSize; ++i)
-                    marked[i] = 0xFF;
-                return marked;
-            }();
             places.find(0, bytes, as_pairs(load_block(kMarked.data() + kBlockSize - length)));
             if (!put_all<kPairs>(places))
                 break;

@@ -592,7 +592,7 @@ Converted convert_text(Source source, Byte* out, State&... state) {
 template <bool to_euc>
 Converted decode_text(Source source, Byte* out, JisMode& mode) {
     JisDecoder<to_euc> decoder(source, out, mode);
-    return kBlockSize == 64 && decoder.take_short_pairs() ? decoder.converted()
+    return kBlockSize >= 32 && decoder.take_short_pairs() ? decoder.converted()
                                                           : decode<to_euc>(source, out, mode);
 }
 
