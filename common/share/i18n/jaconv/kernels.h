@@ -306,28 +306,30 @@ ZVUTIL_WIDEST_INLINE void store_front(Byte* to, const ByteBlock& block, size_t l
 // nothing.
 inline constexpr size_t kOvershoot = 64;
 
+#if (defined(__AVX2__) && !defined(__AVX512VBMI2__)) || defined(__aarch64__)
+// Where those of eight bytes stand that a mask marks.
+inline constexpr auto kMarkedPlaces = [] {
+    std::array<std::array<Byte, 8>, 256> places{};
+    for (unsigned mask = 0; mask < places.size(); ++mask) {
+        size_t length = 0;
+        for (unsigned i = 0; i < 8; ++i) {
+            if ((mask >> i & 1) != 0)
+                places[mask][length++] = static_cast<Byte>(i);
+        }
+    }
+    return places;
+}();
+#endif
+
 // Writes the bytes that a mask marks.
 [[gnu::always_inline]] inline Byte* put_kept_at_once(Byte* out, const ByteBlock& bytes, Mask kept) {
 #if defined(__AVX512VBMI2__)
     store_block(out, _mm512_maskz_compress_epi8(kept, std::bit_cast<__m512i>(bytes)));
     return out + count_marked(kept);
 #elif defined(__AVX2__)
-    // By eights: where those that are kept stand.
-    using Places = std::array<std::array<Byte, 8>, 256>;
-    static constexpr Places kPlaces = [] {
-        Places places{};
-        for (unsigned mask = 0; mask < places.size(); ++mask) {
-            size_t length = 0;
-            for (unsigned i = 0; i < 8; ++i) {
-                if ((mask >> i & 1) != 0)
-                    places[mask][length++] = static_cast<Byte>(i);
-            }
-        }
-        return places;
-    }();
     const auto put_half = [&](__m128i half, Mask front, Mask back) {
         const auto places = [](Mask mask) {
-            return _mm_loadl_epi64(reinterpret_cast<const __m128i*>(kPlaces[mask].data()));
+            return _mm_loadl_epi64(reinterpret_cast<const __m128i*>(kMarkedPlaces[mask].data()));
         };
         const __m128i second = _mm_add_epi8(places(back), _mm_set1_epi8(8));
         const __m128i chosen = _mm_shuffle_epi8(half, _mm_unpacklo_epi64(places(front), second));
@@ -339,6 +341,15 @@ inline constexpr size_t kOvershoot = 64;
     const __m256i all = std::bit_cast<__m256i>(bytes);
     put_half(_mm256_castsi256_si128(all), kept & 0xFF, kept >> 8 & 0xFF);
     put_half(_mm256_extracti128_si256(all, 1), kept >> 16 & 0xFF, kept >> 24);
+    return out;
+#elif defined(__aarch64__)
+    const auto put_half = [&](uint8x8_t half, Mask mask) {
+        vst1_u8(out, vtbl1_u8(half, vld1_u8(kMarkedPlaces[mask].data())));
+        out += count_marked(mask);
+    };
+    const auto all = std::bit_cast<uint8x16_t>(bytes);
+    put_half(vget_low_u8(all), kept & 0xFF);
+    put_half(vget_high_u8(all), kept >> 8 & 0xFF);
     return out;
 #else
     for (size_t i = 0; i < kBlockSize; ++i) {
