@@ -33,8 +33,8 @@ public:
     // Of up to 32 bits and a sign. Not with std::to_chars(), whose tables are larger than all this.
     bool put_number(int64_t number) {
         char digits[std::numeric_limits<uint32_t>::digits10 + 2];
-        char* const end = digits + sizeof digits;
-        char* first = end;
+        char* const stop = digits + sizeof digits;
+        char* first = stop;
         auto left = static_cast<uint32_t>(number < 0 ? -number : number);
         do {
             *--first = static_cast<char>('0' + left % 10);
@@ -42,7 +42,7 @@ public:
         } while (left != 0);
         if (number < 0)
             *--first = '-';
-        return put({first, static_cast<size_t>(end - first)});
+        return put({first, static_cast<size_t>(stop - first)});
     }
     char* end() const { return out_; }
 

@@ -259,9 +259,9 @@ protected:
     // Takes windows in which a run goes on.
     template <auto find_other, auto convert>
     void take_windows() {
-        const Converted converted = convert_windows<find_other, convert>(source_, out_);
-        source_.next = converted.read;
-        out_ = converted.written;
+        const Converted front = convert_windows<find_other, convert>(source_, out_);
+        source_.next = front.read;
+        out_ = front.written;
     }
 
     Source source_;
@@ -451,26 +451,8 @@ public:
                 not_pairs &= ~LongMask{} << (source_.next - start);
                 escapes &= ~LongMask{} << (source_.next - start);
             }
-            for (;;) {
-                if (mode_ == JisMode::two_byte) {
-                    if (not_pairs == 0)
-                        break;
-                    take_run<JisMode::two_byte>(start + count_before(not_pairs));
-                    if (!end_pairs(not_pairs, escapes))
-                        return;
-                } else {
-                    if (source_.next == source_.end)
-                        return;
-                    if (escapes == 0)
-                        break;
-                    take_run<JisMode::single_byte>(start + count_before(escapes));
-                    if (!begin_pairs())
-                        return;
-                    not_pairs &= ~(escapes ^ (escapes - 1));
-                    escapes &= escapes - 1;
-                }
-                run_ = source_.next;
-            }
+            if (!take_runs(start, not_pairs, escapes))
+                return;
             start += kWindow;
             if (start - source_.next >= static_cast<ptrdiff_t>(kWindow)) {
                 if (mode_ == JisMode::two_byte)
@@ -512,6 +494,29 @@ private:
             store_front(out_ - length,
                         convert<mode>(load_up_to(from, static_cast<size_t>(source_.end - from))),
                         length);
+    }
+
+    // Takes the runs that end in a window. False at the end and at what is left to the rule.
+    bool take_runs(const Byte* start, LongMask not_pairs, LongMask escapes) {
+        for (;; run_ = source_.next) {
+            if (mode_ == JisMode::two_byte) {
+                if (not_pairs == 0)
+                    return true;
+                take_run<JisMode::two_byte>(start + count_before(not_pairs));
+                if (!end_pairs(not_pairs, escapes))
+                    return false;
+            } else {
+                if (source_.next == source_.end)
+                    return false;
+                if (escapes == 0)
+                    return true;
+                take_run<JisMode::single_byte>(start + count_before(escapes));
+                if (!begin_pairs())
+                    return false;
+                not_pairs &= ~(escapes ^ (escapes - 1));
+                escapes &= escapes - 1;
+            }
+        }
     }
 
     // Step over what ends a run and begins another one. False at anything else. What is stepped
@@ -565,6 +570,7 @@ private:
 // The conversions of any text, out of line so that short ones need not prepare for them.
 
 template <class From>
+// NOLINTNEXTLINE(readability-non-const-parameter): a kernel has this type.
 [[gnu::noinline]] Converted encode(Source source, Byte* out, JisMode& mode) {
     JisEncoder<From> encoder(source, out, mode);
     encoder.encode();
@@ -573,6 +579,7 @@ template <class From>
 }
 
 template <bool to_euc>
+// NOLINTNEXTLINE(readability-non-const-parameter): a kernel has this type.
 [[gnu::noinline]] Converted decode(Source source, Byte* out, JisMode& mode) {
     JisDecoder<to_euc> decoder(source, out, mode);
     decoder.decode();

@@ -14,11 +14,11 @@ namespace {
 // A kernel for the processor's vectors, or null where the rules serve.
 template <class Type, class Kernel>
 Type* wide(Kernel kernel) {
-    return widest([=]<int Size>() -> Type* {
+    return widest([=]<int Size> {
         if constexpr (Size < 32)
-            return nullptr;
+            return static_cast<Type*>(nullptr);
         else
-            return kernel(QuotedPrintableKernels<Size>());
+            return static_cast<Type*>(kernel(QuotedPrintableKernels<Size>()));
     });
 }
 
