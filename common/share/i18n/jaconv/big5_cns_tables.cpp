@@ -1,6 +1,7 @@
 #include "big5_cns_tables.h"
 
 #include <algorithm>
+#include <array>
 #include <iterator>
 
 #include "jaconv.h"
@@ -193,12 +194,11 @@ static_assert(cns_rows_fit());
 
 constexpr CnsOfBig5 make_cns_of_big5() {
     CnsOfBig5 map{};
-    map.codes[std::size(map.codes) - 1] = 0xFFFF;
     for (const Big5CnsRange& range : Big5ToCnsTable) {
         for (int i = 0; i < characters(range); ++i) {
             const unsigned big5 = big5_code(range.first_big5 + i);
             const TextCode cns = text_code(cns_code(range.first_cns + i));
-            map.codes[row_of(big5 >> 8) * CnsOfBig5::kColumns + CnsOfBig5::column(big5 & 0xFF)] =
+            map.codes[map.row(big5 >> 8) * map.kColumns + map.column(big5 & 0xFF)] =
                 mark_plane(cns, range.plane);
         }
     }
@@ -207,17 +207,19 @@ constexpr CnsOfBig5 make_cns_of_big5() {
 
 constexpr Big5OfCns make_big5_of_cns() {
     Big5OfCns map{};
-    map.codes[std::size(map.codes) - 1] = 0xFFFF;
     unsigned rows = 0;
-    for (; rows < kRowsOfSet; ++rows)
+    for (; rows <= map.kLastRow; ++rows) {
+        for (auto& of_plane : map.rows)
+            of_plane[rows] = map.kLastRow;
         map.rows[0][rows] = static_cast<uint8_t>(rows);
+    }
     for (const Big5CnsRange& range : CnsToBig5Table) {
         for (int i = 0; i < characters(range); ++i) {
             const unsigned cns = cns_code(range.first_cns % kCnsPlaneSize + i);
-            uint8_t& row = map.rows[range.first_cns / kCnsPlaneSize][row_of(cns >> 8)];
-            if (row == 0)
+            uint8_t& row = map.rows[range.first_cns / kCnsPlaneSize][map.row(cns >> 8)];
+            if (row == map.kLastRow)
                 row = static_cast<uint8_t>(rows++);
-            TextCode& code = map.codes[row * Big5OfCns::kColumns + Big5OfCns::column(cns & 0xFF)];
+            TextCode& code = map.codes[row * map.kColumns + map.column(cns & 0xFF)];
             if (code == 0) // the first of two stays
                 code = text_code(big5_code(range.first_big5 + i));
         }
@@ -229,5 +231,101 @@ constexpr Big5OfCns make_big5_of_cns() {
 
 constexpr CnsOfBig5 kCnsOfBig5 = make_cns_of_big5();
 constexpr Big5OfCns kBig5OfCns = make_big5_of_cns();
+
+namespace {
+
+// The ordinals of what the characters of a row become; -1 for nothing, and for another plane
+// than 1.
+using Targets = std::array<int, kBig5Cells + 2>;
+
+constexpr Targets cns_of_big5_row(int row) {
+    Targets targets;
+    targets.fill(-1);
+    for (int cell = 0; cell < kBig5Cells; ++cell) {
+        const unsigned big5 = big5_code(row * kBig5Cells + cell);
+        const TextCode cns = kCnsOfBig5.find(static_cast<Byte>(big5 >> 8), static_cast<Byte>(big5));
+        if ((cns & kHighBits) == kHighBits)
+            targets[cell] = cns_ordinal(text_code(cns) >> 8, text_code(cns) & 0xFF);
+    }
+    return targets;
+}
+
+constexpr Targets big5_of_cns_row(int row) {
+    Targets targets;
+    targets.fill(-1);
+    for (int cell = 0; cell < kCnsCells; ++cell) {
+        const unsigned cns = cns_code(row * kCnsCells + cell);
+        const TextCode big5 =
+            kBig5OfCns.find(static_cast<Byte>(cns >> 8), static_cast<Byte>(cns), 1);
+        if (big5 != 0)
+            targets[cell] = big5_ordinal(text_code(big5) >> 8, text_code(big5) & 0xFF);
+    }
+    return targets;
+}
+
+template <class Runs>
+constexpr void add_row(Runs& runs, size_t place, const Targets& targets) {
+    int begin = 1;
+    while (begin < kBig5Cells && (targets[begin] - begin == targets[0] || targets[begin] < 0 ||
+                                  targets[begin + 1] != targets[begin] + 1))
+        ++begin;
+    const int second = begin < kBig5Cells ? targets[begin] - begin : 0;
+    const auto is_exception = [&](int cell) {
+        return targets[cell] != cell + (cell < begin ? targets[0] : second);
+    };
+    size_t pairs = 0;
+    int cell = 0;
+    for (; targets[cell] >= 0; ++cell) {
+        if (!is_exception(cell))
+            continue;
+        if (is_exception(cell + 2))
+            break;
+        runs.exceptions[pairs++][place] = static_cast<uint8_t>(cell++);
+    }
+    runs.end[place] = static_cast<uint8_t>(cell);
+    if (cell == 0)
+        return;
+    constexpr int kCells = Runs::kTargetCells;
+    runs.first_lead[place] = static_cast<uint8_t>(0xA1 + targets[0] / kCells);
+    runs.first_cell[place] = static_cast<uint8_t>(targets[0] % kCells);
+    if (begin == kBig5Cells)
+        return;
+    runs.second_begin[place] = static_cast<uint8_t>(begin);
+    runs.second_lead[place] = static_cast<uint8_t>(0xA1 + targets[begin] / kCells);
+    runs.second_cell[place] = static_cast<uint8_t>(targets[begin] % kCells - begin);
+}
+
+template <class Runs>
+constexpr Runs no_runs() {
+    constexpr uint8_t kNowhere = 0xF0;
+    Runs runs{};
+    for (size_t place = 0; place < Runs::kPlaces; ++place) {
+        runs.second_begin[place] = kNowhere;
+        for (auto& pair : runs.exceptions)
+            pair[place] = kNowhere;
+    }
+    return runs;
+}
+
+constexpr CnsRunsOfBig5 make_cns_runs() {
+    auto runs = no_runs<CnsRunsOfBig5>();
+    for (int lead = 0xA1; lead <= 0xC6; ++lead)
+        add_row(runs, lead % CnsRunsOfBig5::kPlaces, cns_of_big5_row(lead - 0xA1));
+    return runs;
+}
+
+constexpr Big5RunsOfCns make_big5_runs() {
+    auto runs = no_runs<Big5RunsOfCns>();
+    for (int lead = 0xA1; lead <= 0xA4; ++lead)
+        add_row(runs, lead - 0xA1, big5_of_cns_row(lead - 0xA1));
+    for (int lead = 0xC4; lead <= 0xFD; ++lead)
+        add_row(runs, lead % Big5RunsOfCns::kPlaces, big5_of_cns_row(lead - 0xA1));
+    return runs;
+}
+
+} // namespace
+
+constexpr CnsRunsOfBig5 kCnsRunsOfBig5 = make_cns_runs();
+constexpr Big5RunsOfCns kBig5RunsOfCns = make_big5_runs();
 
 } // namespace zv

@@ -53,32 +53,36 @@ constexpr TextCode text_code(unsigned code) {
         code = code << 8 | (code >> 8 & 0xFF);
     return static_cast<TextCode>(code);
 }
-
-// Tables by the row of a lead byte and the column of a trail byte. The first and the last of either
-// are empty and stand for what is no such byte, so that any two bytes may be looked up. Behind the
-// rows is a code of all bits, for places where nothing is looked up.
-constexpr unsigned count_above(unsigned byte, unsigned last) {
-    return byte > last ? byte - last : 0;
+inline constexpr size_t kPairSize = sizeof(TextCode);
+inline Byte* put_code(Byte* out, TextCode code) {
+    std::memcpy(out, &code, kPairSize);
+    return out + kPairSize;
 }
-inline constexpr unsigned kRowsOfSet = 96;
-constexpr unsigned row_of(unsigned lead) {
-    return count_above(lead, 0xA0);
+
+// Tables by the row of a lead byte and the column of a trail byte. What is no such byte, or the
+// lead byte of an empty row, has the last row or an empty column, so that any two bytes may be
+// looked up.
+constexpr unsigned count_up_to(unsigned byte, unsigned first, unsigned most) {
+    return std::min((byte - first) & 0xFF, most);
 }
 
 // The CNS character of each Big5 character: its EUC code, of which the high bits, all set in text,
 // tell the plane. Both are set for plane 1, only the second byte's for plane 2, only the first
 // byte's for plane 3, none for plane 4.
 struct CnsOfBig5 {
-    static constexpr unsigned kColumns = 160;
-    // The column of 7F is empty too, and stands for all up to A0.
+    static constexpr unsigned kLastRow = 0xFA - 0xA1;
+    static constexpr unsigned kColumns = 159;
+    static constexpr unsigned row(unsigned lead) { return count_up_to(lead, 0xA1, kLastRow); }
+    // Between 7E and A1 is one column, which all below 40 have too.
+    static constexpr unsigned kNoColumn = 0x7F - 0x40;
     static constexpr unsigned column(unsigned trail) {
-        return std::min(count_above(trail, 0x3F), 0x40u) + count_above(trail, 0xA0);
+        return count_up_to(trail, 0x40, kNoColumn) + (trail > 0xA0 ? trail - 0xA0 : 0);
     }
     constexpr TextCode find(Byte lead, Byte trail) const {
-        return codes[row_of(lead) * kColumns + column(trail)];
+        return codes[row(lead) * kColumns + column(trail)];
     }
 
-    TextCode codes[kRowsOfSet * kColumns + 1];
+    TextCode codes[(kLastRow + 1) * kColumns];
 };
 extern const CnsOfBig5 kCnsOfBig5;
 
@@ -98,17 +102,39 @@ constexpr unsigned plane_of(TextCode cns) {
 // The Big5 code of each CNS character. The rows of plane 1 are the first; of the other planes,
 // those that have characters follow.
 struct Big5OfCns {
-    static constexpr unsigned kRows = kRowsOfSet + 90;
-    static constexpr unsigned kColumns = 96;
-    static constexpr unsigned column(unsigned trail) { return count_above(trail, 0xA0); }
+    static constexpr unsigned kLastRow = 0xFE - 0xA1; // of plane 1
+    static constexpr unsigned kRows = kLastRow + 1 + 90;
+    static constexpr unsigned kNoColumn = 0xFF - 0xA1;
+    static constexpr unsigned kColumns = kNoColumn + 1;
+    static constexpr unsigned row(unsigned lead) { return count_up_to(lead, 0xA1, kLastRow); }
+    static constexpr unsigned column(unsigned trail) { return count_up_to(trail, 0xA1, kNoColumn); }
     constexpr TextCode find(Byte lead, Byte trail, unsigned plane) const {
-        return codes[rows[plane - 1][row_of(lead)] * kColumns + column(trail)];
+        return codes[rows[plane - 1][row(lead)] * kColumns + column(trail)];
     }
 
-    uint8_t rows[kCnsPlanes][kRowsOfSet];
-    TextCode codes[kRows * kColumns + 1];
+    uint8_t rows[kCnsPlanes][kLastRow + 1];
+    TextCode codes[kRows * kColumns];
 };
 extern const Big5OfCns kBig5OfCns;
+
+// The same for characters of plane 1, in runs whose targets follow one another: at most two in a
+// row, and a few exceptions among them. By places of leads as a kernel takes them.
+template <int TargetCells, size_t ExceptionPairs>
+struct RowRuns {
+    static constexpr int kTargetCells = TargetCells;
+    static constexpr size_t kPlaces = 64;
+
+    uint8_t first_lead[kPlaces], first_cell[kPlaces]; // of the target of cell 0
+    uint8_t second_begin[kPlaces];
+    uint8_t second_lead[kPlaces], second_cell[kPlaces]; // as if the second run began at cell 0
+    uint8_t end[kPlaces];
+    // Pairs of cells of which one at least is in no run.
+    uint8_t exceptions[ExceptionPairs][kPlaces];
+};
+using CnsRunsOfBig5 = RowRuns<kCnsCells, 1>;
+using Big5RunsOfCns = RowRuns<kBig5Cells, 2>;
+extern const CnsRunsOfBig5 kCnsRunsOfBig5;
+extern const Big5RunsOfCns kBig5RunsOfCns;
 
 } // namespace zv
 
