@@ -234,92 +234,87 @@ constexpr Big5OfCns kBig5OfCns = make_big5_of_cns();
 
 namespace {
 
-// The ordinals of what the characters of a row become; -1 for nothing, and for another plane
-// than 1.
-using Targets = std::array<int, kBig5Cells + 2>;
-
-constexpr Targets cns_of_big5_row(int row) {
-    Targets targets;
-    targets.fill(-1);
-    for (int cell = 0; cell < kBig5Cells; ++cell) {
-        const unsigned big5 = big5_code(row * kBig5Cells + cell);
-        const TextCode cns = kCnsOfBig5.find(static_cast<Byte>(big5 >> 8), static_cast<Byte>(big5));
-        if ((cns & kHighBits) == kHighBits)
-            targets[cell] = cns_ordinal(text_code(cns) >> 8, text_code(cns) & 0xFF);
-    }
-    return targets;
-}
-
-constexpr Targets big5_of_cns_row(int row) {
-    Targets targets;
-    targets.fill(-1);
-    for (int cell = 0; cell < kCnsCells; ++cell) {
-        const unsigned cns = cns_code(row * kCnsCells + cell);
-        const TextCode big5 =
-            kBig5OfCns.find(static_cast<Byte>(cns >> 8), static_cast<Byte>(cns), 1);
-        if (big5 != 0)
-            targets[cell] = big5_ordinal(text_code(big5) >> 8, text_code(big5) & 0xFF);
-    }
-    return targets;
-}
-
+// The ordinal of what stands in a run of a row.
 template <class Runs>
-constexpr void add_row(Runs& runs, size_t place, const Targets& targets) {
-    int begin = 1;
-    while (begin < kBig5Cells && (targets[begin] - begin == targets[0] || targets[begin] < 0 ||
-                                  targets[begin + 1] != targets[begin] + 1))
-        ++begin;
-    const int second = begin < kBig5Cells ? targets[begin] - begin : 0;
-    const auto is_exception = [&](int cell) {
-        return targets[cell] != cell + (cell < begin ? targets[0] : second);
-    };
-    size_t pairs = 0;
-    int cell = 0;
-    for (; targets[cell] >= 0; ++cell) {
-        if (!is_exception(cell))
-            continue;
-        if (is_exception(cell + 2))
-            break;
-        runs.exceptions[pairs++][place] = static_cast<uint8_t>(cell++);
-    }
-    runs.end[place] = static_cast<uint8_t>(cell);
-    if (cell == 0)
-        return;
-    constexpr int kCells = Runs::kTargetCells;
-    runs.first_lead[place] = static_cast<uint8_t>(0xA1 + targets[0] / kCells);
-    runs.first_cell[place] = static_cast<uint8_t>(targets[0] % kCells);
-    if (begin == kBig5Cells)
-        return;
-    runs.second_begin[place] = static_cast<uint8_t>(begin);
-    runs.second_lead[place] = static_cast<uint8_t>(0xA1 + targets[begin] / kCells);
-    runs.second_cell[place] = static_cast<uint8_t>(targets[begin] % kCells - begin);
+constexpr int target_in_run(const Runs& runs, size_t place, int cell) {
+    const bool second = cell >= runs.second_begin[place];
+    const int lead = second ? runs.second_lead[place] : runs.first_lead[place];
+    const int from = second ? runs.second_cell[place] : runs.first_cell[place];
+    return (lead - 0xA1) * Runs::kTargetCells + ((cell + from) & 0xFF);
 }
 
+// Adds cells whose targets follow one another to a row, unless it has a gap before them or two runs
+// already. Single cells are exceptions.
 template <class Runs>
-constexpr Runs no_runs() {
-    constexpr uint8_t kNowhere = 0xF0;
-    Runs runs{};
-    for (size_t place = 0; place < Runs::kPlaces; ++place) {
-        runs.second_begin[place] = kNowhere;
+constexpr void add_cells(Runs& runs, size_t place, int begin, int end, int target) {
+    if (runs.end[place] != begin)
+        return;
+    const auto lead = static_cast<uint8_t>(0xA1 + target / Runs::kTargetCells);
+    const auto from = static_cast<uint8_t>(target % Runs::kTargetCells - begin);
+    if (begin == 0) {
+        runs.first_lead[place] = lead;
+        runs.first_cell[place] = from;
+        runs.second_begin[place] = kBig5Cells;
         for (auto& pair : runs.exceptions)
-            pair[place] = kNowhere;
+            pair[place] = kBig5Cells;
+    } else if (target_in_run(runs, place, begin) != target) {
+        if (end - begin == 1) {
+            size_t i = 0;
+            while (runs.exceptions[i][place] < begin - 1)
+                ++i;
+            if (runs.exceptions[i][place] == kBig5Cells)
+                runs.exceptions[i][place] = static_cast<uint8_t>(begin);
+        } else if (runs.second_begin[place] == kBig5Cells) {
+            runs.second_begin[place] = static_cast<uint8_t>(begin);
+            runs.second_lead[place] = lead;
+            runs.second_cell[place] = from;
+        } else {
+            return;
+        }
     }
-    return runs;
+    runs.end[place] = static_cast<uint8_t>(end);
+}
+
+constexpr size_t place_of_big5_row(int row) {
+    return static_cast<size_t>(0xA1 + row) % CnsRunsOfBig5::kPlaces;
+}
+constexpr size_t place_of_cns_row(int row) {
+    const auto lead = static_cast<size_t>(0xA1 + row);
+    return lead < 0xA5   ? lead - 0xA1
+           : lead < 0xC4 ? Big5RunsOfCns::kPlaces
+                         : lead % Big5RunsOfCns::kPlaces;
+}
+
+// Adds what lies in rows that have a place, size_t(int row).
+template <class Runs, class PlaceOf>
+constexpr void add_run(Runs& runs, int cells, PlaceOf place_of, int first, int last, int target) {
+    while (first <= last) {
+        const int begin = first % cells, count = std::min(cells - begin, last + 1 - first);
+        const size_t place = place_of(first / cells);
+        if (place < Runs::kPlaces)
+            add_cells(runs, place, begin, begin + count, target);
+        first += count;
+        target += count;
+    }
 }
 
 constexpr CnsRunsOfBig5 make_cns_runs() {
-    auto runs = no_runs<CnsRunsOfBig5>();
-    for (int lead = 0xA1; lead <= 0xC6; ++lead)
-        add_row(runs, lead % CnsRunsOfBig5::kPlaces, cns_of_big5_row(lead - 0xA1));
+    CnsRunsOfBig5 runs{};
+    for (const Big5CnsRange& range : Big5ToCnsTable) {
+        if (range.plane == 1)
+            add_run(runs, kBig5Cells, place_of_big5_row, range.first_big5, range.last_big5,
+                    range.first_cns);
+    }
     return runs;
 }
 
 constexpr Big5RunsOfCns make_big5_runs() {
-    auto runs = no_runs<Big5RunsOfCns>();
-    for (int lead = 0xA1; lead <= 0xA4; ++lead)
-        add_row(runs, lead - 0xA1, big5_of_cns_row(lead - 0xA1));
-    for (int lead = 0xC4; lead <= 0xFD; ++lead)
-        add_row(runs, lead % Big5RunsOfCns::kPlaces, big5_of_cns_row(lead - 0xA1));
+    Big5RunsOfCns runs{};
+    for (const Big5CnsRange& range : CnsToBig5Table) {
+        if (range.last_cns < kCnsPlaneSize)
+            add_run(runs, kCnsCells, place_of_cns_row, range.first_cns, range.last_cns,
+                    range.first_big5);
+    }
     return runs;
 }
 

@@ -128,7 +128,7 @@ struct RowRuns {
     uint8_t second_begin[kPlaces];
     uint8_t second_lead[kPlaces], second_cell[kPlaces]; // as if the second run began at cell 0
     uint8_t end[kPlaces];
-    // Pairs of cells of which one at least is in no run.
+    // The first of two cells of which one at least is in no run, or none of the row.
     uint8_t exceptions[ExceptionPairs][kPlaces];
 };
 using CnsRunsOfBig5 = RowRuns<kCnsCells, 1>;
