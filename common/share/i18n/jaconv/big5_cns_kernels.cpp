@@ -151,23 +151,25 @@ ByteBlock smaller_of(ByteBlock a, ByteBlock b) {
 // What a direction looks up: where pairs stand in the table, and the bits that are set in codes of
 // plane 1.
 struct Big5ToEucTw {
-    static constexpr const CnsOfBig5& kTable = kCnsOfBig5;
+    using Table = CnsOfBig5;
+    static constexpr const Table& kTable = kCnsOfBig5;
     static constexpr bool kShrinks = false;
 
     static ByteBlock rows_and_columns(ByteBlock bytes) {
         const ByteBlock low =
-            smaller_of(bytes - alternate(0xA1, 0x40), alternate(kTable.kLastRow, kTable.kNoColumn));
+            smaller_of(bytes - alternate(0xA1, 0x40), alternate(Table::kLastRow, Table::kNoColumn));
         return low + larger_of(bytes, alternate(0xFF, 0xA0)) - alternate(0xFF, 0xA0);
     }
     static constexpr TextCode kPlain = kHighBits;
 };
 
 struct EucTwToBig5 {
-    static constexpr const Big5OfCns& kTable = kBig5OfCns;
+    using Table = Big5OfCns;
+    static constexpr const Table& kTable = kBig5OfCns;
     static constexpr bool kShrinks = true; // characters of four bytes, by half
 
     static ByteBlock rows_and_columns(ByteBlock bytes) {
-        return smaller_of(bytes - 0xA1, alternate(kTable.kLastRow, kTable.kNoColumn));
+        return smaller_of(bytes - 0xA1, alternate(Table::kLastRow, Table::kNoColumn));
     }
     static constexpr TextCode kPlain = kFirstHighBit;
 };
@@ -235,7 +237,7 @@ private:
 
     private:
         PairBlock places_;
-        PairBlock columns_ = PairBlock{} + Direction::kTable.kColumns;
+        PairBlock columns_ = PairBlock{} + Direction::Table::kColumns;
     };
     static bool is_plain(unsigned codes) { return (~codes & Direction::kPlain) == 0; }
 

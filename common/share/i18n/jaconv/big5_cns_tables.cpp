@@ -198,8 +198,8 @@ constexpr CnsOfBig5 make_cns_of_big5() {
         for (int i = 0; i < characters(range); ++i) {
             const unsigned big5 = big5_code(range.first_big5 + i);
             const TextCode cns = text_code(cns_code(range.first_cns + i));
-            map.codes[map.row(big5 >> 8) * map.kColumns + map.column(big5 & 0xFF)] =
-                mark_plane(cns, range.plane);
+            map.codes[CnsOfBig5::row(big5 >> 8) * CnsOfBig5::kColumns +
+                      CnsOfBig5::column(big5 & 0xFF)] = mark_plane(cns, range.plane);
         }
     }
     return map;
@@ -208,18 +208,18 @@ constexpr CnsOfBig5 make_cns_of_big5() {
 constexpr Big5OfCns make_big5_of_cns() {
     Big5OfCns map{};
     unsigned rows = 0;
-    for (; rows <= map.kLastRow; ++rows) {
+    for (; rows <= Big5OfCns::kLastRow; ++rows) {
         for (auto& of_plane : map.rows)
-            of_plane[rows] = map.kLastRow;
+            of_plane[rows] = Big5OfCns::kLastRow;
         map.rows[0][rows] = static_cast<uint8_t>(rows);
     }
     for (const Big5CnsRange& range : CnsToBig5Table) {
         for (int i = 0; i < characters(range); ++i) {
             const unsigned cns = cns_code(range.first_cns % kCnsPlaneSize + i);
-            uint8_t& row = map.rows[range.first_cns / kCnsPlaneSize][map.row(cns >> 8)];
-            if (row == map.kLastRow)
+            uint8_t& row = map.rows[range.first_cns / kCnsPlaneSize][Big5OfCns::row(cns >> 8)];
+            if (row == Big5OfCns::kLastRow)
                 row = static_cast<uint8_t>(rows++);
-            TextCode& code = map.codes[row * map.kColumns + map.column(cns & 0xFF)];
+            TextCode& code = map.codes[row * Big5OfCns::kColumns + Big5OfCns::column(cns & 0xFF)];
             if (code == 0) // the first of two stays
                 code = text_code(big5_code(range.first_big5 + i));
         }
@@ -275,22 +275,22 @@ constexpr void add_cells(Runs& runs, size_t place, int begin, int end, int targe
     runs.end[place] = static_cast<uint8_t>(end);
 }
 
-constexpr size_t place_of_big5_row(int row) {
-    return static_cast<size_t>(0xA1 + row) % CnsRunsOfBig5::kPlaces;
+// The places of rows, as the kernels have them.
+constexpr unsigned place_of_big5_row(int row) {
+    return static_cast<unsigned>(0xA1 + row) % CnsRunsOfBig5::kPlaces;
 }
-constexpr size_t place_of_cns_row(int row) {
-    const auto lead = static_cast<size_t>(0xA1 + row);
-    return lead < 0xA5   ? lead - 0xA1
-           : lead < 0xC4 ? Big5RunsOfCns::kPlaces
-                         : lead % Big5RunsOfCns::kPlaces;
+constexpr unsigned place_of_cns_row(int row) {
+    const auto lead = static_cast<unsigned>(0xA1 + row);
+    if (in_range(lead, 0xA5, 0xC3))
+        return Big5RunsOfCns::kPlaces; // none
+    return (lead < 0xC0 ? lead - 0xA1 : lead) % Big5RunsOfCns::kPlaces;
 }
 
-// Adds what lies in rows that have a place, size_t(int row).
 template <class Runs, class PlaceOf>
 constexpr void add_run(Runs& runs, int cells, PlaceOf place_of, int first, int last, int target) {
     while (first <= last) {
         const int begin = first % cells, count = std::min(cells - begin, last + 1 - first);
-        const size_t place = place_of(first / cells);
+        const unsigned place = place_of(first / cells);
         if (place < Runs::kPlaces)
             add_cells(runs, place, begin, begin + count, target);
         first += count;
