@@ -1,12 +1,11 @@
-#include "quoted_printable.h"
+#include "quoted_printable_kernels.h"
 
-#include <algorithm>
 #include <array>
 #include <bit>
-#include <cstdint>
 
 #include "../jaconv/kernel_choice.h"
 #include "current_code_set.h"
+#include "mbutil.h"
 
 namespace zv {
 namespace {
@@ -78,59 +77,40 @@ constexpr std::array<Token, 256> make_tokens() {
 constexpr std::array<Token, 256> kTokens = make_tokens();
 
 // Writes all four bytes of a token, so that its length decides nothing but where the next begins.
-inline char* put(char* out, Token token) {
+inline Byte* put(Byte* out, Token token) {
     std::memcpy(out, &token, sizeof token);
     return out + length_of(token);
 }
 
-char* put_tokens(char* out, const Byte* bytes, size_t length) {
-    constexpr size_t kWorthwhile = 16;
-    const Byte* const end = bytes + length;
-    if (length >= kWorthwhile) {
-        if (auto* const encode = wide<Byte*(Source, Byte*)>([](auto k) { return k.encode; }))
-            return reinterpret_cast<char*>(encode({bytes, length}, as_bytes(out)));
-    }
+Byte* put_tokens(Byte* out, Source source) {
     // Blocks of one kind are common: words of ASCII, and code sets whose bytes all lie above 7E.
-    for (; end - bytes >= static_cast<ptrdiff_t>(kBlock); bytes += kBlock) {
+    for (; source.left() >= kBlock; source.next += kBlock) {
         std::uint64_t block;
-        std::memcpy(&block, bytes, kBlock);
+        std::memcpy(&block, source.next, kBlock);
         const std::uint64_t plain = find_plain<kFirstUnescaped>(block);
         if (plain == kHighBits) {
             std::memcpy(out, &block, kBlock);
             out += kBlock;
         } else if (plain == 0) {
             for (size_t i = 0; i < kBlock; ++i)
-                put(out + 3 * i, kTokens[bytes[i]]);
+                put(out + 3 * i, kTokens[source.next[i]]);
             out += 3 * kBlock;
         } else {
             Token tokens[kBlock];
             for (size_t i = 0; i < kBlock; ++i)
-                tokens[i] = kTokens[bytes[i]];
+                tokens[i] = kTokens[source.next[i]];
             for (const Token token : tokens)
                 out = put(out, token);
         }
     }
-    while (bytes != end)
-        out = put(out, kTokens[*bytes++]);
+    while (source.next != source.end)
+        out = put(out, kTokens[*source.next++]);
     return out;
 }
 
-} // namespace
-
-// Encodes a chunk behind the line that is not yet full, which moves to the front where there is no
-// room left.
-void EncodedLines::encode_chunk() {
-    const size_t length = std::min(source_.left(), kChunk);
-    if (buffer_ + sizeof buffer_ - end_ < static_cast<ptrdiff_t>(kRoom)) {
-        std::memmove(buffer_, line_, left());
-        end_ = buffer_ + left();
-        line_ = buffer_;
-    }
-    end_ = put_tokens(end_, source_.next, length);
-    source_.next += length;
+[[gnu::noinline]] Byte* encode(Source source, Byte* out, Byte* room) {
+    return put_lines(source, out, room, put_tokens);
 }
-
-namespace {
 
 constexpr std::array<signed char, 256> make_digit_values() {
     std::array<signed char, 256> values{};
@@ -280,22 +260,16 @@ private:
 } // namespace zv
 
 char* convertToQuotedPrintable(char* dst, const char* src) {
-    zv::EncodedLines lines(src);
-    char* out = dst;
-    for (;;) {
-        const std::string_view line = lines.next();
-        if (line.size() < zv::EncodedLines::kFullLine) {
-            std::memcpy(out, line.data(), line.size());
-            out += line.size();
-            break;
-        }
-        // At a fixed length; the soft line break covers what is too much.
-        std::memcpy(out, line.data(), zv::EncodedLines::kLongestLine);
-        out += line.size();
-        std::memcpy(out, "=\n\r", 3);
-        out += 3;
+    using Encode = zv::Byte*(zv::Source, zv::Byte*, zv::Byte*);
+    constexpr size_t kWorthwhile = 16;
+    const zv::Source source(src);
+    Encode* encode = zv::encode;
+    if (source.left() >= kWorthwhile) {
+        if (auto* const kernel = zv::wide<Encode>([](auto kernels) { return kernels.encode; }))
+            encode = kernel;
     }
-    *out = '\0';
+    zv::Byte room[zv::kLinesRoom];
+    *encode(source, zv::as_bytes(dst), room) = '\0';
     return dst;
 }
 

@@ -159,13 +159,14 @@ using Kernels = QuotedPrintableKernels<kBlockSize>;
 } // namespace
 
 template <>
-Byte* Kernels::encode(Source source, Byte* out) {
-    while (source.next != source.end) {
-        const size_t length = std::min(source.left(), kBlockSize);
-        out = encode_block(out, load_up_to(source.next, length), length);
-        source.next += length;
-    }
-    return out;
+Byte* Kernels::encode(Source source, Byte* out, Byte* room) {
+    return put_lines(source, out, room, [](Byte* end, Source chunk) {
+        while (chunk.left() > kBlockSize) {
+            end = encode_block(end, load_block(chunk.next), kBlockSize);
+            chunk.next += kBlockSize;
+        }
+        return encode_block(end, load_up_to(chunk.next, chunk.left()), chunk.left());
+    });
 }
 
 template <>

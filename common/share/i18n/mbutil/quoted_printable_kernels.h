@@ -1,6 +1,8 @@
 #ifndef ZVUTIL_MBUTIL_QUOTED_PRINTABLE_KERNELS_H
 #define ZVUTIL_MBUTIL_QUOTED_PRINTABLE_KERNELS_H
 
+#include <algorithm>
+
 #include "../jaconv/bytes.h"
 
 namespace zv {
@@ -8,8 +10,7 @@ namespace zv {
 // Quoted-printable for vectors of a size, which is 32 at least.
 template <int VectorSize>
 struct QuotedPrintableKernels {
-    // The result may be followed by up to 3 * kQuotedBlock bytes that mean nothing.
-    static Byte* encode(Source source, Byte* out);
+    static Byte* encode(Source source, Byte* out, Byte* room);
 
     // Decodes plain bytes, escapes and soft line breaks, and stops at what is none of these. Less
     // than a block is decoded only where the text ends behind it. Writes no more than it has read,
@@ -19,6 +20,45 @@ struct QuotedPrintableKernels {
 
 // The largest block of a kernel.
 inline constexpr size_t kQuotedBlock = 64;
+
+inline constexpr size_t kLinesRoom = 3584;
+
+// Encodes a text in lines, each with a soft line break behind it; the byte that fills a line ends
+// it, with all three characters that it may take. `put`, Byte*(Byte* out, Source), encodes up to
+// kQuotedBlock bytes without line breaks, and may write three times as many whatever they are.
+template <class Put>
+inline Byte* put_lines(Source source, Byte* out, Byte* room, Put put) {
+    constexpr size_t kFullLine = 50;
+    // So much is encoded ahead of the lines that the processor seldom reads what it has yet to
+    // store, and looks for the ends of lines while it encodes.
+    constexpr size_t kAhead = 256;
+    Byte* line = room;
+    Byte* end = room;
+    for (;;) {
+        const size_t length = std::min(source.left(), kQuotedBlock);
+        end = put(end, Source(source.next, length));
+        source.next += length;
+        const bool is_last = source.left() == 0;
+        while (end - line >= static_cast<ptrdiff_t>(is_last ? kFullLine : kAhead)) {
+            // At a fixed length; the soft line break covers what is too much.
+            std::memcpy(out, line, kFullLine + 2);
+            // A token of three that begins before the full length ends one or two behind it.
+            const size_t line_length = kFullLine + size_t{line[kFullLine - 2] == '='} +
+                                       2 * size_t{line[kFullLine - 1] == '='};
+            out += line_length;
+            line += line_length;
+            std::memcpy(out, "=\n\r", 3);
+            out += 3;
+        }
+        if (is_last)
+            break;
+        if (end - room > static_cast<ptrdiff_t>(kLinesRoom - 4 * kQuotedBlock)) {
+            end = std::copy(line, end, room);
+            line = room;
+        }
+    }
+    return std::copy(line, end, out);
+}
 
 } // namespace zv
 

@@ -4,7 +4,6 @@
 #include "../jaconv/japanese_codes.h"
 #include "conversion.h"
 #include "mbutil.h"
-#include "quoted_printable.h"
 #include "scratch.h"
 
 namespace zv {
@@ -160,16 +159,22 @@ char* put_quoted_subject(char* out, const char* subject, int code_set, int mail_
     Scratch converted(converted_room(code_set, mail_code_set, std::strlen(subject)));
     if (!converted)
         return out;
-    EncodedLines lines(convertStrExt(subject, code_set, converted.data(), mail_code_set));
-    std::string_view line = lines.next();
-    if (line.empty())
+    const char* const text = convertStrExt(subject, code_set, converted.data(), mail_code_set);
+    Scratch encoded(4 * std::strlen(text) + 1);
+    if (!encoded)
+        return out;
+    const char* line = convertToQuotedPrintable(encoded.data(), text);
+    if (*line == '\0')
         return out;
     WordWriter words(out, charset, "?Q?");
-    words.put_text(line);
-    for (line = lines.next(); !line.empty(); line = lines.next()) {
+    while (const char* const feed = std::strchr(line, '\n')) {
+        words.put_text({line, feed - 1}); // without the "=" of the soft line break
+        line = feed + 2;
+        if (*line == '\0')
+            return words.finish();
         words.begin_next();
-        words.put_text(line);
     }
+    words.put_text(line);
     return words.finish();
 }
 
