@@ -12,33 +12,35 @@ namespace {
 
 constexpr size_t kTokens = kBlockSize / 4; // in a block of them
 
-// The digits for values below sixteen.
-ByteBlock as_digits(const ByteBlock& values) {
-    constexpr const char kDigits[] =
-        "0123456789ABCDEF0123456789ABCDEF0123456789ABCDEF0123456789ABCDEF";
-    const ByteBlock digits = load_block(as_bytes(kDigits));
-#ifdef __AVX512VBMI2__
-    return std::bit_cast<ByteBlock>(
-        _mm512_shuffle_epi8(std::bit_cast<__m512i>(digits), std::bit_cast<__m512i>(values)));
-#else
-    return std::bit_cast<ByteBlock>(
-        _mm256_shuffle_epi8(std::bit_cast<__m256i>(digits), std::bit_cast<__m256i>(values)));
-#endif
-}
-
 // Four bytes for each of some bytes of a block: its escape, then itself.
 template <size_t part>
 ByteBlock make_tokens(ByteBlock bytes) {
     using Tokens [[gnu::vector_size(kBlockSize)]] = std::uint32_t;
+    constexpr const char kDigits[] =
+        "0123456789ABCDEF0123456789ABCDEF0123456789ABCDEF0123456789ABCDEF";
+    const ByteBlock digits = load_block(as_bytes(kDigits));
     const ByteBlock copies = [=]<size_t... places>(std::index_sequence<places...>) {
         return __builtin_shufflevector(bytes, bytes, (part * kTokens + places / 4)...);
     }
     (std::make_index_sequence<kBlockSize>());
     const auto four = std::bit_cast<Tokens>(copies);
-    const auto values = std::bit_cast<ByteBlock>((four >> 4 & 0x00000F00) | (four & 0x000F0000));
+#ifdef __AVX512VBMI2__
+    // The upper bits of a value do not matter to the permutation.
+    const __m512i values = _mm512_srlv_epi16(std::bit_cast<__m512i>(four), _mm512_set1_epi32(4));
+    const auto others = std::bit_cast<__m512i>((four & 0xFFFFFF00) | '=');
+    return std::bit_cast<ByteBlock>(_mm512_mask_permutexvar_epi8(others, 0x6666666666666666, values,
+                                                                 std::bit_cast<__m512i>(digits)));
+#else
+    // The high halves of products: the first two bytes moved down by four bits, the others by
+    // eight.
+    const __m256i moved =
+        _mm256_mulhi_epu16(std::bit_cast<__m256i>(four), _mm256_set1_epi32(0x01001000));
+    const __m256i values = _mm256_and_si256(moved, _mm256_set1_epi32(0x000F0F00));
     constexpr std::uint32_t kOthers = '0' << 24 | ('0' ^ '=');
     const auto others = std::bit_cast<ByteBlock>((four & 0xFF000000) ^ kOthers);
-    return as_digits(values) ^ others;
+    const __m256i shuffled = _mm256_shuffle_epi8(std::bit_cast<__m256i>(digits), values);
+    return std::bit_cast<ByteBlock>(shuffled) ^ others;
+#endif
 }
 
 // Writes the escapes of those that are marked and the bytes themselves of the others.
@@ -47,28 +49,28 @@ ByteBlock make_tokens(ByteBlock bytes) {
     const Mask firsts = _pdep_u64(escaped, 0x1111111111111111);
     return put_kept_at_once(out, tokens, 0x8888888888888888 ^ ((firsts << 4) - firsts));
 #else
-    // Where the bytes of four tokens stand that are written.
+    // Where the bytes of four tokens stand that are written: a row of 16 for each mask.
     static constexpr auto kPlaces = [] {
-        std::array<std::array<Byte, 16>, 16> places{};
+        std::array<Byte, 256> places{};
         for (unsigned mask = 0; mask < 16; ++mask) {
-            size_t length = 0;
+            size_t next = 16 * mask;
             for (unsigned i = 0; i < 16; ++i) {
                 if (((mask >> i / 4 & 1) != 0) == (i % 4 < 3))
-                    places[mask][length++] = static_cast<Byte>(i);
+                    places[next++] = static_cast<Byte>(i);
             }
         }
         return places;
     }();
-    const auto put_half = [&](__m128i half, Mask mask) {
-        const void* const places = kPlaces[mask].data();
+    const auto put_half = [&](__m128i half, Mask row) {
+        const void* const places = kPlaces.data() + row;
         const __m128i kept =
             _mm_shuffle_epi8(half, _mm_loadu_si128(static_cast<const __m128i*>(places)));
         std::memcpy(out, &kept, sizeof kept);
-        out += 4 + 2 * count_marked(mask);
+        out += 4 + 2 * count_marked(row);
     };
     const __m256i all = std::bit_cast<__m256i>(tokens);
-    put_half(_mm256_castsi256_si128(all), escaped & 0xF);
-    put_half(_mm256_extracti128_si256(all, 1), escaped >> 4 & 0xF);
+    put_half(_mm256_castsi256_si128(all), escaped << 4 & 0xF0);
+    put_half(_mm256_extracti128_si256(all, 1), escaped & 0xF0);
     return out;
 #endif
 }
