@@ -96,11 +96,8 @@ Byte* put_tokens(Byte* out, Source source) {
                 put(out + 3 * i, kTokens[source.next[i]]);
             out += 3 * kBlock;
         } else {
-            Token tokens[kBlock];
             for (size_t i = 0; i < kBlock; ++i)
-                tokens[i] = kTokens[source.next[i]];
-            for (const Token token : tokens)
-                out = put(out, token);
+                out = put(out, kTokens[source.next[i]]);
         }
     }
     while (source.next != source.end)
@@ -263,11 +260,11 @@ char* convertToQuotedPrintable(char* dst, const char* src) {
     using Encode = zv::Byte*(zv::Source, zv::Byte*, zv::Byte*);
     constexpr size_t kWorthwhile = 16;
     const zv::Source source(src);
-    Encode* encode = zv::encode;
-    if (source.left() >= kWorthwhile) {
-        if (auto* const kernel = zv::wide<Encode>([](auto kernels) { return kernels.encode; }))
-            encode = kernel;
-    }
+    Encode* encode = nullptr;
+    if (source.left() >= kWorthwhile)
+        encode = zv::wide<Encode>([](auto kernels) { return kernels.encode; });
+    if (encode == nullptr)
+        encode = zv::encode;
     zv::Byte room[zv::kLinesRoom];
     *encode(source, zv::as_bytes(dst), room) = '\0';
     return dst;
