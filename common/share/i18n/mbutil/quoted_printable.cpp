@@ -21,7 +21,7 @@ Type* wide(Kernel kernel) {
     });
 }
 
-constexpr char kDigits[] = "0123456789ABCDEF";
+constexpr Byte kDigits[] = "0123456789ABCDEF";
 
 // The plain bytes reach up to 7E, without "=". The encoder escapes the space, the decoder copies
 // it.
@@ -58,28 +58,21 @@ constexpr size_t count_front(std::uint64_t marks) {
 // What a byte is written as, itself or "=" and two digits, and behind that, as the last of four
 // bytes in memory, its length.
 using Token = std::uint32_t;
-constexpr Token make_token(unsigned byte) {
-    using Bytes = std::array<unsigned char, sizeof(Token)>;
-    if (is_plain<kFirstUnescaped>(byte))
-        return std::bit_cast<Token>(Bytes{static_cast<Byte>(byte), 0, 0, 1});
-    const auto digit = [](unsigned value) { return static_cast<Byte>(kDigits[value]); };
-    return std::bit_cast<Token>(Bytes{'=', digit(byte >> 4), digit(byte & 15), 3});
-}
-constexpr size_t length_of(Token token) {
-    return std::endian::native == std::endian::little ? token >> 24 : token & 0xFF;
-}
-constexpr std::array<Token, 256> make_tokens() {
+constexpr auto kTokens = [] {
+    using Bytes = std::array<Byte, sizeof(Token)>;
     std::array<Token, 256> tokens{};
-    for (unsigned byte = 0; byte < tokens.size(); ++byte)
-        tokens[byte] = make_token(byte);
+    for (unsigned byte = 0; byte < tokens.size(); ++byte) {
+        const Bytes plain{static_cast<Byte>(byte), 0, 0, 1};
+        const Bytes escape{'=', kDigits[byte >> 4], kDigits[byte & 15], 3};
+        tokens[byte] = std::bit_cast<Token>(is_plain<kFirstUnescaped>(byte) ? plain : escape);
+    }
     return tokens;
-}
-constexpr std::array<Token, 256> kTokens = make_tokens();
+}();
 
-// Writes all four bytes of a token, so that its length decides nothing but where the next begins.
+// Writes all of a token, so that its length decides nothing but where the next begins.
 inline Byte* put(Byte* out, Token token) {
     std::memcpy(out, &token, sizeof token);
-    return out + length_of(token);
+    return out + (std::endian::native == std::endian::little ? token >> 24 : token & 0xFF);
 }
 
 Byte* put_tokens(Byte* out, Source source) {
@@ -109,17 +102,16 @@ Byte* put_tokens(Byte* out, Source source) {
     return put_lines(source, out, room, put_tokens);
 }
 
-constexpr std::array<signed char, 256> make_digit_values() {
+// What digits mean, and -1 for all else.
+constexpr auto kDigitValues = [] {
     std::array<signed char, 256> values{};
     values.fill(-1);
-    for (int value = 0; value < 16; ++value) {
-        const auto digit = static_cast<unsigned char>(kDigits[value]);
-        values[digit] = static_cast<signed char>(value);
-        values[digit | 0x20] = static_cast<signed char>(value); // the small letter
+    for (signed char value = 0; value < 16; ++value) {
+        values[kDigits[value]] = value;
+        values[kDigits[value] | 0x20] = value; // the small letter
     }
     return values;
-}
-constexpr std::array<signed char, 256> kDigitValues = make_digit_values();
+}();
 
 constexpr bool is_line_end(Byte byte) {
     return byte == '\n' || byte == '\r';

@@ -148,14 +148,6 @@ size_t whole_length(const Byte* block) {
     return kBlockSize - 2 * (block[kBlockSize - 2] == '=') - (block[kBlockSize - 1] == '=');
 }
 
-// Writes the bytes that a mask marks, and nothing else.
-[[gnu::noinline]] Byte* put_exactly(Byte* out, const ByteBlock& bytes, Mask kept) {
-    Byte front[kBlockSize];
-    const auto length = static_cast<size_t>(put_kept_at_once(front, bytes, kept) - front);
-    std::memcpy(out, front, length);
-    return out + length;
-}
-
 using Kernels = QuotedPrintableKernels<kBlockSize>;
 
 } // namespace
@@ -180,10 +172,10 @@ Converted Kernels::decode(Source source, Byte* out, bool is_last) {
         const DecodedBlock block(load_up_to(source.next, source.left()));
         if (block.bad != 0) { // the zeros behind the end are, too
             if (has_before)
-                out = put_exactly(out, ByteBlock(before.bytes), before.kept);
+                out = put_kept_alone(out, ByteBlock(before.bytes), before.kept);
             const size_t good = block.count_good();
             return {source.next + good,
-                    put_exactly(out, ByteBlock(block.bytes), block.kept & first_bits(good))};
+                    put_kept_alone(out, ByteBlock(block.bytes), block.kept & first_bits(good))};
         }
         if (has_before)
             out = put_kept_at_once(out, before.bytes, before.kept);
@@ -192,7 +184,7 @@ Converted Kernels::decode(Source source, Byte* out, bool is_last) {
         source.next += whole_length(source.next);
     }
     if (has_before)
-        out = put_exactly(out, ByteBlock(before.bytes), before.kept);
+        out = put_kept_alone(out, ByteBlock(before.bytes), before.kept);
     return {source.next, out};
 }
 
