@@ -61,7 +61,7 @@ using Token = std::uint32_t;
 constexpr auto kTokens = [] {
     using Bytes = std::array<Byte, sizeof(Token)>;
     std::array<Token, 256> tokens{};
-    for (unsigned byte = 0; byte < tokens.size(); ++byte) {
+    for (unsigned byte = 0; byte != tokens.size(); ++byte) {
         const Bytes plain{static_cast<Byte>(byte), 0, 0, 1};
         const Bytes escape{'=', kDigits[byte >> 4], kDigits[byte & 15], 3};
         tokens[byte] = std::bit_cast<Token>(is_plain<kFirstUnescaped>(byte) ? plain : escape);
