@@ -22,8 +22,8 @@ struct QuotedPrintableKernels {
 // The largest block of a kernel.
 inline constexpr size_t kQuotedBlock = 64;
 
-// What lines are put together in. Its size is out of sight where it is written, or each small copy
-// would be checked.
+// What lines are put together in. Where it is written its size is out of sight, or each small copy
+// would be a checked call.
 inline constexpr size_t kLinesRoom = 3584;
 
 // Encodes a text in lines, each with a soft line break behind it; the byte that fills a line ends
