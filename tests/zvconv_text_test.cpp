@@ -157,6 +157,11 @@ TEST_F(ZvconvText, FaultsAreLocatedAndReplaced) {
          "1: offset 1: malformed BIG5: A1", 1},
         {"-f EUC_H -t BIG5 --substitute=--", "\x8E\xB0\xA1\xA1\x8E\xA1\xA1\xA1\xA1\n",
          "--\xA1\x40--\n", "offset 8: malformed EUC_H: A1", 0},
+        {"-f EUC_H -t BIG5", "?\x8E\xA2??\n", "?\x8E\xA2??\n", "1: offset 1: malformed EUC_H: 8E",
+         1},
+        {"-f EUC_H -t BIG5 --skip", "\x8E\xA1\xA4\n\n?", "\xA1\x43\n\n?",
+         "1: offset 0: malformed EUC_H: 8E", 0},
+        {"-f BIG5 -t EUC_H", "\xA4\xA4\xA4", "\xC4\xE3\xA4", "1: offset 2: malformed BIG5: A4", 1},
         {"-f UTF-8 -t SJIS", "\xE3\x81\xE3\x81\x82\xE2\x82\xAC\n", "?\x82\xA0?\n",
          "1: offset 5: no counterpart in SJIS: E2 82 AC", 1},
         {"-f UTF-8 -t EUC --substitute='\xE3\x80\x93'", "\n\n\xE2\x82\xAC\n", "\n\n\xA2\xAE\n",
@@ -168,6 +173,7 @@ TEST_F(ZvconvText, FaultsAreLocatedAndReplaced) {
         {"-f UTF-8 -t EUC", "abc\xE3", "abc?", "1: offset 3: malformed UTF-8: E3", 1},
         {"-f JIS -t UTF-8 --substitute='\n'", "\xFF\n\x1B$B-!\x1B(B\n", "\n\n\n\n",
          "malformed JIS: FF", 0},
+        {"-f JIS -t JIS", "\x1B$B0!0\n", "\x1B$B0!0\n", "1: offset 5: malformed JIS: 30", 1},
         {"-f EUC -t EUC", "\xB0\xA1\xB0\n", "\xB0\xA1\xB0\n", "offset 2: malformed EUC: B0", 1}};
     for (const auto& c : cases) {
         tool.write("text", c.text);

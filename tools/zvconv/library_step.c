@@ -9,7 +9,11 @@
 /* Shift states of JIS text. */
 enum { SINGLE_BYTE = 0, TWO_BYTE = 1, FOREIGN_TWO_BYTE, FOREIGN_SINGLE_BYTE };
 
-enum { ESCAPE = 0x1B, PLAIN = TROUBLES };
+enum {
+    PORTION = 16 * 1024, /* whose looks at text and result find both in the nearest cache */
+    ESCAPE = 0x1B,
+    PLAIN = TROUBLES
+};
 
 /* The worst case of convertStrExt(). */
 static size_t converted_room(size_t length) {
@@ -29,28 +33,18 @@ static bool is_code_page(int code_set) {
     return code_set != ZV_JIS && mbmaxcharlenExt(code_set) == 1;
 }
 
-static bool keeps_line_ends(const char* text, size_t length, const char* result,
-                            size_t result_length) {
-    return count_line_ends(text, length) == count_line_ends(result, result_length);
-}
-
 static bool ends_plain(const char* text, size_t length, int* shift);
 
-/* Whether JIS text consists of what its EUC form shows to have been characters. */
-static bool is_plain_jis(const char* text, size_t length, const char* euc) {
-    const size_t euc_length = strlen(euc);
+/* Whether JIS text consists of what its EUC form shows to have been characters: a control byte in
+ * a character became one of 80-9F. */
+static bool is_plain_jis(const char* text, size_t length, const char* euc, size_t euc_length) {
     int shift = SINGLE_BYTE;
     return !has_high_byte(text, length) && !has_strange_escape(text, length) &&
-           !has_foreign_byte(euc, euc_length, 0) &&
-           keeps_line_ends(text, length, euc, euc_length) && ends_plain(text, length, &shift);
+           !has_foreign_byte(euc, euc_length) && ends_plain(text, length, &shift);
 }
 
-/* Whether nothing in the text was malformed or lost, as far as the conversion does not show it by
- * cheaper means. */
-static bool is_well_formed(const struct library_step* s, const char* text, size_t length) {
+static bool is_well_formed(const struct library_step* s, const char* text) {
     unsigned bad;
-    if (s->from == ZV_JIS)
-        return !has_high_byte(text, length);
     return mbvalidatestring(text, &bad, s->from) == 1;
 }
 
@@ -80,51 +74,74 @@ static bool align_euc(struct buffer* aligned, const char* text, size_t length) {
 /* A single shift that introduces no katakana stays in the result, which is longer then. */
 static bool is_plain_euc(struct library_step* s, const char* text, size_t length,
                          const char* result, size_t result_length) {
-    if (has_foreign_byte(text, length, 0x8E))
-        return false;
-    if (length == result_length && memchr(text, 0x8E, length) == NULL)
-        return !has_unpaired_euc(text, result, length);
-    return align_euc(&s->scratch, text, length) && s->scratch.length == result_length &&
-           !has_unpaired_euc(s->scratch.bytes, result, result_length);
+    if (has_foreign_byte(text, length)) { /* the single shift, perhaps */
+        if (!align_euc(&s->scratch, text, length))
+            return false;
+        text = s->scratch.bytes;
+        length = s->scratch.length;
+        if (has_foreign_byte(text, length))
+            return false;
+    }
+    return length == result_length && !has_unpaired_euc(text, result, length);
 }
 
+/* Whether EUC text does not end within a pair. */
+static bool ends_paired(const char* euc, size_t length) {
+    size_t high = 0;
+    while (high < length && in_range(euc[length - 1 - high], 0x80, 0xFF))
+        ++high;
+    return high % 2 == 0;
+}
+
+/* What is no character stays what it is, which Big5 shows, and at the end EUC-TW. What has no
+ * counterpart becomes ??, but a character of four bytes may have held as many. */
+static bool is_plain_chinese(const struct library_step* s, const char* text, size_t length,
+                             const char* result, size_t result_length) {
+    const bool from_big5 = s->from == ZV_BIG5;
+    if (from_big5 ? has_foreign_byte(text, length) || !ends_paired(result, result_length)
+                  : has_foreign_byte(result, result_length) || !ends_paired(text, length))
+        return false;
+    return memchr(result, '?', result_length) == NULL ||
+           (memchr(text, 0x8E, length) == NULL &&
+            count_byte(text, length, '?') == count_byte(result, result_length, '?'));
+}
+
+/* Whether a text was plain; JIS text goes by what EUC shows of it. */
 static bool is_plain(struct library_step* s, const char* text, size_t length, const char* result,
                      size_t result_length) {
+    if (s->from == ZV_JIS)
+        return is_plain_jis(text, length, result, result_length);
     if (s->from == s->to)
-        return is_well_formed(s, text, length);
+        return is_well_formed(s, text);
     if (s->to == ZV_JIS) /* only bytes that are no characters stay above 7F */
         return !has_high_byte(result, result_length);
     if (s->from == ZV_EUC)
         return is_plain_euc(s, text, length, result, result_length);
-    if (s->from == ZV_BIG5) /* what cannot be converted becomes ?? */
-        return is_plain_chinese(text, length, 0, count_byte(result, result_length, '?'));
-    if (s->from == ZV_EUC_H)
-        return is_plain_chinese(text, length, 0x8E, count_byte(result, result_length, '?'));
-    return is_well_formed(s, text, length);
+    if (s->from == ZV_BIG5 || s->from == ZV_EUC_H)
+        return is_plain_chinese(s, text, length, result, result_length);
+    return is_well_formed(s, text);
 }
 
 /* Converts terminated text. *plain tells whether all of it could be; else nothing is added. */
 static bool convert_at_once(struct library_step* s, const char* text, size_t length,
                             struct buffer* out, bool* plain) {
-    char* result = buffer_extend(out, converted_room(length));
-    if (result == NULL)
+    /* EUC shows what was no character of JIS. It and Shift-JIS that is made of it are as long. */
+    const bool by_euc = s->from == ZV_JIS && s->to != ZV_EUC;
+    char* const result = buffer_extend(out, converted_room(length));
+    s->scratch.length = 0;
+    char* const shown = by_euc ? buffer_extend(&s->scratch, length + 1) : result;
+    if (result == NULL || shown == NULL)
         return false;
-    if (s->from == ZV_JIS && s->to == ZV_SJIS) { /* in EUC, it shows what was no character */
-        s->scratch.length = 0;
-        char* euc = buffer_extend(&s->scratch, length + 1);
-        if (euc == NULL)
-            return false;
-        *plain = is_plain_jis(text, length, jis2eucx(text, euc));
-        if (*plain)
-            euc2shiftx(euc, result);
-    } else {
-        convertStrExt(text, s->from, result, s->to);
-        *plain = s->from == ZV_JIS && s->to == ZV_EUC
-                     ? is_plain_jis(text, length, result)
-                     : is_plain(s, text, length, result, strlen(result));
-    }
-    if (*plain)
-        out->length += strlen(result);
+    convertStrExt(text, s->from, shown, by_euc ? ZV_EUC : s->to);
+    const size_t shown_length = strlen(shown);
+    *plain = is_plain(s, text, length, shown, shown_length);
+    if (!*plain)
+        return true;
+    if (s->from == s->to)
+        return buffer_add(out, text, length);
+    if (by_euc)
+        euc2shiftx(shown, result);
+    out->length += shown_length;
     return true;
 }
 
@@ -397,11 +414,20 @@ static bool convert_code_page(struct library_step* s, const char* text, size_t l
 }
 
 bool library_step_run(struct library_step* s, char* text, size_t length, struct buffer* out) {
-    const char kept = text[length];
-    text[length] = '\0';
-    const bool good = is_code_page(s->from) ? convert_code_page(s, text, length, out)
-                                            : convert_multibyte(s, text, length, out);
-    text[length] = kept;
+    const bool by_bytes = is_code_page(s->from);
+    bool good = true;
+    while (good && length > 0) {
+        const char* line_end =
+            length > PORTION ? memchr(text + PORTION, '\n', length - PORTION) : NULL;
+        const size_t portion = line_end != NULL ? (size_t)(line_end - text) + 1 : length;
+        const char kept = text[portion];
+        text[portion] = '\0';
+        good = by_bytes ? convert_code_page(s, text, portion, out)
+                        : convert_multibyte(s, text, portion, out);
+        text[portion] = kept;
+        text += portion;
+        length -= portion;
+    }
     return good;
 }
 

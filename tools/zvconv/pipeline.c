@@ -114,7 +114,7 @@ static bool run_first(struct pipeline* p, char* text, size_t length, bool final,
 static size_t pivot_length(const struct pipeline* p, const char* text, size_t length, int shift) {
     const int from = p->steps[0].from.code_set;
     if (from == ZV_JIS)
-        return *text == '\x1B' ? 0 : shift == 1 ? 2 : 1;
+        return *text == '\x1B' ? 0 : shift == 1 ? length : 1;
     return p->widens && from == ZV_SJIS && length == 1 && (unsigned char)*text >= 0xA1 ? 2 : length;
 }
 

@@ -1,5 +1,6 @@
 #include "surveys.h"
 
+#include <limits.h>
 #include <string.h>
 
 /* Compiled twice where that pays and the loader can choose: for all processors and for those with
@@ -12,35 +13,24 @@
 #endif
 
 enum {
-    SPAN = 224, /* whole vectors, and no more bytes than a counter of one byte can count */
+    LANES = 64, /* counters of one byte, which a processor holds in vectors */
     ESCAPE = 0x1B
 };
 
 WIDE size_t count_byte(const char* text, size_t length, char byte) {
     size_t count = 0;
-    while (length > 0) {
-        const size_t span = length < SPAN ? length : SPAN;
-        unsigned char found = 0;
-        for (size_t i = 0; i < span; ++i)
-            found = (unsigned char)(found + (text[i] == byte));
-        count += found;
-        text += span;
-        length -= span;
+    for (size_t rounds; length >= LANES; length -= rounds * LANES) {
+        unsigned char lanes[LANES] = {0};
+        rounds = length / LANES < UCHAR_MAX ? length / LANES : UCHAR_MAX;
+        for (size_t round = 0; round < rounds; ++round, text += LANES) {
+            for (size_t i = 0; i < LANES; ++i)
+                lanes[i] = (unsigned char)(lanes[i] + (text[i] == byte));
+        }
+        for (size_t i = 0; i < LANES; ++i)
+            count += lanes[i];
     }
-    return count;
-}
-
-WIDE size_t count_line_ends(const char* text, size_t length) {
-    size_t count = 0;
-    while (length > 0) {
-        const size_t span = length < SPAN ? length : SPAN;
-        unsigned char found = 0;
-        for (size_t i = 0; i < span; ++i)
-            found = (unsigned char)(found + ((text[i] == '\n') | (text[i] == '\r')));
-        count += found;
-        text += span;
-        length -= span;
-    }
+    for (size_t i = 0; i < length; ++i)
+        count += text[i] == byte;
     return count;
 }
 
@@ -51,36 +41,15 @@ WIDE bool has_high_byte(const char* text, size_t length) {
     return all >= 0x80;
 }
 
-WIDE bool has_foreign_byte(const char* text, size_t length, unsigned char single_shift) {
-    const unsigned char allowed = single_shift != 0 ? single_shift : 'A';
-    unsigned char found = 0;
+WIDE bool has_foreign_byte(const char* text, size_t length) {
+    unsigned char least = UCHAR_MAX, most = 0;
     for (size_t i = 0; i < length; ++i) {
         const unsigned char byte = (unsigned char)text[i];
-        const unsigned char outside = (unsigned char)(byte - 0x80) <= 0x20;
-        found |= (unsigned char)((outside | (byte == 0xFF)) & (byte != allowed));
+        const unsigned char flipped = byte ^ 0x80;
+        least = flipped < least ? flipped : least;
+        most = byte > most ? byte : most;
     }
-    return found != 0;
-}
-
-WIDE bool is_plain_chinese(const char* text, size_t length, unsigned char single_shift,
-                           size_t question_marks) {
-    const unsigned char allowed = single_shift != 0 ? single_shift : 'A';
-    unsigned char foreign = 0;
-    size_t count = 0;
-    while (length > 0) {
-        const size_t span = length < SPAN ? length : SPAN;
-        unsigned char found = 0;
-        for (size_t i = 0; i < span; ++i) {
-            const unsigned char byte = (unsigned char)text[i];
-            const unsigned char outside = (unsigned char)(byte - 0x80) <= 0x20;
-            foreign |= (unsigned char)((outside | (byte == 0xFF)) & (byte != allowed));
-            found = (unsigned char)(found + (byte == '?'));
-        }
-        count += found;
-        text += span;
-        length -= span;
-    }
-    return foreign == 0 && count == question_marks;
+    return least <= 0x20 || most == 0xFF;
 }
 
 /*
@@ -99,35 +68,18 @@ WIDE bool has_unpaired_euc(const char* euc, const char* sjis, size_t length) {
            (length > 0 && (euc[length - 1] & ~0x7F) != 0 && euc[length - 1] == sjis[length - 1]);
 }
 
-static bool is_plain_escape(const char* escape) {
-    switch (escape[1]) {
-    case '$':
-        return escape[2] == 'B' || escape[2] == '@';
-    case '(':
-        return escape[2] == 'B' || escape[2] == 'J';
-    default:
-        return escape[1] == 'K' || escape[1] == 'H';
-    }
-}
-
 WIDE bool has_strange_escape(const char* text, size_t length) {
     unsigned char found = 0;
-    for (size_t i = 0; i + 2 < length; ++i) {
+    size_t i = 0;
+    for (; i + 2 < length; ++i) {
         const char a = text[i + 1], b = text[i + 2];
-        const int plain = ((a == '$') & ((b == 'B') | (b == '@'))) |
-                          ((a == '(') & ((b == 'B') | (b == 'J'))) | (a == 'K') | (a == 'H');
+        const int plain =
+            ((a == '$') & ((b | ('@' ^ 'B')) == 'B')) | ((a == '(') & ((b | ('B' ^ 'J')) == 'J'));
         found |= (unsigned char)((text[i] == ESCAPE) & (plain == 0));
     }
-    if (found != 0)
-        return true;
-    for (size_t i = length > 2 ? length - 2 : 0; i < length; ++i) {
-        char rest[3] = {text[i]};
-        if (i + 1 < length)
-            rest[1] = text[i + 1];
-        if (rest[0] == ESCAPE && !is_plain_escape(rest))
-            return true;
-    }
-    return false;
+    for (; i < length; ++i)
+        found |= text[i] == ESCAPE;
+    return found != 0;
 }
 
 WIDE void blank_controls(const char* text, char* copy, size_t length) {

@@ -10,24 +10,17 @@
 
 size_t count_byte(const char* text, size_t length, char byte);
 
-/* Counts line feeds and carriage returns. */
-size_t count_line_ends(const char* text, size_t length);
-
 bool has_high_byte(const char* text, size_t length);
 
-/* Whether a byte stands in the text that no character of an EUC encoding, Big5 included, has: 80-A0
- * and FF, except the single shift that is given (0 for none). */
-bool has_foreign_byte(const char* text, size_t length, unsigned char single_shift);
-
-/* Whether Big5 or EUC-TW text has no foreign byte and so many question marks. */
-bool is_plain_chinese(const char* text, size_t length, unsigned char single_shift,
-                      size_t question_marks);
+/* Whether a byte stands in the text that no character of two bytes of an EUC encoding or Big5 has:
+ * 80-A0, with the single shift, and FF. */
+bool has_foreign_byte(const char* text, size_t length);
 
 /* Whether EUC text without foreign bytes and its Shift-JIS form, byte for byte, hold a pair that
  * was passed on because it is no character. */
 bool has_unpaired_euc(const char* euc, const char* sjis, size_t length);
 
-/* Whether JIS text has escape sequences besides those of JIS X 0208 and ASCII. */
+/* Whether JIS text has escape sequences besides the usual ones of JIS X 0208 and ASCII. */
 bool has_strange_escape(const char* text, size_t length);
 
 /* Copies a text with blanks for its control bytes. */
