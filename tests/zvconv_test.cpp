@@ -63,7 +63,8 @@ using ZvconvUnicode = test::WithConverters;
 TEST_F(ZvconvUnicode, LongLinesAreNeverSplitInsideACharacter) {
     const Zvconv tool;
     std::string text;
-    for (int i = 0; i < 120000; ++i) text += i % 5 == 0 ? "a" : "\xB0\xA1\xC6\xFC";
+    for (int i = 0; i < 120000; ++i)
+        text += i % 5000 == 0 ? "\r" : i % 5 == 0 ? "a" : "\xB0\xA1\xC6\xFC";
     for (const std::string padding : {"x", "xx", "xxx", "xxxx"}) {
         tool.write("euc", padding + text + "\r\n");
         for (const std::string encoding : {"JIS", "SJIS", "UTF-8", "UTF-16"}) {

@@ -36,11 +36,15 @@ static bool is_code_page(int code_set) {
 static bool ends_plain(const char* text, size_t length, int* shift);
 
 /* Whether JIS text consists of what its EUC form shows to have been characters: a control byte in
- * a character became one of 80-9F. */
-static bool is_plain_jis(const char* text, size_t length, const char* euc, size_t euc_length) {
+ * a character became one of 80-9F. If so, the shift state becomes that behind it. */
+static bool is_plain_jis(struct library_step* s, const char* text, size_t length, const char* euc,
+                         size_t euc_length) {
     int shift = SINGLE_BYTE;
-    return !has_high_byte(text, length) && !has_strange_escape(text, length) &&
-           !has_foreign_byte(euc, euc_length) && ends_plain(text, length, &shift);
+    if (has_high_byte(text, length) || has_strange_escape(text, length) ||
+        has_foreign_byte(euc, euc_length) || !ends_plain(text, length, &shift))
+        return false;
+    s->shift = shift;
+    return true;
 }
 
 static bool is_well_formed(const struct library_step* s, const char* text) {
@@ -110,7 +114,7 @@ static bool is_plain_chinese(const struct library_step* s, const char* text, siz
 static bool is_plain(struct library_step* s, const char* text, size_t length, const char* result,
                      size_t result_length) {
     if (s->from == ZV_JIS)
-        return is_plain_jis(text, length, result, result_length);
+        return is_plain_jis(s, text, length, result, result_length);
     if (s->from == s->to)
         return is_well_formed(s, text);
     if (s->to == ZV_JIS) /* only bytes that are no characters stay above 7F */
@@ -122,7 +126,8 @@ static bool is_plain(struct library_step* s, const char* text, size_t length, co
     return is_well_formed(s, text);
 }
 
-/* Converts terminated text. *plain tells whether all of it could be; else nothing is added. */
+/* Converts terminated text in single-byte mode. *plain tells whether all of it could be; else
+ * nothing is added. */
 static bool convert_at_once(struct library_step* s, const char* text, size_t length,
                             struct buffer* out, bool* plain) {
     /* EUC shows what was no character of JIS. It and Shift-JIS that is made of it are as long. */
@@ -317,11 +322,7 @@ static bool convert_multibyte(struct library_step* s, char* text, size_t length,
     if (s->shift == SINGLE_BYTE && memchr(text, '\0', length) == NULL &&
         !convert_at_once(s, text, length, out, &plain))
         return false;
-    if (!plain)
-        return convert_pieces(s, text, length, out);
-    if (s->from == ZV_JIS)
-        ends_plain(text, length, &s->shift);
-    return true;
+    return plain || convert_pieces(s, text, length, out);
 }
 
 /* What ends lines and columns stays what it is even where control codes stand for characters. */
