@@ -90,6 +90,7 @@ TEST(Zvconv, FailuresAreToldAndLeaveNothingBehind) {
         {2, "-f SJIS -t utff-8 -o out in", "near to it: UTF-8 "},
         {2, "-f SHIFT_JISS -t EUC -o out in", "near to it: SJIS "},
         {2, "-f '' -t EUC -o out in", "unknown encoding ''"},
+        {2, "-f UTF-8 -t EUC-JP//IGNORE -o out in", "'EUC-JP//IGNORE': no suffix but --skip"},
         {2, "-f SJIS -t EUC -o kept in --nosuch", "zvconv: unrecognized option"},
         {2, "-f SJIS", "-t are needed"},
         {2, "-f SJIS -t EUC -i -o kept in", "exclude each other"},
@@ -112,7 +113,8 @@ TEST(Zvconv, FailuresAreToldAndLeaveNothingBehind) {
         {1, "-f SJIS -t EUC --substitute=\xE2\x82\xAC in", "cannot be written in EUC"},
         {1, "-f SJIS -t EUC -o kept in missing", "missing: No such file or directory"},
         {1, "-f SJIS -t EUC -o kept .", "Is a directory"},
-        {1, "-f SJIS -t EUC -i . kept", ".: Not a regular file"},
+        {1, "-f SJIS -t EUC -i . kept", ".: Is a directory, which needs -r"},
+        {1, "-f SJIS -t EUC -i /dev/null", "/dev/null: Not a regular file"},
         {1, "-f SJIS -t EUC -i /proc/version", "/proc/version: "},
         {1, "-f BIG5 -t BIG5 -o kept in", "malformed characters of BIG5: 2"},
         {1, "-f BIG5 -t euc-tw -i kept", "without counterpart in EUC_H: 1"},
@@ -214,7 +216,7 @@ TEST(Zvconv, DirectoriesAreConvertedOnceByAnyNumberOfProcesses) {
     EXPECT_EQ(tool.read("tree/0.txt"), sjis);
     EXPECT_EQ(tool.read("tree/2.txt"), sjis) << "the others are done";
     EXPECT_EQ(tool.run("-f EUC -t SJIS -i tree"), 1);
-    EXPECT_TRUE(tool.says("tree: Not a regular file"));
+    EXPECT_TRUE(tool.says("tree: Is a directory"));
     EXPECT_EQ(tool.run("-f EUC -t SJIS -ir missing tree/a/loop tree/4.txt"), 1);
     EXPECT_TRUE(tool.says("missing: No such file"));
     EXPECT_TRUE(tool.says("tree/a/loop: a symbolic link"));

@@ -8,21 +8,19 @@
 #include "mbutil.h"
 #include "messages.h"
 
-/* Names behind a '=' are those of iconv(3) for the alias in front of it, where the alias means
- * another table there: the vendor's characters of cp932, for instance. */
 static const struct {
     struct encoding encoding;
     const char* aliases;
 } kEncodings[] = {
     {{"WESTERN", "ISO-8859-1", ZV_WESTERN},
-     "iso-8859-1 iso8859-1 8859_1 latin1 windows-1252=CP1252 cp1252=CP1252"},
+     "iso-8859-1 iso8859-1 8859_1 latin1 windows-1252 cp1252"},
     {{"JIS", "ISO-2022-JP", ZV_JIS}, "iso-2022-jp iso2022jp csiso2022jp"},
     {{"EUC", "EUC-JP", ZV_EUC}, "euc_j euc-jp eucjp ujis x-euc-jp"},
     {{"SJIS", "SJIS", ZV_SJIS},
-     "shift_jis shift-jis shiftjis x-sjis ms_kanji cp932=CP932 windows-31j=CP932 ms932=CP932"},
+     "shift_jis shift-jis shiftjis x-sjis ms_kanji cp932 windows-31j ms932"},
     {{"GB", "GB2312", ZV_GB}, "gb2312"},
     {{"EUC_C", "EUC-CN", ZV_EUC_C}, "euc_zh euc-cn euccn"},
-    {{"BIG5", "BIG5", ZV_BIG5}, "big-5 x-big5 csbig5 cp950=CP950 ms950=CP950"},
+    {{"BIG5", "BIG5", ZV_BIG5}, "big-5 x-big5 csbig5 cp950 ms950"},
     {{"EUC_H", "EUC-TW", ZV_EUC_H}, "euc_tw euc-tw euctw x-euc-tw"},
     {{"EUC_K", "EUC-KR", ZV_EUC_K}, "euc-kr euckr"},
     {{"KSC_5601_87", "UHC", ZV_KSC_5601_87}, "uhc cp949 ms949"},
@@ -46,60 +44,55 @@ static const struct {
     {{"1258", "CP1258", ZV_CP1258}, "cp1258 cp-1258 windows-1258"},
     {{"UTF-8", "UTF-8", NO_CODE_SET}, "utf8 cp65001"},
     {{"UTF-16", "UTF-16", NO_CODE_SET}, "utf16"},
-    {{"ASCII", "ASCII", NO_CODE_SET}, "us-ascii"}};
+    {{"ASCII", "ASCII", NO_CODE_SET}, "us-ascii"},
+};
 enum { ENCODINGS = sizeof kEncodings / sizeof *kEncodings, LONGEST_NAME = 64 };
+
+/* Aliases that mean another table to iconv(3): with the vendor's characters, for instance. */
+static const char* const kOwnTables[][2] = {
+    {"windows-1252", "CP1252"}, {"cp1252", "CP1252"}, {"cp932", "CP932"}, {"windows-31j", "CP932"},
+    {"ms932", "CP932"},         {"cp950", "CP950"},   {"ms950", "CP950"}};
 
 static const int kServed[][2] = {
     {ZV_JIS, ZV_EUC},       {ZV_JIS, ZV_SJIS},      {ZV_EUC, ZV_SJIS},      {ZV_EUC, ZV_JIS},
     {ZV_SJIS, ZV_EUC},      {ZV_SJIS, ZV_JIS},      {ZV_BIG5, ZV_EUC_H},    {ZV_EUC_H, ZV_BIG5},
     {ZV_8859_2, ZV_CP1250}, {ZV_CP1250, ZV_8859_2}, {ZV_8859_5, ZV_CP1251}, {ZV_CP1251, ZV_8859_5}};
 
-/* An alias of the table, cut out of its list. */
-struct alias {
-    char name[LONGEST_NAME];
-    const char* iconv; /* its own, and how long that is */
-    size_t iconv_length;
-};
-
 /* Cuts the next alias off a list. Gives where the rest begins, NULL when there was none. */
-static const char* next_alias(const char* list, struct alias* alias) {
+static const char* next_alias(const char* list, char alias[LONGEST_NAME]) {
     list += strspn(list, " ");
-    if (*list == '\0')
-        return NULL;
     const size_t length = strcspn(list, " ");
-    const size_t name = strcspn(list, " =");
-    snprintf(alias->name, sizeof alias->name, "%.*s", (int)name, list);
-    alias->iconv = name < length ? list + name + 1 : NULL;
-    alias->iconv_length = name < length ? length - name - 1 : 0;
-    return list + length;
+    snprintf(alias, LONGEST_NAME, "%.*s", (int)length, list);
+    return length > 0 ? list + length : NULL;
 }
 
-/* Names of iconv that stand inside the lists, as strings of their own. */
-static const char* own_table(const struct alias* alias) {
-    static const char* const kTables[] = {"CP932", "CP950", "CP1252"};
-    for (size_t i = 0; i < sizeof kTables / sizeof *kTables; ++i) {
-        if (strlen(kTables[i]) == alias->iconv_length &&
-            memcmp(kTables[i], alias->iconv, alias->iconv_length) == 0)
-            return kTables[i];
+static void use_own_table(const char* alias, struct encoding* encoding) {
+    for (size_t i = 0; i < sizeof kOwnTables / sizeof *kOwnTables; ++i) {
+        if (strcmp(alias, kOwnTables[i][0]) == 0)
+            encoding->name = encoding->iconv = kOwnTables[i][1];
     }
-    return NULL;
 }
 
 static bool find_listed(const char* name, struct encoding* encoding) {
+    char alias[LONGEST_NAME];
     for (size_t i = 0; i < ENCODINGS; ++i) {
         *encoding = kEncodings[i].encoding;
         if (strcasecmp(name, encoding->name) == 0)
             return true;
-        struct alias alias;
-        for (const char* list = kEncodings[i].aliases; (list = next_alias(list, &alias)) != NULL;) {
-            if (strcasecmp(name, alias.name) != 0)
-                continue;
-            const char* table = alias.iconv != NULL ? own_table(&alias) : NULL;
-            encoding->iconv = table != NULL ? table : encoding->iconv;
-            return true;
+        for (const char* list = kEncodings[i].aliases; (list = next_alias(list, alias)) != NULL;) {
+            if (strcasecmp(name, alias) == 0) {
+                use_own_table(alias, encoding);
+                return true;
+            }
         }
     }
     return false;
+}
+
+/* A suffix would make iconv(3) lose characters without a word. */
+static bool has_suffix(const char* name) {
+    const char* slashes = strstr(name, "//");
+    return slashes != NULL && slashes[2] != '\0';
 }
 
 static bool iconv_knows(const char* name) {
@@ -135,9 +128,9 @@ static size_t distance(const char* a, const char* b) {
 /* The smallest distance between a name and any name of a listed encoding. */
 static size_t distance_to(const char* name, size_t index) {
     size_t nearest = distance(name, kEncodings[index].encoding.name);
-    struct alias alias;
-    for (const char* list = kEncodings[index].aliases; (list = next_alias(list, &alias)) != NULL;) {
-        const size_t next = distance(name, alias.name);
+    char alias[LONGEST_NAME];
+    for (const char* list = kEncodings[index].aliases; (list = next_alias(list, alias)) != NULL;) {
+        const size_t next = distance(name, alias);
         nearest = next < nearest ? next : nearest;
     }
     return nearest;
@@ -147,6 +140,10 @@ static bool complain_of_name(const char* name) {
     char near[256] = "";
     size_t used = 0;
     size_t nearest = 3; /* what is further off resembles nothing */
+    if (has_suffix(name))
+        return complain("'%s': no suffix but --skip or --substitute says what becomes of lost "
+                        "characters",
+                        name);
     for (size_t i = 0; i < ENCODINGS; ++i) {
         const size_t next = distance_to(name, i);
         nearest = next < nearest ? next : nearest;
@@ -163,7 +160,7 @@ static bool complain_of_name(const char* name) {
 bool know_encoding(const char* name, struct encoding* encoding) {
     if (find_listed(name, encoding))
         return true;
-    if (*name == '\0' || !iconv_knows(name)) /* for iconv, no name is that of the locale */
+    if (*name == '\0' || has_suffix(name) || !iconv_knows(name)) /* no name: the locale's */
         return false;
     *encoding = (struct encoding){name, name, NO_CODE_SET};
     return true;
@@ -218,9 +215,6 @@ void list_encodings(void) {
                 printf("%s, ", to->name);
         }
         fputs(strcmp(from->name, "UTF-8") == 0 ? "all; also" : "UTF-8; also", stdout);
-        struct alias alias;
-        for (const char* list = kEncodings[i].aliases; (list = next_alias(list, &alias)) != NULL;)
-            printf(" %s", alias.name);
-        putchar('\n');
+        printf(" %s\n", kEncodings[i].aliases);
     }
 }

@@ -19,11 +19,14 @@ struct headers {
     struct encoding to;
     struct wishes wishes;
     struct charset* plain;
-    unsigned long line, unknown; /* words in charsets that nothing here knows */
-    bool open;                   /* a header waits for lines that continue it */
-    struct buffer header;        /* its lines, joined */
-    struct buffer bytes;         /* of words that belong together */
-    struct charset* charset;     /* of these */
+    unsigned long unknown; /* words in charsets that nothing here knows */
+    struct {
+        unsigned long long line, offset;
+    } next, begin;           /* of the input, and of the header at hand */
+    bool open;               /* a header waits for lines that continue it */
+    struct buffer header;    /* its lines, joined */
+    struct buffer bytes;     /* of words that belong together */
+    struct charset* charset; /* of these */
 };
 
 /* An encoded word. */
@@ -48,6 +51,7 @@ static struct charset* add_charset(struct headers* h, const char* name,
     if (charset->known)
         charset->known =
             pipeline_open(&charset->pipeline, h->name, &from, &h->to, &h->wishes, goes_on);
+    charset->pipeline.troubles.decoded = true;
     return charset;
 }
 
@@ -103,12 +107,12 @@ static bool flush_bytes(struct headers* h, struct buffer* out) {
         return true;
     struct pipeline* pipeline = &h->charset->pipeline;
     size_t used;
-    pipeline->troubles.line = h->line - 1;
-    pipeline->steps[0].library.shift = 0; /* every word begins in ASCII */
-    troubles_enter(&pipeline->troubles, h->bytes.bytes);
     if (!buffer_add(&h->bytes, "", 1))
         return false;
-    pipeline->troubles.portion = h->bytes.bytes;
+    pipeline->troubles.line = h->begin.line;
+    pipeline->troubles.offset = h->begin.offset;
+    pipeline->steps[0].library.shift = 0; /* every word begins in ASCII */
+    troubles_enter(&pipeline->troubles, h->bytes.bytes);
     const bool good = pipeline_run(pipeline, h->bytes.bytes, h->bytes.length - 1, true, out, &used);
     h->bytes.length = 0;
     return good;
@@ -183,17 +187,9 @@ static size_t decode_base64(const char* text, size_t length, char* out) {
     return made;
 }
 
-/* Adds the text of a word, or the word itself where its charset is not known. */
-static bool add_word(struct headers* h, const char* begin, const struct word* word,
+/* Adds the text of a word. */
+static bool add_word(struct headers* h, struct charset* charset, const struct word* word,
                      struct buffer* out) {
-    struct charset* charset = find_charset(h, word->charset, word->charset_length);
-    if (charset == NULL)
-        return false;
-    if (!charset->known) {
-        if (h->unknown++ == 0)
-            complain_at(h->name, h->line, "unknown charset '%s'", charset->name);
-        return add_bytes(h, h->plain, begin, (size_t)(word->end - begin), out);
-    }
     struct buffer decoded = {0};
     char* room = buffer_extend(&decoded, word->text_length + 1);
     if (room == NULL)
@@ -211,7 +207,8 @@ static bool is_blank(const char* text, const char* end) {
     return text == end;
 }
 
-/* Decodes a whole header. White space between two words stands for nothing. */
+/* Decodes a whole header. White space between two words stands for nothing; a word in an unknown
+ * charset is left among what is plain. */
 static bool decode(struct headers* h, const char* text, size_t length, struct buffer* out) {
     const char* const end = text + length;
     const char* plain = text;
@@ -223,10 +220,19 @@ static bool decode(struct headers* h, const char* text, size_t length, struct bu
             ++at;
             continue;
         }
+        struct charset* charset = find_charset(h, word.charset, word.charset_length);
+        if (charset == NULL)
+            return false;
+        if (!charset->known) {
+            if (h->unknown++ == 0)
+                complain_at(h->name, h->begin.line + 1, "unknown charset '%s'", charset->name);
+            at = word.end;
+            continue;
+        }
         if (!(behind_word && is_blank(plain, at)) &&
             !add_bytes(h, h->plain, plain, (size_t)(at - plain), out))
             return false;
-        if (!add_word(h, at, &word, out))
+        if (!add_word(h, charset, &word, out))
             return false;
         behind_word = true;
         at = plain = word.end;
@@ -248,13 +254,16 @@ static bool end_header(struct headers* h, bool ended, struct buffer* out) {
 
 bool headers_take(struct headers* h, const char* line, size_t length, struct buffer* out) {
     const bool continues = h->open && length > 0 && (*line == ' ' || *line == '\t');
-    if (!continues && !end_header(h, true, out))
-        return false;
-    ++h->line;
-    if (!continues)
+    if (!continues) {
+        if (!end_header(h, true, out))
+            return false;
+        h->begin = h->next;
         h->header.length = 0;
-    else if (h->header.length > 0 && h->header.bytes[h->header.length - 1] == '\r')
+    } else if (h->header.length > 0 && h->header.bytes[h->header.length - 1] == '\r') {
         --h->header.length;
+    }
+    ++h->next.line;
+    h->next.offset += length + 1;
     h->open = true;
     return buffer_add(&h->header, line, length);
 }

@@ -24,12 +24,10 @@ static bool has_shifts(const struct encoding* encoding) {
 /* What stands for malformed bytes and for characters that the encoding lacks. */
 static bool make_substitutes(struct iconv_step* s, const struct encoding* to,
                              const char* substitute) {
-    if (substitute == NULL)
-        return (!is_unicode(to) || encode_utf8("\xEF\xBF\xBD", to, &s->malformed) ||
-                encode_utf8("?", to, &s->malformed)) &&
-               (is_unicode(to) || encode_utf8("?", to, &s->malformed)) &&
-               encode_utf8("?", to, &s->lost);
-    return encode_utf8(substitute, to, &s->malformed) && encode_utf8(substitute, to, &s->lost);
+    const char* lost = substitute != NULL ? substitute : "?";
+    const char* malformed = substitute == NULL && is_unicode(to) ? "\xEF\xBF\xBD" : lost;
+    return (encode_utf8(malformed, to, &s->malformed) || encode_utf8(lost, to, &s->malformed)) &&
+           encode_utf8(lost, to, &s->lost);
 }
 
 /* Lets a converter write its byte order mark into nowhere. */

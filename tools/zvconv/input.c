@@ -20,7 +20,9 @@ bool input_open(struct input* input, const char* name, bool regular) {
     if (fstat(input->descriptor, &input->status) != 0)
         complain_of(input->name);
     else if (regular && !S_ISREG(input->status.st_mode))
-        complain("%s: Not a regular file", name);
+        complain(S_ISDIR(input->status.st_mode) ? "%s: Is a directory, which needs -r"
+                                                : "%s: Not a regular file",
+                 name);
     else
         return true;
     input_close(input);

@@ -330,13 +330,20 @@ static bool keeps_its_place(char byte) {
     return byte == '\n' || byte == '\r' || byte == '\t';
 }
 
-/* A character of the Windows code page that ISO 8859 lacks, or one of its own control codes. */
+static bool reads_iso(const struct library_step* s) {
+    return s->from == ZV_8859_5 || s->from == ZV_8859_2;
+}
+
+/* Whether ISO 8859 lacks a character of the Windows code page: it becomes a control code. */
+static bool becomes_control(const struct library_step* s, char byte, char result) {
+    return !reads_iso(s) && in_range(byte, 0x80, 0xFF) && ((unsigned char)result & 0x60) == 0;
+}
+
+/* Such a character, or a control code that the Windows code page lacks. */
 static bool is_lost_byte(const struct library_step* s, char byte, char result) {
     if (s->windows_controls)
         return in_range(byte, 0x80, 0xFF) && keeps_its_place(result);
-    if (s->from == ZV_8859_5 || s->from == ZV_8859_2)
-        return in_range(byte, 0x80, 0x9F);
-    return in_range(byte, 0x80, 0xFF) && ((unsigned char)result & 0x60) == 0;
+    return reads_iso(s) ? in_range(byte, 0x80, 0x9F) : becomes_control(s, byte, result);
 }
 
 /* Writes converted bytes without those that were lost. */
@@ -364,12 +371,11 @@ static bool keep_windows_controls(struct library_step* s, const char* text, char
                                   size_t length) {
     bool plain = true;
     for (size_t i = 0; i < length; ++i) {
-        const bool high = in_range(text[i], 0x80, 0xFF);
         if (keeps_its_place(text[i]))
             result[i] = text[i];
-        plain = plain && !(high && keeps_its_place(result[i]));
+        plain = plain && !is_lost_byte(s, text[i], result[i]);
         s->troubles->control_codes +=
-            high && in_range(result[i], 0x01, 0x1F) && !keeps_its_place(result[i]);
+            becomes_control(s, text[i], result[i]) && !keeps_its_place(result[i]);
     }
     return plain;
 }
@@ -394,9 +400,8 @@ static bool convert_code_page(struct library_step* s, const char* text, size_t l
     char* result = buffer_extend(out, length + 1);
     if (result == NULL)
         return false;
-    const bool from_iso = s->from == ZV_8859_5 || s->from == ZV_8859_2;
     bool plain;
-    if (from_iso && !s->windows_controls) {
+    if (reads_iso(s) && !s->windows_controls) {
         if (!convert_without_controls(s, text, length, result))
             return false;
         plain = restore_controls(text, result, length);

@@ -41,7 +41,7 @@ static void tell(const struct troubles* t, enum trouble trouble, const char* pla
         snprintf(bytes + 3 * i, 4, " %02X", (unsigned char)place[i]);
     if (length > SHOWN_BYTES)
         strcat(bytes, "...");
-    const size_t before = (size_t)(place - t->portion);
+    const size_t before = t->decoded ? 0 : (size_t)(place - t->portion);
     const unsigned long long line = t->line + 1 + line_ends(t->portion, before, unit_of(&t->from));
     const char* what = trouble == MALFORMED ? "malformed" : "no counterpart in";
     const char* encoding = trouble == MALFORMED ? t->from.name : t->to.name;

@@ -29,9 +29,11 @@ struct troubles {
     unsigned long counts[TROUBLES];
     unsigned long control_codes; /* characters that became such codes, as was asked for */
 
-    /* The portion of the input at hand, and where in the input it begins. */
+    /* The portion of the input at hand, and where in the input it begins; decoded text comes from
+     * there as a whole. */
     const char* portion;
     unsigned long long offset, line;
+    bool decoded;
 
     /* Finds the place in the portion from which a place in intermediate text comes; or NULL. */
     const char* (*origin)(void* context, const char* place, size_t* length);
