@@ -40,8 +40,8 @@ static bool ends_plain(const char* text, size_t length, int* shift);
 static bool is_plain_jis(struct library_step* s, const char* text, size_t length, const char* euc,
                          size_t euc_length) {
     int shift = SINGLE_BYTE;
-    if (has_high_byte(text, length) || has_strange_escape(text, length) ||
-        has_foreign_byte(euc, euc_length) || !ends_plain(text, length, &shift))
+    if (has_unusual_jis(text, length) || has_foreign_byte(euc, euc_length) ||
+        !ends_plain(text, length, &shift))
         return false;
     s->shift = shift;
     return true;

@@ -68,17 +68,17 @@ WIDE bool has_unpaired_euc(const char* euc, const char* sjis, size_t length) {
            (length > 0 && (euc[length - 1] & ~0x7F) != 0 && euc[length - 1] == sjis[length - 1]);
 }
 
-WIDE bool has_strange_escape(const char* text, size_t length) {
+WIDE bool has_unusual_jis(const char* text, size_t length) {
     unsigned char found = 0;
     size_t i = 0;
     for (; i + 2 < length; ++i) {
         const char a = text[i + 1], b = text[i + 2];
         const int plain =
             ((a == '$') & ((b | ('@' ^ 'B')) == 'B')) | ((a == '(') & ((b | ('B' ^ 'J')) == 'J'));
-        found |= (unsigned char)((text[i] == ESCAPE) & (plain == 0));
+        found |= (unsigned char)(((text[i] == ESCAPE) & (plain == 0)) | (text[i] & 0x80));
     }
     for (; i < length; ++i)
-        found |= text[i] == ESCAPE;
+        found |= (unsigned char)((text[i] == ESCAPE) | (text[i] & 0x80));
     return found != 0;
 }
 

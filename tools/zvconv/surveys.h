@@ -20,8 +20,9 @@ bool has_foreign_byte(const char* text, size_t length);
  * was passed on because it is no character. */
 bool has_unpaired_euc(const char* euc, const char* sjis, size_t length);
 
-/* Whether JIS text has escape sequences besides the usual ones of JIS X 0208 and ASCII. */
-bool has_strange_escape(const char* text, size_t length);
+/* Whether JIS text has bytes above 7F, or escape sequences besides the usual ones of JIS X 0208 and
+ * ASCII. */
+bool has_unusual_jis(const char* text, size_t length);
 
 /* Copies a text with blanks for its control bytes. */
 void blank_controls(const char* text, char* copy, size_t length);
