@@ -94,7 +94,8 @@ static const char kHelp[] =
 /* What the command line says, before it is looked at as a whole. */
 struct words {
     const char *from, *to;
-    int policies; /* how many of --force, --skip and --substitute there are */
+    unsigned
+        policies; /* bits, by enum policy: which of --force, --skip and --substitute there are */
     bool standard;
 };
 
@@ -143,7 +144,7 @@ static void set_policy(struct options* options, struct words* words, enum policy
                        const char* substitute) {
     options->conversion.wishes.policy = policy;
     options->conversion.wishes.substitute = substitute;
-    ++words->policies;
+    words->policies |= 1U << policy;
 }
 
 static bool parse_encodings(struct options* options, const struct words* words) {
@@ -187,7 +188,7 @@ static bool fit_together(const struct options* options, const struct words* word
         return complain("%s needs -i or -o", backup != NULL ? "--backup" : "--no-sync");
     if (backup != NULL && (*backup == '\0' || strchr(backup, '/')))
         return complain("'%s' is no suffix for a file name", backup);
-    if (words->policies > 1)
+    if ((words->policies & (words->policies - 1)) != 0)
         return complain("--force, --skip and --substitute exclude each other");
     if (words->standard && options->conversion.content != STANDARD_SUBJECTS)
         return complain("--standard needs -s, and not --decode-headers");
