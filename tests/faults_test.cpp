@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <map>
 #include <memory>
 
 #include "faults/faults.h"
@@ -280,6 +281,22 @@ TEST(Faults, AreToldAndLeaveNothingBehind) {
             }
         }
         EXPECT_GT(met, 0) << operation.name;
+    }
+}
+
+TEST(Faults, TextThatIsNotConvertedTakesNoMemory) {
+    Ground ground;
+    ground.lay_out();
+    const Fault none = {"no memory", kMemory, ENOMEM, kForever};
+    for (const auto& [current, code_set] : std::map<int, int>{{ZV_SJIS, 0}, {ZV_8859_2, ZV_EUC}}) {
+        InitMbutilExt(current);
+        const StandardStream file(fopen(ground.out.c_str(), "w+"));
+        const auto put = [&] { return mbfputs(ground.line.c_str(), file.get(), code_set) >= 0; };
+        EXPECT_TRUE(with_fault(1, put, none).first) << current;
+        rewind(file.get());
+        const auto get = [&] { return mbfgets(ground.room, 30000, file.get(), code_set); };
+        EXPECT_EQ(with_fault(1, get, none).first, ground.room) << current;
+        EXPECT_EQ(ground.room, ground.line) << current;
     }
 }
 

@@ -1,8 +1,10 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include <cerrno>
+#include <csignal>
 #include <list>
 #include <set>
 
@@ -11,6 +13,7 @@
 #include "support/child.h"
 #include "support/folder.h"
 #include "support/guarded.h"
+#include "support/private_host.h"
 
 namespace {
 
@@ -145,6 +148,29 @@ TEST_F(Files, WhatStandsBehindATornLineKeepsIt) {
     const auto append = [&] { return OSAppendLineToFile(path.c_str(), "0123456789"); };
     EXPECT_EQ(test::with_fault(1, append, fault), std::pair(-1, true));
     EXPECT_EQ(test::content(path), "first\n01234foreign");
+}
+
+TEST_F(Files, ALineThatDoesNotFitLeavesNothing) {
+    const size_t page = size_t(sysconf(_SC_PAGESIZE));
+    const auto refuses = [&](int error) {
+        test::write_file(path, "first\n");
+        errno = 0;
+        EXPECT_EQ(OSAppendLineToFile(path.c_str(), std::string(page, 'l').c_str()), -1) << error;
+        EXPECT_EQ(errno, error);
+        EXPECT_EQ(OSAppendLineToFile(path.c_str(), "second"), 0) << error;
+        EXPECT_EQ(test::content(path), "first\nsecond\n") << error;
+    };
+    signal(SIGXFSZ, SIG_IGN);
+    const rlimit small = {1000, RLIM_INFINITY}, large = {RLIM_INFINITY, RLIM_INFINITY};
+    setrlimit(RLIMIT_FSIZE, &small);
+    refuses(EFBIG);
+    setrlimit(RLIMIT_FSIZE, &large);
+    const std::string place = folder / "";
+    if (!test::enter_private_namespaces() ||
+        mount("none", place.c_str(), "tmpfs", 0, "nr_blocks=1") != 0)
+        GTEST_SKIP() << "a file system of a page is refused: " << strerror(errno);
+    refuses(ENOSPC);
+    umount2(place.c_str(), MNT_DETACH);
 }
 
 TEST_F(Files, SearchesWaitForWriters) {
