@@ -263,6 +263,9 @@ TEST_F(Files, TemporaryOnesAreKnownToNobodyElse) {
     close(STDIN_FILENO);
     EXPECT_EQ(OSTmpFileFd(), 0) << "the first descriptor serves, too";
     close(STDIN_FILENO);
+    FILE* const first = OSTmpFile();
+    ASSERT_TRUE(first) << "here as well";
+    fclose(first);
     expect_private_files();
 }
 

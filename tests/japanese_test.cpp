@@ -172,10 +172,14 @@ TEST(Katakana, WidensAsUnicodeNormalisesAndMergesMarks) {
             EXPECT_EQ(at - rest.bytes(), merged ? 1 + euc : 0) << i;
         }
     }
-    const unsigned char* nothing = nullptr;
-    int other = 0xE0, second = 0;
-    han2zen(&nothing, &other, &second, 1);
-    EXPECT_EQ(other, 0xE0);
+    test::GuardedText mark("\xDE");
+    for (const int code_set : {int(ZV_SJIS), 1}) {
+        const unsigned char* at = code_set == 1 ? nullptr : mark.bytes();
+        int other = 0xE0, second = 0;
+        han2zen(&at, &other, &second, code_set);
+        EXPECT_EQ(other, 0xE0) << "no katakana";
+        EXPECT_EQ(second, code_set == 1 ? 0 : 0xDE) << "what was looked at";
+    }
 }
 
 } // namespace
