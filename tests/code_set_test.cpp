@@ -72,7 +72,7 @@ TEST(CodeSetNames, SubstringsDecideInOrder) {
         {"ISO8859_1", 0}, {"ISO8859_15", 0}, {"sjis", 0},         {"EUC_T", 4},
         {"EUC_Z", 4},     {"EU", 0},         {"SJI", 0},          {"JI", 0},
         {"G", 0},         {"BIG", 0},        {"KSC_5601_8", 0},   {"125", 0},
-        {"8859_", 0}};
+        {"8859_", 0},     {"SJIS_WESTER", 5}};
     for (const auto& [name, code_set] : cases)
         EXPECT_EQ(mbGetCodeSet(name), code_set) << (name ? name : "NULL");
 }
