@@ -121,6 +121,7 @@ std::string machine(unsigned seed) {
     OSGetHostnameNoDomain(name);
     all += out + std::string(name) + std::to_string(IsCurrentServerName(name, nullptr));
     OSGetOS(out);
+    OSAlarm(0); // any thread may arm the alarm
     tm local;
     const time_t when = static_cast<int>(seed % 2000) * 1000003;
     return all + out + std::to_string(OSLocalTime(&when, &local)->tm_yday);
