@@ -111,6 +111,11 @@ TEST(Stream, FilesReachBeyondTheLastPosition) {
     EXPECT_EQ(ZVfputs("x", appending), -1);
     EXPECT_EQ(ZVferror(appending), EOVERFLOW);
     EXPECT_EQ(std::filesystem::file_size(path), uintmax_t{kSize});
+    EXPECT_EQ(ZVfseek(stream, INT_MAX, SEEK_SET), 0);
+    char byte;
+    const auto read = [&] { return ZVfread(&byte, 1, 1, stream) == 0 ? errno : 0; };
+    EXPECT_EQ(test::with_fault(1, read, {"as a pipe", test::kSeek, ESPIPE, test::kForever}),
+              std::pair(EOVERFLOW, true));
 }
 
 TEST(Stream, ClosedOnesAreNotOpen) {

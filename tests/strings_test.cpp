@@ -19,6 +19,8 @@ TEST(Characters, OfEveryFirstByteAndCodeSet) {
         EXPECT_EQ(mbmaxcharlenExt(rules.code_set), rules.longest);
         EXPECT_EQ(mbmaxcharlen(), rules.longest);
         EXPECT_FALSE(rules.scanner(nullptr, 4) || mblenExt("a", 0, rules.code_set));
+        EXPECT_EQ(mbbytesinchartype(nullptr, rules.code_set), 1);
+        EXPECT_EQ(mbbytesinchar(nullptr), 1);
         for (int byte = -256; byte < 256; ++byte) {
             const bool ascii = byte >= 0 && byte < 0x80, katakana = byte >= 0xA1 && byte <= 0xDF;
             const bool lead = byte >= 0 && length_by_rules(rules, {char(byte)}, 1) > 1;
