@@ -62,6 +62,19 @@ TEST(Strings, NoTrailByteIsFound) {
     }
 }
 
+TEST(Strings, LongRunsOfLeadBytesPairUpFromWhereTheyBegin) {
+    for (const Rules& rules : kRules) {
+        InitMbutilExt(rules.code_set);
+        const char lead = rules.code_set == ZV_SJIS ? '\x91' : '\xB1'; // and a trail byte
+        for (size_t at = 0; at < 999; ++at) {
+            std::string text(1000, lead);
+            text[at] = '!';
+            ASSERT_EQ(mbstrrchr(text.c_str(), as_signed(lead)), &text[998 + (at + 1) % 2])
+                << rules.code_set << ' ' << at;
+        }
+    }
+}
+
 TEST(Strings, ThePositionInAnotherCodeSet) {
     InitMbutilExt(ZV_EUC);
     EXPECT_EQ(mbidxtype("\xB0\xA1\x82\xA0", 3, ZV_SJIS), 2u) << "not the current code set";
