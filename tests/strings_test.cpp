@@ -96,6 +96,9 @@ TEST(Strings, OneByteCharactersAreChangedAndCheckedAsTheLocaleSays) {
                 StringProperties<GuardedText, GuardedRoom>::changes(text, "", code_set, same);
         }
     }
+    ASSERT_TRUE(setlocale(LC_ALL, "tr_TR.ISO8859-9")) << "where i is the small letter of DD";
+    InitMbutilExt(ZV_EUC);
+    EXPECT_NE(mbstricmp("a\xDD\xA1", "ai\xA1"), 0) << "a character of two is no letter";
 }
 
 TEST(Strings, LongNeedlesAmongTheirLikenesses) {
