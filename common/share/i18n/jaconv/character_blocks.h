@@ -79,7 +79,7 @@ constexpr ByteRanges find_ranges() {
     return ranges;
 }
 
-// What the regular characters of a code set are made of.
+// What the regular characters of a code set are made of, and what no other characters begin with.
 struct PairRanges {
     ByteRanges leads, trails, firsts;
 };
@@ -108,7 +108,11 @@ struct RangedBytes {
         return marks;
     }
     static Mask find(ByteBlock bytes) {
-        return high_bits(marks(bytes));
+        Mask found = 0;
+#pragma GCC unroll 4
+        for (size_t i = 0; i < kRanges.count; ++i)
+            found |= range_mask(bytes, kRanges.first[i], kRanges.last[i]);
+        return found;
     }
     static constexpr Byte width(size_t i) {
         return static_cast<Byte>(kRanges.last[i] - kRanges.first[i]);
@@ -135,42 +139,6 @@ template <bool (*Holds)(Byte)>
 using ByteClass = RangedBytes<find_ranges<Holds>()>;
 template <class Scanner>
 using LeadsOf = RangedBytes<kPairsOf<Scanner>.leads>;
-
-// Walks a text block by block and tells which bytes begin characters, as a walk by step() would
-// find them. The first block begins on a boundary, or behind a lead byte that does.
-template <class Scanner>
-class BlockWalk {
-    using Roles = ByteRoles<Scanner>;
-
-public:
-    explicit BlockWalk(Mask behind_lead = 0) : carried_(behind_lead) {}
-
-    // False, with nothing changed, at a block with characters that are not regular.
-    bool enter(ByteBlock block) {
-        if (ByteClass<Roles::is_irregular>::find(block) != 0)
-            return false;
-        leads_ = every_other(LeadsOf<Scanner>::find(block) & ~carried_);
-        behind_leads_ = (leads_ << 1 | carried_) & kAllMarked;
-        trails_ = behind_leads_ & ByteClass<Roles::is_trail>::find(block);
-        carried_ = leads_ >> (kBlockSize - 1);
-        return true;
-    }
-
-    // The bytes that begin characters of the block entered last, malformed ones included.
-    Mask starts() const { return ~trails_ & kAllMarked; }
-    // Those that do so whatever byte may stand behind the lead bytes.
-    Mask certain_starts() const { return ~behind_leads_ & kAllMarked; }
-    // Those that are no characters of two. One that the next block decides about is none either.
-    Mask singles() const { return starts() & ~(trails_ >> 1) & ~(carried_ << (kBlockSize - 1)); }
-    // Whether the last byte of the block begins a character of two.
-    Mask carried() const { return carried_; }
-
-private:
-    Mask leads_ = 0;
-    Mask behind_leads_ = 0;
-    Mask trails_ = 0;
-    Mask carried_;
-};
 
 // Where the run of regular lead bytes begins that ends at p, not before `first`.
 template <ByteRanges kLeads>

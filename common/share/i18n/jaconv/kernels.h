@@ -472,20 +472,21 @@ constexpr Bits even_pairs(Bits could_lead, Bits could_trail) {
 }
 
 // Every other bit of each run of bits, from its lowest on: in a run of bytes that could be lead
-// bytes, leads and trails alternate from the run's first byte. The sum moves the runs that begin at
-// an even place out of the way.
+// bytes, leads and trails alternate from the run's first byte. The difference leaves ones in the
+// runs that begin at an even place and zeros in the others.
 template <class Bits>
 constexpr Bits every_other(Bits runs) {
-    constexpr auto kEven = static_cast<Bits>(0x5555555555555555);
-    const Bits starts = runs & ~(runs << 1);
-    const Bits from_even = runs & ~(runs + (starts & kEven));
-    return (from_even & kEven) | (runs & ~from_even & ~kEven);
+    constexpr auto kOdd = static_cast<Bits>(0xAAAAAAAAAAAAAAAA);
+    return (((runs << 1 | kOdd) - runs) ^ kOdd) & runs;
 }
 
 // The lead bytes of window after window, where what stands behind a lead byte is its trail byte
 // whatever it is.
 class LeadWalk {
 public:
+    // The text before may have ended with a lead byte.
+    explicit LeadWalk(LongMask carried = 0) : carried_(carried) {}
+
     void enter(LongMask could_lead) {
         leads_ = every_other(could_lead & ~carried_);
         behind_leads_ = places_behind(leads_, carried_);
@@ -503,7 +504,7 @@ public:
 private:
     LongMask leads_ = 0;
     LongMask behind_leads_ = 0;
-    LongMask carried_ = 0;
+    LongMask carried_;
 };
 
 } // namespace ZVUTIL_LANES

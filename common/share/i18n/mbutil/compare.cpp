@@ -4,12 +4,13 @@
 #include <cstring>
 
 #include "../../../platform/letter_case.h"
-#include "character_search.h"
-#include "scanner_choice.h"
+#include "../jaconv/scanners.h"
+#include "characters.h"
 
 namespace {
 
 using zv::Byte;
+using zv::Characters;
 
 int order_of(int a, int b) {
     return (a > b) - (a < b);
@@ -24,14 +25,6 @@ int order_as_signed(Byte a, Byte b) {
 struct Step {
     int order;
     size_t length;
-};
-
-// What a comparison asks of a code set. Only the walk over equal blocks is made for each: by
-// characters, a comparison goes no further than they differ.
-struct Characters {
-    int (*step)(const Byte*);
-    int (*announced)(Byte);
-    size_t (*skip_equal_blocks)(const Byte*, const Byte*, size_t);
 };
 
 // By length first, then as signed bytes; characters of one byte in lower case.
@@ -53,7 +46,7 @@ struct IgnoringCase {
                    : order_as_signed(static_cast<Byte>(lower(a)), static_cast<Byte>(lower(b)));
     }
 
-    Characters characters;
+    const Characters& characters;
     zv::LetterCase lower = zv::LetterCase::lower();
 };
 
@@ -73,40 +66,24 @@ struct AsAnnounced {
 
     int order_of_singles(Byte a, Byte b) const { return fold ? lower(a) - lower(b) : a - b; }
 
-    Characters characters;
+    const Characters& characters;
     bool fold; // characters of one byte into lower case
     zv::LetterCase lower = zv::LetterCase::lower();
 };
 
-// How far texts are equal that are known to be there, as a boundary: the last one not behind the
-// first difference or the end.
-template <class Scanner>
-size_t skip_equal_blocks(const Byte* a, const Byte* b, size_t n) {
-    zv::BlockWalk<Scanner> walk;
-    size_t offset = 0;
-    for (; offset != n; offset += zv::kBlockSize) {
-        const size_t left = n - offset;
-        const zv::ByteBlock block = zv::load_up_to(a + offset, left);
-        zv::Mask differ = zv::high_bits(block != zv::load_up_to(b + offset, left));
-        if (left < zv::kBlockSize)
-            differ |= zv::Mask{1} << left;
-        const zv::Mask reached = walk.carried();
-        if (!walk.enter(block))
-            return offset - reached;
-        if (differ != 0) {
-            // The lowest bits, up to the first difference.
-            const zv::Mask starts = walk.certain_starts() & (differ ^ (differ - 1));
-            return starts != 0 ? offset + zv::last_marked(starts) : offset - reached;
-        }
+// How far texts are equal of which so much is there, as a boundary of both. No further than
+// characters are regular: malformed ones count here as long as announced.
+size_t skip_equal(const Characters& characters, const Byte* a, const Byte* b, size_t n) {
+    const Byte single_shift = characters.longest > 2 ? zv::kSingleShift2 : 0xFF;
+    size_t equal = n;
+    for (size_t i = 0; i < equal; i += zv::kBlockSize) {
+        const zv::ByteBlock block = zv::load_up_to(a + i, n - i);
+        const zv::Mask stops = zv::high_bits((block != zv::load_up_to(b + i, n - i)) |
+                                             ((block & 0xFE) == single_shift));
+        if (stops != 0)
+            equal = i + zv::count_before(stops);
     }
-    return offset - walk.carried();
-}
-
-Characters current_characters() {
-    return zv::with_current_scanner([](auto scanner) {
-        using Scanner = decltype(scanner);
-        return Characters{zv::step<Scanner>, Scanner::announced, skip_equal_blocks<Scanner>};
-    });
+    return equal - static_cast<size_t>(a + equal - characters.run_before(a, a + equal)) % 2;
 }
 
 // Compares the characters that begin before n.
@@ -126,7 +103,7 @@ int compare(const char* s, const char* t, size_t n, const Rule& rule) {
         }
         by_rule = std::min(2 * by_rule, 16 * kByRule);
         if (common > at) {
-            const size_t equal = rule.characters.skip_equal_blocks(a + at, b + at, common - at);
+            const size_t equal = skip_equal(rule.characters, a + at, b + at, common - at);
             at += equal;
             if (equal >= zv::kBlockSize)
                 by_rule = kByRule;
@@ -150,7 +127,7 @@ int compare(const char* s, const char* t, size_t n, const Rule& rule) {
 int compare_as_announced(const char* a, const char* b, unsigned n, bool fold) {
     if (a == nullptr || b == nullptr)
         return 0;
-    return compare(a, b, n, AsAnnounced{current_characters(), fold});
+    return compare(a, b, n, AsAnnounced{zv::current_characters(), fold});
 }
 
 } // namespace
@@ -160,7 +137,7 @@ int mbstricmp(const char* a, const char* b) {
         return strcasecmp(a, b);
     if (a == nullptr || b == nullptr)
         return 0;
-    return compare(a, b, SIZE_MAX, IgnoringCase{current_characters()});
+    return compare(a, b, SIZE_MAX, IgnoringCase{zv::current_characters()});
 }
 
 int mbstrnicmp(const char* a, const char* b, unsigned n) {

@@ -1,6 +1,6 @@
 #include <cstring>
 
-#include "boundary.h"
+#include "characters.h"
 
 namespace {
 
@@ -9,7 +9,7 @@ unsigned copy_whole_characters(char* dst, const char* src, unsigned n) {
     size_t copied = strnlen(src, n);
     if (copied == n && n > 0 && src[n] != '\0') {
         const zv::Byte* const text = zv::as_bytes(src);
-        const zv::Byte* const end = zv::last_boundary_in(text, text + n, zv::native_code_set);
+        const zv::Byte* const end = zv::current_characters().last_boundary_in(text, text + n);
         copied = static_cast<size_t>(end - text);
     }
     std::memcpy(dst, src, copied);

@@ -10,7 +10,7 @@
 
 #include "../jaconv/big5_cns.h"
 #include "../jaconv/japanese.h"
-#include "boundary.h"
+#include "characters.h"
 #include "conversion.h"
 
 namespace {

@@ -1,45 +1,18 @@
 #include "../../../platform/letter_case.h"
 
-#include "../jaconv/character_blocks.h"
-#include "scanner_choice.h"
+#include "characters.h"
 
 namespace {
 
 using zv::Byte;
 using zv::LetterCase;
 
-template <class Scanner>
-size_t change_character(Byte* p, LetterCase change) {
-    const int length = zv::step<Scanner>(p);
+int change_one(char* s, LetterCase change) {
+    Byte* const p = zv::as_bytes(s);
+    const int length = zv::current_characters().step(p);
     if (length == 1)
         *p = static_cast<Byte>(change(*p));
-    return static_cast<size_t>(length);
-}
-
-int change_one(char* p, LetterCase change) {
-    return zv::with_current_scanner([&](auto scanner) {
-        return static_cast<int>(change_character<decltype(scanner)>(zv::as_bytes(p), change));
-    });
-}
-
-template <class Scanner>
-void change_text(Byte* p, const Byte* end, LetterCase change) {
-    const auto change_single = [=](Byte& single) { single = static_cast<Byte>(change(single)); };
-    while (p != end) {
-        zv::BlockWalk<Scanner> walk;
-        for (; static_cast<size_t>(end - p) >= zv::kBlockSize; p += zv::kBlockSize) {
-            const bool behind_lead = walk.carried() != 0;
-            if (!walk.enter(zv::load_block(p)))
-                break;
-            if (behind_lead && (walk.starts() & 1) != 0)
-                change_single(p[-1]); // it is no lead byte
-            for (zv::Mask left = walk.singles(); left != 0; left &= left - 1)
-                change_single(p[zv::count_before(left)]);
-        }
-        p -= walk.carried();
-        for (size_t n = 0; n < zv::kBlockSize && p != end; ++n)
-            p += change_character<Scanner>(p, change);
-    }
+    return length;
 }
 
 unsigned change_all(char* s, LetterCase change) {
@@ -47,9 +20,24 @@ unsigned change_all(char* s, LetterCase change) {
     if (s == nullptr)
         return 0;
     const size_t length = std::strlen(s);
-    zv::with_current_scanner([&](auto scanner) {
-        change_text<decltype(scanner)>(zv::as_bytes(s), zv::as_bytes(s) + length, change);
-    });
+    const Byte* const end = zv::as_bytes(s) + length;
+    zv::Starts starts;
+    size_t next = 0;
+    size_t size = 0;
+    for (Byte* p = zv::as_bytes(s); p != end; p += size) {
+        size = std::min(static_cast<size_t>(end - p), zv::kPart - 1);
+        starts.mark(zv::current_characters(), p, size, next);
+        for (size_t i = 0; i < size; i += 64) {
+            // Run by run.
+            for (std::uint64_t left = starts.singles(i / 64); left != 0;) {
+                const auto first = static_cast<size_t>(std::countr_zero(left));
+                const auto count = static_cast<size_t>(std::countr_one(left >> first));
+                for (Byte* single = p + i + first; single != p + i + first + count; ++single)
+                    *single = static_cast<Byte>(change(*single));
+                left &= left + (std::uint64_t{1} << first);
+            }
+        }
+    }
     return static_cast<unsigned>(length);
 }
 

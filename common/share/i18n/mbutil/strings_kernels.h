@@ -1,23 +1,63 @@
 #ifndef ZVUTIL_MBUTIL_STRINGS_KERNELS_H
 #define ZVUTIL_MBUTIL_STRINGS_KERNELS_H
 
+#include <algorithm>
+
 #include "../jaconv/character_blocks.h"
 
 namespace zv {
 
-// The walks of character_blocks.h over long texts, for vectors of 32 bytes where the processor has
-// them.
-#ifdef ZVUTIL_WIDE_KERNELS
-template <ByteRanges kLeads>
-const Byte* wide_run_of_leads(const Byte* first, const Byte* p);
-template <PairRanges kPairs>
-const Byte* wide_skip_well_formed(const Byte* p, size_t left);
-#else
-template <ByteRanges kLeads>
-constexpr auto wide_run_of_leads = run_of_leads<kLeads>;
-template <PairRanges kPairs>
-constexpr auto wide_skip_well_formed = skip_well_formed<kPairs>;
-#endif
+// What a search looks for: single bytes, and bytes with another one behind them. It finds what it
+// is, and perhaps more, for it holds the last single ones and the pairs as ranges.
+struct Wanted {
+    // Its first byte is 0 while it is empty: no text has one.
+    struct Range {
+        void add(Byte byte) {
+            first = first == 0 ? byte : std::min(byte, first);
+            last = std::max(byte, last);
+        }
+        Byte first = 0;
+        Byte last = 0;
+    };
+
+    void add(const Byte* character, size_t length) {
+        if (length == 1) {
+            count = std::min(count + 1, std::size(singles));
+            singles[count - 1].add(character[0]);
+        } else {
+            firsts.add(character[0]);
+            seconds.add(character[1]);
+        }
+    }
+
+    Range firsts;
+    Range seconds;
+    Range singles[3];
+    size_t count = 0; // of these
+};
+
+// The walks over texts, for vectors of a size.
+template <int VectorSize>
+struct StringKernels {
+    // Marks what is wanted among so many bytes, one bit for each. False where nothing is.
+    static bool find(const Byte* text, size_t size, const Wanted& wanted, std::uint64_t* found);
+
+    // Marks which bytes begin characters, from a byte on that is a multiple of 64; `next` is this
+    // one or, behind the first byte of a character of two, the one behind it. Both move on, until
+    // characters come that are not regular.
+    template <PairRanges kPairs>
+    static void mark_starts(const Byte* text, size_t size, size_t& from, size_t& next,
+                            std::uint64_t* starts);
+
+    // As in character_blocks.h.
+    template <ByteRanges kLeads>
+    static const Byte* run_of_leads(const Byte* first, const Byte* p);
+    template <PairRanges kPairs>
+    static const Byte* skip_well_formed(const Byte* p, size_t left);
+};
+
+using MarkStarts = void(const Byte* text, size_t size, size_t& from, size_t& next,
+                        std::uint64_t* starts);
 
 } // namespace zv
 

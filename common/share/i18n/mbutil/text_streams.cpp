@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "boundary.h"
+#include "characters.h"
 #include "conversion.h"
 #include "scratch.h"
 

@@ -40,44 +40,50 @@ Cut last_suffix(const Byte* string, size_t size, bool reverse) {
 
 } // namespace
 
-const Byte* find_by_two_ways(const Byte* text, const Byte* string, size_t size, Accepts accepts) {
-    constexpr size_t kReach = 4096;
+TwoWaySearch::TwoWaySearch(const Byte* text, const Byte* string, size_t size)
+    : text_(text), end_(text), string_(string), size_(size) {
     const auto later = [](Cut a, Cut b) { return a.at < b.at; };
     const Cut cut =
         std::max(last_suffix(string, size, false), last_suffix(string, size, true), later);
-    const bool periodic = std::memcmp(string, string + cut.period, cut.at) == 0;
-    const size_t period = periodic ? cut.period : std::max(cut.at, size - cut.at) + 1;
-    const Byte* end = text; // as far as the text is known to go on
-    // So much of the string's front is known to stand in the text.
-    for (size_t known = 0;;) {
-        const auto left = static_cast<size_t>(end - text);
-        if (left < size) {
-            const size_t more = strnlen(reinterpret_cast<const char*>(end), std::max(size, kReach));
-            if (left + more < size)
+    cut_ = cut.at;
+    is_periodic_ = std::memcmp(string, string + cut.period, cut.at) == 0;
+    period_ = is_periodic_ ? cut.period : std::max(cut.at, size - cut.at) + 1;
+}
+
+const Byte* TwoWaySearch::next() {
+    constexpr size_t kReach = 4096;
+    for (;;) {
+        const auto left = static_cast<size_t>(end_ - text_);
+        if (left < size_) {
+            const size_t more =
+                strnlen(reinterpret_cast<const char*>(end_), std::max(size_, kReach));
+            if (left + more < size_)
                 return nullptr;
-            end += more;
+            end_ += more;
         }
-        size_t i = std::max(cut.at, known);
-        if (known == 0 && text[i] != string[i]) {
-            const void* const next =
-                std::memchr(text + i, string[i], static_cast<size_t>(end - text) - i);
-            text = next == nullptr ? end - i : static_cast<const Byte*>(next) - i;
+        size_t i = std::max(cut_, known_);
+        if (known_ == 0 && text_[i] != string_[i]) {
+            const void* const place =
+                std::memchr(text_ + i, string_[i], static_cast<size_t>(end_ - text_) - i);
+            text_ = place == nullptr ? end_ - i : static_cast<const Byte*>(place) - i;
             continue;
         }
-        while (i < size && string[i] == text[i])
+        while (i < size_ && string_[i] == text_[i])
             ++i;
-        if (i < size) {
-            text += i - cut.at + 1;
-            known = 0;
+        if (i < size_) {
+            text_ += i - cut_ + 1;
+            known_ = 0;
             continue;
         }
-        i = cut.at;
-        while (i > known && string[i - 1] == text[i - 1])
+        i = cut_;
+        while (i > known_ && string_[i - 1] == text_[i - 1])
             --i;
-        if (i <= known && accepts(text))
-            return text;
-        text += period;
-        known = periodic ? size - period : 0;
+        const Byte* const place = text_;
+        const bool is_whole = i <= known_;
+        text_ += period_;
+        known_ = is_periodic_ ? size_ - period_ : 0;
+        if (is_whole)
+            return place;
     }
 }
 

@@ -1,7 +1,8 @@
 #include <cctype>
 #include <cstring>
 
-#include "character_search.h"
+#include "../jaconv/kernel_choice.h"
+#include "characters.h"
 #include "scanner_choice.h"
 
 namespace {
@@ -17,9 +18,10 @@ template <zv::PairRanges kPairs>
 [[gnu::noinline]] const Byte* skip_well_formed_part(const Byte* p) {
     constexpr size_t kWide = 128; // what wide blocks leave over costs more
     const size_t left = zv::part_of(p);
-    return left >= kWide && zv::vector_size() >= zv::kWideVectors
-               ? zv::wide_skip_well_formed<kPairs>(p, left)
-               : zv::skip_well_formed<kPairs>(p, left);
+    const auto skip = [&]<int Size> {
+        return zv::StringKernels<Size>::template skip_well_formed<kPairs>;
+    };
+    return (left < kWide ? skip.template operator()<16>() : zv::widest(skip))(p, left);
 }
 
 // Whether every character is well formed; the position of the first that is not goes to badpos.

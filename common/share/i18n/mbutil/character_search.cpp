@@ -1,0 +1,30 @@
+#include "character_search.h"
+
+#include "../jaconv/kernel_choice.h"
+
+namespace zv {
+
+// A part in which nothing looks like what is wanted needs no look at its characters.
+bool CharacterSearch::enter_next_part() {
+    const auto find = widest([]<int Size> { return StringKernels<Size>::find; });
+    do {
+        part_ += size_;
+        most_ = std::min(4 * most_ + 3, kPart - 1);
+        size_ = end_ == nullptr ? part_of(part_, most_)
+                                : std::min(most_, static_cast<size_t>(end_ - part_));
+        if (size_ == 0)
+            return false;
+    } while (!find(part_, size_, wanted_, words_found_));
+    if (boundary_ < part_) {
+        boundary_ = characters_.last_boundary_in(boundary_, part_);
+        if (boundary_ < part_)
+            boundary_ += characters_.step(boundary_);
+    }
+    auto next = static_cast<size_t>(boundary_ - part_);
+    starts_.mark(characters_, part_, size_, next);
+    boundary_ = part_ + size_ + next;
+    word_ = 0;
+    return true;
+}
+
+} // namespace zv

@@ -1,0 +1,95 @@
+#include "characters.h"
+
+#include "../jaconv/kernel_choice.h"
+#include "scanner_choice.h"
+
+namespace zv {
+namespace {
+
+// Most runs are short.
+template <ByteRanges kLeads>
+[[gnu::noinline]] const Byte* run_before(const Byte* first, const Byte* p) {
+    constexpr ptrdiff_t kNear = 128;
+    const Byte* const near = p - first > kNear ? p - kNear : first;
+    const Byte* const run = run_of_leads<kLeads>(near, p);
+    if (run == first || run != near)
+        return run;
+    return widest([]<int Size> { return StringKernels<Size>::template run_of_leads<kLeads>; })(
+        first, run);
+}
+
+// A byte that cannot be a trail byte begins a character. Any other does behind an even number of
+// lead bytes, since these pair up; longer characters end such a run.
+template <class Scanner>
+const Byte* last_boundary(const Byte* first, const Byte* p, size_t readable) {
+    using Roles = ByteRoles<Scanner>;
+    if (p == first || !ByteClass<Roles::is_trail>::has(*p))
+        return p;
+    const Byte* run = run_before<kPairsOf<Scanner>.leads>(first, p);
+    if (run != first && ByteClass<Roles::is_irregular>::has(run[-1])) {
+        const Byte* const lead = run - 1;
+        const auto before = static_cast<size_t>(p - lead);
+        const auto length =
+            static_cast<size_t>(std::max(scan<Scanner>(lead, before + readable), 1));
+        if (length > before)
+            return lead;
+        run = lead + length;
+    }
+    return p - (p - run) % 2;
+}
+
+template <PairRanges kPairs>
+void mark_starts(const Byte* text, size_t size, size_t& from, size_t& next, std::uint64_t* starts) {
+    widest([]<int Size> { return StringKernels<Size>::template mark_starts<kPairs>; })(
+        text, size, from, next, starts);
+}
+
+template <class Scanner>
+constexpr Characters kCharacters = {
+    Scanner::kLongest,
+    Scanner::announced,
+    step<Scanner>,
+    [](Byte byte) { return !ByteClass<ByteRoles<Scanner>::is_trail>::has(byte); },
+    last_boundary<Scanner>,
+    run_before<kPairsOf<Scanner>.leads>,
+    mark_starts<kPairsOf<Scanner>>,
+};
+
+} // namespace
+
+const Characters& characters_of(int code_set) {
+    return with_scanner(
+        code_set, [](auto scanner) -> const Characters& { return kCharacters<decltype(scanner)>; });
+}
+
+const Characters& current_characters() {
+    return characters_of(current_code_set());
+}
+
+void Starts::mark(const Characters& characters, const Byte* text, size_t size, size_t& next) {
+    for (size_t from = 0; from <= size;) {
+        if (next <= from + 1)
+            characters.mark_starts(text, size + 1, from, next, words_);
+        if (from % 64 == 0)
+            words_[from / 64] = 0;
+        const size_t end = std::min(from - from % 64 + 64, size + 1);
+        for (; next < end; next += static_cast<size_t>(characters.step(text + next)))
+            words_[next / 64] |= std::uint64_t{1} << next % 64;
+        from = end;
+    }
+    std::uint64_t& last = words_[size / 64];
+    last &= ~std::uint64_t{} >> (63 - size % 64);
+    (&last)[1] = 0;
+    next = (last >> size % 64 & 1) != 0 ? 0 : next - size;
+}
+
+size_t whole_characters(const char* block, size_t n, int code_set) {
+    const Byte* const text = as_bytes(block);
+    const Byte* const last = characters_of(code_set).last_boundary(text, text + n - 1, 1);
+    const auto start = static_cast<size_t>(last - text);
+    const size_t left = n - start;
+    const int length = mblenExt(block + start, static_cast<unsigned>(left), code_set);
+    return length < 0 || static_cast<size_t>(length) > left ? start : n;
+}
+
+} // namespace zv
