@@ -91,36 +91,27 @@ template <class Rule>
 int compare(const char* s, const char* t, size_t n, const Rule& rule) {
     const Byte* const a = zv::as_bytes(s);
     const Byte* const b = zv::as_bytes(t);
-    constexpr size_t kByRule = 4; // words that differ in case are short
     size_t at = 0;
     size_t common = 0; // so much is known to be there of both
     bool more = true;  // may be
-    for (size_t by_rule = kByRule;;) {
+    for (;;) {
         if (more && common < at + zv::kBlockSize && at < n && (at != 0 || *a == *b)) {
             const size_t part = std::min(zv::part_of(a + at), zv::part_of(b + at));
             common = std::min(at + part, n);
             more = part == zv::kPart && common < n;
         }
-        by_rule = std::min(2 * by_rule, 16 * kByRule);
-        if (common > at) {
-            const size_t equal = skip_equal(rule.characters, a + at, b + at, common - at);
-            at += equal;
-            if (equal >= zv::kBlockSize)
-                by_rule = kByRule;
-        }
-        for (const size_t stop = at + by_rule; at < stop;) {
-            const size_t known = std::min(stop, common);
-            while (at < known && (a[at] | b[at]) < 0x80 && rule.order_of_singles(a[at], b[at]) == 0)
-                ++at;
-            if (at >= n)
-                return 0;
-            if (a[at] == 0 || b[at] == 0)
-                return rule.end(a[at], b[at]);
-            const Step step = rule(a + at, b + at);
-            if (step.order != 0)
-                return step.order;
-            at += step.length;
-        }
+        if (at < common)
+            at += skip_equal(rule.characters, a + at, b + at, common - at);
+        while (at < common && (a[at] | b[at]) < 0x80 && rule.order_of_singles(a[at], b[at]) == 0)
+            ++at;
+        if (at >= n)
+            return 0;
+        if (a[at] == 0 || b[at] == 0)
+            return rule.end(a[at], b[at]);
+        const Step step = rule(a + at, b + at);
+        if (step.order != 0)
+            return step.order;
+        at += step.length;
     }
 }
 
