@@ -416,23 +416,27 @@ inline Mask mask_of_block(LongMask mask, size_t i) {
 
 // A window's blocks; behind a shorter text there are zeros.
 using Window = std::array<ByteBlock, kBlocks>;
-inline Window load_window(const Byte* text) {
-    Window blocks;
+template <size_t Blocks = kBlocks>
+inline std::array<ByteBlock, Blocks> load_window(const Byte* text) {
+    std::array<ByteBlock, Blocks> blocks;
 #pragma GCC unroll 4
-    for (size_t i = 0; i < kBlocks; ++i)
+    for (size_t i = 0; i < Blocks; ++i)
         blocks[i] = load_block(text + i * kBlockSize);
     return blocks;
 }
-ZVUTIL_WIDEST_INLINE Window load_last_window(const Byte* text, size_t left) {
-    Window blocks;
-    for (size_t i = 0; i < kBlocks; ++i) {
+template <size_t Blocks = kBlocks>
+ZVUTIL_WIDEST_INLINE std::array<ByteBlock, Blocks> load_last_window(const Byte* text, size_t left) {
+    std::array<ByteBlock, Blocks> blocks;
+    for (size_t i = 0; i < Blocks; ++i) {
         const size_t at = i * kBlockSize;
         blocks[i] = at < left ? load_up_to(text + at, left - at) : ByteBlock{};
     }
     return blocks;
 }
-inline Window load_window_up_to(const Byte* text, size_t left) {
-    return left >= kWindow ? load_window(text) : load_last_window(text, left);
+template <size_t Blocks = kBlocks>
+inline std::array<ByteBlock, Blocks> load_window_up_to(const Byte* text, size_t left) {
+    return left >= Blocks * kBlockSize ? load_window<Blocks>(text)
+                                       : load_last_window<Blocks>(text, left);
 }
 
 // Stores what a function, ByteBlock(ByteBlock), makes of a window.
@@ -484,9 +488,6 @@ constexpr Bits every_other(Bits runs) {
 // whatever it is.
 class LeadWalk {
 public:
-    // The text before may have ended with a lead byte.
-    explicit LeadWalk(LongMask carried = 0) : carried_(carried) {}
-
     void enter(LongMask could_lead) {
         leads_ = every_other(could_lead & ~carried_);
         behind_leads_ = places_behind(leads_, carried_);
@@ -504,7 +505,7 @@ public:
 private:
     LongMask leads_ = 0;
     LongMask behind_leads_ = 0;
-    LongMask carried_;
+    LongMask carried_ = 0;
 };
 
 } // namespace ZVUTIL_LANES

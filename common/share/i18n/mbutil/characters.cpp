@@ -67,15 +67,14 @@ const Characters& current_characters() {
 }
 
 void Starts::mark(const Characters& characters, const Byte* text, size_t size, size_t& next) {
-    for (size_t from = 0; from <= size;) {
+    for (size_t from = 0; from <= size; from += 64) {
         if (next <= from + 1)
             characters.mark_starts(text, size + 1, from, next, words_);
-        if (from % 64 == 0)
-            words_[from / 64] = 0;
-        const size_t end = std::min(from - from % 64 + 64, size + 1);
-        for (; next < end; next += static_cast<size_t>(characters.step(text + next)))
+        words_[from / 64] = 0;
+        for (const size_t end = std::min(from + 64, size + 1); next < end;) {
             words_[next / 64] |= std::uint64_t{1} << next % 64;
-        from = end;
+            next += static_cast<size_t>(characters.step(text + next));
+        }
     }
     std::uint64_t& last = words_[size / 64];
     last &= ~std::uint64_t{} >> (63 - size % 64);

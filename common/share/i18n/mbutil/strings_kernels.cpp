@@ -11,32 +11,29 @@ template <PairRanges kPairs>
 constexpr ByteRanges kSingleShifts =
     kPairs.leads.first[0] > 0x8F ? ByteRanges{{kSingleShift2}, {0x8F}, 1} : ByteRanges{};
 
-// The marks of a window among those of a text.
-inline void put_window(LongMask marks, size_t at, std::uint64_t* words) {
-    if (kWindow == 64 || at % 64 == 0)
-        words[at / 64] = marks;
-    else
-        words[at / 64] |= marks << at % 64;
+// As many blocks as a word has bits for.
+constexpr size_t kWordBlocks = 64 / kBlockSize;
+using Word = std::array<ByteBlock, kWordBlocks>;
+inline Word load(const Byte* text, size_t left) {
+    return load_window_up_to<kWordBlocks>(text, left);
 }
 
 template <>
 bool Kernels::find(const Byte* text, size_t size, const Wanted& wanted, std::uint64_t* found) {
+    const auto find_range = [](const Word& bytes, Wanted::Range range) {
+        return find_in(bytes,
+                       [=](ByteBlock block) { return range_mask(block, range.first, range.last); });
+    };
     const Wanted::Range firsts = wanted.firsts, seconds = wanted.seconds; // nothing changes them
-    LongMask any = 0;
-    for (size_t i = 0; i < size; i += kWindow) {
-        const auto find_range = [](const Window& bytes, Wanted::Range range) {
-            return find_in(
-                bytes, [=](ByteBlock block) { return range_mask(block, range.first, range.last); });
-        };
-        const Window bytes = load_window_up_to(text + i, size - i);
-        LongMask marked = 0;
-        if (firsts.first != 0) {
-            const Window next = load_window_up_to(text + i + 1, size - i);
-            marked = find_range(bytes, firsts) & find_range(next, seconds);
-        }
+    std::uint64_t any = 0;
+    for (size_t i = 0; i < size; i += 64) {
+        const Word bytes = load(text + i, size - i);
+        std::uint64_t marked = 0;
+        if (firsts.first != 0)
+            marked = find_range(bytes, firsts) & find_range(load(text + i + 1, size - i), seconds);
         for (size_t k = 0; k < wanted.count; ++k)
             marked |= find_range(bytes, wanted.singles[k]);
-        put_window(marked, i, found);
+        found[i / 64] = marked;
         any |= marked;
     }
     return any != 0;
@@ -47,18 +44,19 @@ template <PairRanges kPairs>
 void Kernels::mark_starts(const Byte* text, size_t size, size_t& from, size_t& next,
                           std::uint64_t* starts) {
     using Trails = RangedBytes<kPairs.trails>;
-    LeadWalk walk(next - from);
+    std::uint64_t carried = next - from; // 1 behind a lead byte
     size_t i = from;
-    for (; i < size; i += kWindow) {
-        const Window bytes = load_window_up_to(text + i, size - i);
+    for (; i < size; i += 64) {
+        const Word bytes = load(text + i, size - i);
         if (find_in(bytes, RangedBytes<kSingleShifts<kPairs>>::find) != 0)
             break;
-        walk.enter(find_in(bytes, RangedBytes<kPairs.leads>::find));
-        const LongMask trails = walk.behind_leads() & find_in(bytes, Trails::find);
-        put_window(trails ^ kAllOfWindow, i, starts);
+        const std::uint64_t could_lead = find_in(bytes, RangedBytes<kPairs.leads>::find);
+        const std::uint64_t leads = every_other(could_lead & ~carried);
+        starts[i / 64] = ~((leads << 1 | carried) & find_in(bytes, Trails::find));
+        carried = leads >> 63;
     }
-    from = std::min(i, size);
-    next = i < size && walk.carried() != 0 && Trails::has(text[i]) ? i + 1 : from;
+    from = i;
+    next = i >= size ? size : i + (carried != 0 && Trails::has(text[i]));
 }
 
 template <>
