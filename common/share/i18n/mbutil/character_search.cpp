@@ -9,7 +9,7 @@ bool CharacterSearch::enter_next_part() {
     const auto find = widest([]<int Size> { return StringKernels<Size>::find; });
     do {
         part_ += size_;
-        most_ = std::min(4 * most_ + 3, kPart - 1);
+        most_ = std::min(4 * most_, kPart);
         size_ = end_ == nullptr ? part_of(part_, most_)
                                 : std::min(most_, static_cast<size_t>(end_ - part_));
         if (size_ == 0)

@@ -37,7 +37,7 @@ private:
     const Byte* boundary_; // the first one behind the part that was marked last
     const Byte* part_;
     size_t size_ = 0;
-    size_t most_ = 15; // the part has at most so many bytes; the first one will have more
+    size_t most_ = 16; // the part has at most so many bytes; the first one will have more
     const Byte* const end_;
     size_t word_ = 0;
     std::uint64_t found_ = 0; // of the word

@@ -67,19 +67,22 @@ const Characters& current_characters() {
 }
 
 void Starts::mark(const Characters& characters, const Byte* text, size_t size, size_t& next) {
-    for (size_t from = 0; from <= size; from += 64) {
+    size_t from = 0;
+    while (from < size) {
         if (next <= from + 1)
-            characters.mark_starts(text, size + 1, from, next, words_);
+            characters.mark_starts(text, size, from, next, words_);
+        if (from == size)
+            break;
         words_[from / 64] = 0;
-        for (const size_t end = std::min(from + 64, size + 1); next < end;) {
+        from = std::min(from + 64, size);
+        for (; next < from; next += static_cast<size_t>(characters.step(text + next)))
             words_[next / 64] |= std::uint64_t{1} << next % 64;
-            next += static_cast<size_t>(characters.step(text + next));
-        }
     }
-    std::uint64_t& last = words_[size / 64];
-    last &= ~std::uint64_t{} >> (63 - size % 64);
-    (&last)[1] = 0;
-    next = (last >> size % 64 & 1) != 0 ? 0 : next - size;
+    next -= size;
+    std::uint64_t* const last = words_ + size / 64;
+    const std::uint64_t behind = std::uint64_t{1} << size % 64;
+    last[0] = (size % 64 == 0 ? 0 : last[0] & (behind - 1)) | (next == 0 ? behind : 0);
+    last[1] = 0;
 }
 
 size_t whole_characters(const char* block, size_t n, int code_set) {

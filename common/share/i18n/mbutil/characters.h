@@ -42,8 +42,9 @@ inline size_t part_of(const Byte* text, size_t most = kPart) {
 // The bytes of a part that begin characters.
 class Starts {
 public:
-    // Marks so many bytes, less than a part, and the one behind them, which is there as well.
-    // `next` is the first boundary; on return the first one from there on, counted from there.
+    // Marks so many bytes, a part at most, and whether the one behind them, which is there as well,
+    // begins a character. `next` is the first boundary; on return the first one from there on,
+    // counted from there.
     void mark(const Characters& characters, const Byte* text, size_t size, size_t& next);
 
     // Of 64 bytes, the lowest bit for the first.
@@ -54,7 +55,7 @@ public:
     }
 
 private:
-    std::uint64_t words_[kPart / 64 + 1];
+    std::uint64_t words_[kPart / 64 + 2];
 };
 
 // How many of the n bytes of a block, n at least 1, belong to whole characters: less than n when

@@ -25,7 +25,7 @@ unsigned change_all(char* s, LetterCase change) {
     size_t next = 0;
     size_t size = 0;
     for (Byte* p = zv::as_bytes(s); p != end; p += size) {
-        size = std::min(static_cast<size_t>(end - p), zv::kPart - 1);
+        size = std::min(static_cast<size_t>(end - p), zv::kPart);
         starts.mark(zv::current_characters(), p, size, next);
         for (size_t i = 0; i < size; i += 64) {
             // Run by run.

@@ -45,18 +45,22 @@ void Kernels::mark_starts(const Byte* text, size_t size, size_t& from, size_t& n
                           std::uint64_t* starts) {
     using Trails = RangedBytes<kPairs.trails>;
     std::uint64_t carried = next - from; // 1 behind a lead byte
+    std::uint64_t leads = 0;
     size_t i = from;
     for (; i < size; i += 64) {
         const Word bytes = load(text + i, size - i);
         if (find_in(bytes, RangedBytes<kSingleShifts<kPairs>>::find) != 0)
             break;
-        const std::uint64_t could_lead = find_in(bytes, RangedBytes<kPairs.leads>::find);
-        const std::uint64_t leads = every_other(could_lead & ~carried);
+        leads = every_other(find_in(bytes, RangedBytes<kPairs.leads>::find) & ~carried);
         starts[i / 64] = ~((leads << 1 | carried) & find_in(bytes, Trails::find));
         carried = leads >> 63;
     }
+    if (i >= size) {
+        i = size;
+        carried = leads >> (size - 1) % 64 & 1;
+    }
     from = i;
-    next = i >= size ? size : i + (carried != 0 && Trails::has(text[i]));
+    next = i + (carried != 0 && Trails::has(text[i]));
 }
 
 template <>
