@@ -79,7 +79,7 @@ constexpr ByteRanges find_ranges() {
     return ranges;
 }
 
-// What the regular characters of a code set are made of, and what no other characters begin with.
+// What the regular characters of a code set are made of.
 struct PairRanges {
     ByteRanges leads, trails, firsts;
 };
@@ -129,6 +129,7 @@ struct RangedBytes {
             }
             all = most <= width(0);
         } else {
+#pragma GCC unroll 1
             for (size_t i = 0; i < size; i += kBlockSize)
                 all &= marks(load_block(text + i));
         }
@@ -137,48 +138,6 @@ struct RangedBytes {
 };
 template <bool (*Holds)(Byte)>
 using ByteClass = RangedBytes<find_ranges<Holds>()>;
-template <class Scanner>
-using LeadsOf = RangedBytes<kPairsOf<Scanner>.leads>;
-
-// Where the run of regular lead bytes begins that ends at p, not before `first`.
-template <ByteRanges kLeads>
-ZVUTIL_WIDEST_INLINE const Byte* run_of_leads(const Byte* first, const Byte* p) {
-    using Leads = RangedBytes<kLeads>;
-    constexpr ptrdiff_t kAtOnce = 8 * kBlockSize;
-    const Byte* const end = p;
-    while (static_cast<size_t>(p - first) >= kBlockSize) {
-        const Mask leads = Leads::find(load_block(p - kBlockSize));
-        if (leads != kAllMarked)
-            return p - kBlockSize + std::bit_width(~leads & kAllMarked);
-        p -= kBlockSize;
-        while (p - first >= kAtOnce && Leads::template are_all<kAtOnce>(p - kAtOnce))
-            p -= kAtOnce;
-    }
-    if (p != end && p != first) { // the rest is the front of a block
-        const Mask rest = kAllMarked >> (kBlockSize - static_cast<size_t>(p - first));
-        return first + std::bit_width(~Leads::find(load_block(first)) & rest);
-    }
-    while (p != first && Leads::has(p[-1]))
-        --p;
-    return p;
-}
-
-// Steps over windows of well-formed regular text, so much of which is there. Gives a boundary.
-template <PairRanges kPairs>
-inline const Byte* skip_well_formed(const Byte* p, size_t left) {
-    LeadWalk walk;
-    for (; left >= kWindow; left -= kWindow, p += kWindow) {
-        const Window bytes = load_window(p);
-        const LongMask carried = walk.carried();
-        walk.enter(find_in(bytes, RangedBytes<kPairs.leads>::find));
-        const LongMask behind = walk.behind_leads();
-        const LongMask firsts = find_in(bytes, RangedBytes<kPairs.firsts>::find);
-        const LongMask trails = find_in(bytes, RangedBytes<kPairs.trails>::find);
-        if (((behind & trails) | (~behind & firsts)) != kAllOfWindow)
-            return p - carried;
-    }
-    return p - walk.carried();
-}
 
 } // namespace ZVUTIL_LANES
 } // namespace zv

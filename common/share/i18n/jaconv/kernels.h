@@ -484,17 +484,21 @@ constexpr Bits every_other(Bits runs) {
     return (((runs << 1 | kOdd) - runs) ^ kOdd) & runs;
 }
 
-// The lead bytes of window after window, where what stands behind a lead byte is its trail byte
-// whatever it is.
-class LeadWalk {
+// The lead bytes of window after window of a size, where what stands behind a lead byte is its
+// trail byte whatever it is.
+template <size_t kSize>
+class LeadWalkOf {
 public:
+    // What comes before may end with a lead byte.
+    explicit LeadWalkOf(LongMask carried = 0) : carried_(carried) {}
+
     void enter(LongMask could_lead) {
         leads_ = every_other(could_lead & ~carried_);
-        behind_leads_ = places_behind(leads_, carried_);
+        behind_leads_ = (leads_ << 1 | carried_) & kAll;
         // The window's last run of possible leads says whether it ends with one; where it is the
         // whole window, what came before does. So windows rarely wait for each other.
-        if (could_lead != kAllOfWindow)
-            carried_ = static_cast<LongMask>(std::countl_one(could_lead << (64 - kWindow))) & 1;
+        if (could_lead != kAll)
+            carried_ = static_cast<LongMask>(std::countl_one(could_lead << (64 - kSize))) & 1;
     }
 
     LongMask leads() const { return leads_; }
@@ -503,10 +507,13 @@ public:
     LongMask carried() const { return carried_; }
 
 private:
+    static constexpr LongMask kAll = first_long_bits(kSize);
+
     LongMask leads_ = 0;
     LongMask behind_leads_ = 0;
-    LongMask carried_ = 0;
+    LongMask carried_;
 };
+using LeadWalk = LeadWalkOf<kWindow>;
 
 } // namespace ZVUTIL_LANES
 } // namespace zv

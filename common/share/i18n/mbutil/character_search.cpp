@@ -4,6 +4,17 @@
 
 namespace zv {
 
+const Byte* CharacterSearch::next() {
+    while (found_ == 0) {
+        if (64 * ++word_ >= size_ && !enter_next_part())
+            return nullptr;
+        found_ = words_found_[word_] & starts_.of_word(word_);
+    }
+    const Byte* const place = part_ + 64 * word_ + std::countr_zero(found_);
+    found_ &= found_ - 1;
+    return place;
+}
+
 // A part in which nothing looks like what is wanted needs no look at its characters.
 bool CharacterSearch::enter_next_part() {
     const auto find = widest([]<int Size> { return StringKernels<Size>::find; });

@@ -15,17 +15,7 @@ public:
         : characters_(characters), wanted_(wanted), boundary_(boundary), part_(text), end_(end) {}
 
     // The next place, or null. There may stand something else that is like what is wanted.
-    const Byte* next() {
-        while (found_ == 0) {
-            if (64 * ++word_ >= size_ && !enter_next_part())
-                return nullptr;
-            found_ = words_found_[word_] & starts_.of_word(word_);
-        }
-        const Byte* const place = part_ + 64 * word_ + std::countr_zero(found_);
-        found_ &= found_ - 1;
-        return place;
-    }
-
+    const Byte* next();
     // Where the text ends, behind the last place.
     const Byte* end() const { return part_; }
 

@@ -11,7 +11,7 @@ template <ByteRanges kLeads>
 [[gnu::noinline]] const Byte* run_before(const Byte* first, const Byte* p) {
     constexpr ptrdiff_t kNear = 128;
     const Byte* const near = p - first > kNear ? p - kNear : first;
-    const Byte* const run = run_of_leads<kLeads>(near, p);
+    const Byte* const run = StringKernels<16>::run_of_leads<kLeads>(near, p);
     if (run == first || run != near)
         return run;
     return widest([]<int Size> { return StringKernels<Size>::template run_of_leads<kLeads>; })(
@@ -44,6 +44,12 @@ void mark_starts(const Byte* text, size_t size, size_t& from, size_t& next, std:
         text, size, from, next, starts);
 }
 
+template <PairRanges kPairs>
+const Byte* skip_well_formed(const Byte* p, size_t left) {
+    return widest([]<int Size> { return StringKernels<Size>::template skip_well_formed<kPairs>; })(
+        p, left);
+}
+
 template <class Scanner>
 constexpr Characters kCharacters = {
     Scanner::kLongest,
@@ -53,6 +59,7 @@ constexpr Characters kCharacters = {
     last_boundary<Scanner>,
     run_before<kPairsOf<Scanner>.leads>,
     mark_starts<kPairsOf<Scanner>>,
+    skip_well_formed<kPairsOf<Scanner>>,
 };
 
 } // namespace

@@ -22,7 +22,9 @@ struct Characters {
     const Byte* (*last_boundary)(const Byte* first, const Byte* p, size_t readable);
     // Where the run of regular lead bytes begins that ends at p, not before `first`.
     const Byte* (*run_before)(const Byte* first, const Byte* p);
+    // As in StringKernels.
     MarkStarts* mark_starts;
+    SkipWellFormed* skip_well_formed;
 
     const Byte* last_boundary_in(const Byte* first, const Byte* p) const {
         return last_boundary(first, p, static_cast<size_t>(longest));

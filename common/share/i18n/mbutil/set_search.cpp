@@ -1,4 +1,3 @@
-#include <bitset>
 #include <cstring>
 
 #include "character_search.h"
@@ -26,16 +25,19 @@ size_t match_at(const Byte* p, const Byte* set, const Characters& characters) {
 }
 
 // The members of a large set, a bit for each character that there can be.
-template <bool HasPlanes>
 class Members {
 public:
     Members(const Byte* set, const Characters& characters) : characters_(characters) {
+        std::memset(words_, 0, characters.longest == 4 ? sizeof words_ : kPairs / 8);
         for (size_t length; *set != 0; set += length) {
             length = length_at(set, characters);
-            all_[number(set, length)] = true;
+            const size_t n = number(set, length);
+            words_[n / 64] |= std::uint64_t{1} << n % 64;
         }
     }
-    bool has(const Byte* p) const { return all_[*p] || all_[number(p, length_at(p, characters_))]; }
+    bool has(const Byte* p) const {
+        return has_number(p[0]) || has_number(number(p, length_at(p, characters_)));
+    }
 
 private:
     static constexpr size_t kPairs = 0x10000;
@@ -55,15 +57,15 @@ private:
             return kPairs + (((p[1] - 0xA2u) * kRow + p[2] - 0xA1) * kRow + p[3] - 0xA1);
         }
     }
+    bool has_number(size_t n) const { return (words_[n / 64] >> n % 64 & 1) != 0; }
 
     const Characters& characters_;
-    std::bitset<kPairs + (HasPlanes ? kPlanes * kRow * kRow : 0)> all_;
+    std::uint64_t words_[(kPairs + kPlanes * kRow * kRow) / 64 + 1];
 };
 
-template <bool HasPlanes>
 [[gnu::noinline]] const Byte* find_member_of_many(CharacterSearch& search, const Byte* set,
                                                   const Characters& characters) {
-    const Members<HasPlanes> members(set, characters);
+    const Members members(set, characters);
     const Byte* p = search.next();
     while (p != nullptr && !members.has(p))
         p = search.next();
@@ -87,9 +89,7 @@ SetMatch find_in_set(const Byte* s, const Byte* set) {
         return {offset, s[offset] != 0};
     }
     CharacterSearch search(characters, s, s, wanted);
-    const auto find_one_of_many =
-        characters.longest == 4 ? find_member_of_many<true> : find_member_of_many<false>;
-    const Byte* p = members > kLarge ? find_one_of_many(search, set, characters) : search.next();
+    const Byte* p = members > kLarge ? find_member_of_many(search, set, characters) : search.next();
     for (; p != nullptr; p = search.next()) {
         if (const size_t length = match_at(p, set, characters); length != 0)
             return {static_cast<size_t>(p - s), length};

@@ -11,7 +11,7 @@ template <PairRanges kPairs>
 constexpr ByteRanges kSingleShifts =
     kPairs.leads.first[0] > 0x8F ? ByteRanges{{kSingleShift2}, {0x8F}, 1} : ByteRanges{};
 
-// As many blocks as a word has bits for.
+// Text is looked through by as many bytes as a word has bits.
 constexpr size_t kWordBlocks = 64 / kBlockSize;
 using Word = std::array<ByteBlock, kWordBlocks>;
 inline Word load(const Byte* text, size_t left) {
@@ -44,35 +44,61 @@ template <PairRanges kPairs>
 void Kernels::mark_starts(const Byte* text, size_t size, size_t& from, size_t& next,
                           std::uint64_t* starts) {
     using Trails = RangedBytes<kPairs.trails>;
-    std::uint64_t carried = next - from; // 1 behind a lead byte
-    std::uint64_t leads = 0;
+    LeadWalkOf<64> walk(next - from);
     size_t i = from;
     for (; i < size; i += 64) {
         const Word bytes = load(text + i, size - i);
         if (find_in(bytes, RangedBytes<kSingleShifts<kPairs>>::find) != 0)
             break;
-        leads = every_other(find_in(bytes, RangedBytes<kPairs.leads>::find) & ~carried);
-        starts[i / 64] = ~((leads << 1 | carried) & find_in(bytes, Trails::find));
-        carried = leads >> 63;
+        walk.enter(find_in(bytes, RangedBytes<kPairs.leads>::find));
+        starts[i / 64] = ~(walk.behind_leads() & find_in(bytes, Trails::find));
     }
-    if (i >= size) {
-        i = size;
-        carried = leads >> (size - 1) % 64 & 1;
-    }
-    from = i;
-    next = i + (carried != 0 && Trails::has(text[i]));
+    from = std::min(i, size);
+    const std::uint64_t carried = i > size ? walk.leads() >> (size % 64 - 1) : walk.carried();
+    next = from + ((carried & 1) != 0 && Trails::has(text[from]));
 }
 
 template <>
 template <ByteRanges kLeads>
 const Byte* Kernels::run_of_leads(const Byte* first, const Byte* p) {
-    return zv::run_of_leads<kLeads>(first, p);
+    using Leads = RangedBytes<kLeads>;
+    constexpr ptrdiff_t kAtOnce = 8 * kBlockSize;
+    const Byte* const end = p;
+    while (static_cast<size_t>(p - first) >= kBlockSize) {
+        const Mask leads = Leads::find(load_block(p - kBlockSize));
+        if (leads != kAllMarked)
+            return p - kBlockSize + std::bit_width(~leads & kAllMarked);
+        p -= kBlockSize;
+        while (p - first >= kAtOnce && Leads::template are_all<kAtOnce>(p - kAtOnce))
+            p -= kAtOnce;
+    }
+    if (p != end && p != first) { // the rest is the front of a block
+        const Mask rest = kAllMarked >> (kBlockSize - static_cast<size_t>(p - first));
+        return first + std::bit_width(~Leads::find(load_block(first)) & rest);
+    }
+    while (p != first && Leads::has(p[-1]))
+        --p;
+    return p;
 }
 
 template <>
 template <PairRanges kPairs>
 const Byte* Kernels::skip_well_formed(const Byte* p, size_t left) {
-    return zv::skip_well_formed<kPairs>(p, left);
+    LeadWalkOf<64> walk;
+    for (; left != 0; p += 64, left -= 64) {
+        const Word bytes = load(p, left);
+        const std::uint64_t carried = walk.carried();
+        walk.enter(find_in(bytes, RangedBytes<kPairs.leads>::find));
+        const std::uint64_t behind = walk.behind_leads();
+        const std::uint64_t firsts = find_in(bytes, RangedBytes<kPairs.firsts>::find);
+        const std::uint64_t trails = find_in(bytes, RangedBytes<kPairs.trails>::find);
+        const std::uint64_t malformed = ~((behind & trails) | (~behind & firsts));
+        if (malformed == 0 && left >= 64)
+            continue;
+        const bool is_end = left < 64 && malformed << (64 - left) == 0;
+        return is_end ? p + left - (walk.leads() >> (left - 1) & 1) : p - carried;
+    }
+    return p - walk.carried();
 }
 
 #define ZVUTIL_LEADS(Scanner)                                                                      \

@@ -49,15 +49,19 @@ struct StringKernels {
     static void mark_starts(const Byte* text, size_t size, size_t& from, size_t& next,
                             std::uint64_t* starts);
 
-    // As in character_blocks.h.
+    // Where the run of regular lead bytes begins that ends at p, not before `first`.
     template <ByteRanges kLeads>
     static const Byte* run_of_leads(const Byte* first, const Byte* p);
+
+    // Steps over words of well-formed regular characters, so many bytes of which are there. Gives a
+    // boundary.
     template <PairRanges kPairs>
     static const Byte* skip_well_formed(const Byte* p, size_t left);
 };
 
 using MarkStarts = void(const Byte* text, size_t size, size_t& from, size_t& next,
                         std::uint64_t* starts);
+using SkipWellFormed = const Byte*(const Byte* p, size_t left);
 
 } // namespace zv
 

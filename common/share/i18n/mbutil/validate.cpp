@@ -1,9 +1,7 @@
 #include <cctype>
 #include <cstring>
 
-#include "../jaconv/kernel_choice.h"
 #include "characters.h"
-#include "scanner_choice.h"
 
 namespace {
 
@@ -14,38 +12,26 @@ bool passes_printable(Byte byte) {
     return printable != 0 || std::isspace(byte) != 0;
 }
 
-template <zv::PairRanges kPairs>
-[[gnu::noinline]] const Byte* skip_well_formed_part(const Byte* p) {
-    constexpr size_t kWide = 128; // what wide blocks leave over costs more
-    const size_t left = zv::part_of(p);
-    const auto skip = [&]<int Size> {
-        return zv::StringKernels<Size>::template skip_well_formed<kPairs>;
-    };
-    return (left < kWide ? skip.template operator()<16>() : zv::widest(skip))(p, left);
-}
-
 // Whether every character is well formed; the position of the first that is not goes to badpos.
 int validate(const char* s, unsigned* badpos, int code_set) {
-    return zv::with_scanner(code_set, [&](auto scanner) {
-        using Scanner = decltype(scanner);
-        const Byte* text = zv::as_bytes(s);
-        for (const Byte* p = text;;) {
-            const Byte* const before = p;
-            p = skip_well_formed_part<zv::kPairsOf<Scanner>>(p);
-            if (p - before >= static_cast<ptrdiff_t>(zv::kPart / 2))
-                continue;
-            for (size_t n = 0; n < zv::kBlockSize; ++n) {
-                if (*p == 0)
-                    return 1;
-                const int length = zv::scan<Scanner>(p, Scanner::kLongest);
-                if (length < 1) {
-                    *badpos = static_cast<unsigned>(p - text);
-                    return 0;
-                }
-                p += length;
+    const zv::Characters& characters = zv::characters_of(code_set);
+    for (const char* p = s;;) {
+        const char* const before = p;
+        const Byte* const text = zv::as_bytes(p);
+        p = zv::as_text(characters.skip_well_formed(text, zv::part_of(text)));
+        if (p - before >= static_cast<ptrdiff_t>(zv::kPart / 2))
+            continue;
+        for (size_t n = 0; n < zv::kBlockSize; ++n) {
+            if (*p == '\0')
+                return 1;
+            const int length = mblenExt(p, static_cast<unsigned>(characters.longest), code_set);
+            if (length < 1) {
+                *badpos = static_cast<unsigned>(p - s);
+                return 0;
             }
+            p += length;
         }
-    });
+    }
 }
 
 // The same where every one-byte character is to pass a check too.
