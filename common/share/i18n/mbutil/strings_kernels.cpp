@@ -3,6 +3,7 @@
 #include "strings_kernels.h"
 
 namespace zv {
+namespace {
 
 using Kernels = StringKernels<kBlockSize>;
 
@@ -17,6 +18,8 @@ using Word = std::array<ByteBlock, kWordBlocks>;
 inline Word load(const Byte* text, size_t left) {
     return load_window_up_to<kWordBlocks>(text, left);
 }
+
+} // namespace
 
 template <>
 bool Kernels::find(const Byte* text, size_t size, const Wanted& wanted, std::uint64_t* found) {
