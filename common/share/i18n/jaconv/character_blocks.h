@@ -99,41 +99,12 @@ struct RangedBytes {
             any |= in_range(byte, kRanges.first[i], kRanges.last[i]);
         return any;
     }
-    // Marks those of a block by all bits.
-    static SignedByteBlock marks(ByteBlock bytes) {
-        SignedByteBlock marks{};
-#pragma GCC unroll 4
-        for (size_t i = 0; i < kRanges.count; ++i)
-            marks |= bytes - kRanges.first[i] <= width(i);
-        return marks;
-    }
     static Mask find(ByteBlock bytes) {
         Mask found = 0;
 #pragma GCC unroll 4
         for (size_t i = 0; i < kRanges.count; ++i)
             found |= range_mask(bytes, kRanges.first[i], kRanges.last[i]);
         return found;
-    }
-    static constexpr Byte width(size_t i) {
-        return static_cast<Byte>(kRanges.last[i] - kRanges.first[i]);
-    }
-    template <size_t size>
-    static bool are_all(const Byte* text) {
-        auto all = ~SignedByteBlock{};
-        if constexpr (kRanges.count == 1) { // one comparison does
-            ByteBlock most{};
-#pragma GCC unroll(kBlockSize > 16 ? 8 : 1)
-            for (size_t i = 0; i < size; i += kBlockSize) {
-                const ByteBlock above_first = load_block(text + i) - kRanges.first[0];
-                most = most > above_first ? most : above_first;
-            }
-            all = most <= width(0);
-        } else {
-#pragma GCC unroll 1
-            for (size_t i = 0; i < size; i += kBlockSize)
-                all &= marks(load_block(text + i));
-        }
-        return high_bits(all) == kAllMarked;
     }
 };
 template <bool (*Holds)(Byte)>

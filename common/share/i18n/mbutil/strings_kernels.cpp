@@ -19,6 +19,18 @@ inline Word load(const Byte* text, size_t left) {
     return load_window_up_to<kWordBlocks>(text, left);
 }
 
+// Whether all of so many bytes are in a range.
+template <size_t size, ByteRanges kRange>
+bool are_all(const Byte* text) {
+    ByteBlock most{};
+#pragma GCC unroll(kBlockSize > 16 ? 8 : 1)
+    for (size_t i = 0; i < size; i += kBlockSize) {
+        const ByteBlock above_first = load_block(text + i) - kRange.first[0];
+        most = most > above_first ? most : above_first;
+    }
+    return range_mask(most, 0, kRange.last[0] - kRange.first[0]) == kAllMarked;
+}
+
 } // namespace
 
 template <>
@@ -64,24 +76,20 @@ void Kernels::mark_starts(const Byte* text, size_t size, size_t& from, size_t& n
 template <>
 template <ByteRanges kLeads>
 const Byte* Kernels::run_of_leads(const Byte* first, const Byte* p) {
-    using Leads = RangedBytes<kLeads>;
     constexpr ptrdiff_t kAtOnce = 8 * kBlockSize;
-    const Byte* const end = p;
+    const bool has_block = static_cast<size_t>(p - first) >= kBlockSize;
     while (static_cast<size_t>(p - first) >= kBlockSize) {
-        const Mask leads = Leads::find(load_block(p - kBlockSize));
+        const Mask leads = RangedBytes<kLeads>::find(load_block(p - kBlockSize));
         if (leads != kAllMarked)
             return p - kBlockSize + std::bit_width(~leads & kAllMarked);
         p -= kBlockSize;
-        while (p - first >= kAtOnce && Leads::template are_all<kAtOnce>(p - kAtOnce))
+        while (kLeads.count == 1 && p - first >= kAtOnce && are_all<kAtOnce, kLeads>(p - kAtOnce))
             p -= kAtOnce;
     }
-    if (p != end && p != first) { // the rest is the front of a block
-        const Mask rest = kAllMarked >> (kBlockSize - static_cast<size_t>(p - first));
-        return first + std::bit_width(~Leads::find(load_block(first)) & rest);
-    }
-    while (p != first && Leads::has(p[-1]))
-        --p;
-    return p;
+    const auto left = static_cast<size_t>(p - first);
+    const ByteBlock front = has_block ? load_block(first) : load_front(first, left);
+    const Mask leads = RangedBytes<kLeads>::find(front);
+    return first + std::bit_width(~leads & first_bits(left));
 }
 
 template <>
