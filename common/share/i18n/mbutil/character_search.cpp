@@ -31,9 +31,9 @@ bool CharacterSearch::enter_next_part() {
         if (boundary_ < part_)
             boundary_ += characters_.step(boundary_);
     }
-    auto next = static_cast<size_t>(boundary_ - part_);
-    starts_.mark(characters_, part_, size_, next);
-    boundary_ = part_ + size_ + next;
+    auto first = static_cast<size_t>(boundary_ - part_);
+    starts_.mark(characters_, part_, size_, first);
+    boundary_ = part_ + size_ + first;
     word_ = 0;
     return true;
 }

@@ -103,10 +103,10 @@ const Byte* Kernels::skip_well_formed(const Byte* p, size_t left) {
         const std::uint64_t behind = walk.behind_leads();
         const std::uint64_t firsts = find_in(bytes, RangedBytes<kPairs.firsts>::find);
         const std::uint64_t trails = find_in(bytes, RangedBytes<kPairs.trails>::find);
-        const std::uint64_t malformed = ~((behind & trails) | (~behind & firsts));
-        if (malformed == 0 && left >= 64)
+        const std::uint64_t well_formed = (behind & trails) | (~behind & firsts);
+        if (well_formed == ~std::uint64_t{} && left >= 64)
             continue;
-        const bool is_end = left < 64 && malformed << (64 - left) == 0;
+        const bool is_end = left < 64 && ~well_formed << (64 - left) == 0;
         return is_end ? p + left - (walk.leads() >> (left - 1) & 1) : p - carried;
     }
     return p - walk.carried();
