@@ -37,14 +37,14 @@ TEST(Characters, OfEveryFirstByteAndCodeSet) {
 }
 
 TEST(Strings, NoTrailByteIsFound) {
-    const std::string padding(15, '!');
+    const std::string padding(63, '!');
     for (const Rules& rules : kRules) {
         InitMbutilExt(rules.code_set);
         for (int pair = 0x8001; pair <= 0xFFFF; ++pair) {
             const char lead = char(pair >> 8), trail = char(pair);
             if (trail == 0 || trail == lead || trail == '!') continue;
             const bool whole = length_by_rules(rules, {lead, trail}, rules.longest) == 2;
-            // Alone, and across the border of two blocks.
+            // Alone, and across the border of two words of 64 bytes.
             for (const std::string& before : {std::string(), padding}) {
                 std::string text = before + lead + trail;
                 const size_t at = before.size() + 1, end = text.size();

@@ -16,7 +16,7 @@ public:
 
     // The next place, or null. There may stand something else that is like what is wanted.
     const Byte* next();
-    // Where the text ends, behind the last place.
+    // Where the text ends, once there is none.
     const Byte* end() const { return part_; }
 
 private:
@@ -27,7 +27,7 @@ private:
     const Byte* boundary_; // the first one behind the part that was marked last
     const Byte* part_;
     size_t size_ = 0;
-    size_t most_ = 16; // the part has at most so many bytes; the first one will have more
+    size_t most_ = 16; // bytes of the part; the next one has four times as many
     const Byte* const end_;
     size_t word_ = 0;
     std::uint64_t found_ = 0; // of the word
