@@ -91,14 +91,20 @@ TEST(Strings, OneByteCharactersAreChangedAndCheckedAsTheLocaleSays) {
     for (const int code_set : kCodeSets) {
         InitMbutilExt(code_set);
         for (int byte = 1; byte < 256; ++byte) {
-            const std::string tail(20, '!'), many(37, char(byte));
-            for (const std::string& text : {"a" + many, std::string(15, '!') + char(byte) + tail})
+            const std::string part(1023, '!'), tail(20, '!'), many(37, char(byte));
+            for (const std::string& text : {"a" + many, part + char(byte) + tail, part + many})
                 StringProperties<GuardedText, GuardedRoom>::changes(text, "", code_set, same);
         }
     }
     ASSERT_TRUE(setlocale(LC_ALL, "tr_TR.ISO8859-9")) << "where i is the small letter of DD";
     InitMbutilExt(ZV_EUC);
     EXPECT_NE(mbstricmp("a\xDD\xA1", "ai\xA1"), 0) << "a character of two is no letter";
+}
+
+TEST(Strings, MalformedCharactersCompareAsFarAsAnnounced) {
+    InitMbutilExt(ZV_EUC);
+    EXPECT_EQ(mbstrnicmp("\x8F=\xA4\xA4=A", "\x8F=\xA4\xA4=a", 6), 0) << "behind whole ones";
+    EXPECT_LT(mbstrnicmp("\x8F=\xA4\xA4\x41", "\x8F=\xA4\xA4\x61", 5), 0) << "as a trail byte";
 }
 
 TEST(Strings, LongNeedlesAmongTheirLikenesses) {
