@@ -191,24 +191,6 @@ bool put_jis(Source& source, Byte*& out, JisMode& mode) {
 
 } // namespace
 
-Converted put_shift_jis_katakana_as_jis(Source source, Byte* out) {
-    for (; source.left() >= 1 && ShiftJisScanner::is_half_katakana(*source.next); ++source.next) {
-        const Code code = jis_from_katakana(*source.next);
-        out = put_pair(out, code.first, code.second);
-    }
-    return {source.next, out};
-}
-
-Converted put_euc_katakana_as_jis(Source source, Byte* out) {
-    for (; source.left() >= 2 && source.next[0] == kSingleShift2 &&
-           ShiftJisScanner::is_half_katakana(source.next[1]);
-         source.next += 2) {
-        const Code code = jis_from_katakana(source.next[1]);
-        out = put_pair(out, code.first, code.second);
-    }
-    return {source.next, out};
-}
-
 Converted shift_jis_to_euc(Source source, Byte* out) {
     const auto kernel = widest([]<int Size> { return JapaneseKernels<Size>::shift_jis_to_euc; });
     return convert_with(source, out, kernel, put_shift_jis_as_euc);

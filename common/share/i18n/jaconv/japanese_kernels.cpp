@@ -7,8 +7,21 @@
 
 #include "japanese_codes.h"
 #include "japanese_pairs.h"
+#include "katakana.h"
 
 namespace zv {
+
+// The JIS codes of the full-width characters of the half-width katakana; data alone, which all
+// sizes may share.
+inline constexpr auto kKatakanaInJis = [] {
+    std::array<BytePair, std::size(kFullWidth)> codes{};
+    for (size_t i = 0; i < codes.size(); ++i) {
+        const Code code = jis_from_shift_jis(kFullWidth[i].first, kFullWidth[i].second);
+        codes[i] = {static_cast<Byte>(code.first), static_cast<Byte>(code.second)};
+    }
+    return codes;
+}();
+
 namespace {
 
 Mask is_single_shift(ByteBlock bytes) {
@@ -21,59 +34,13 @@ Mask not_ascii(ByteBlock bytes) {
     return high_bits(bytes);
 }
 
-// What stands where in a window, or in a block.
-struct Marks {
-    LongMask leads, trails; // of characters that are converted
-    LongMask shifts;        // where EUC has a single shift
-    LongMask malformed;
-};
-
-// Between Shift-JIS and EUC half-width katakana gain or lose the single shift before them.
-struct ToEuc : ShiftJisToEucBytes {
-    template <size_t Blocks>
-    static Marks mark(const std::array<ByteBlock, Blocks>& bytes, LeadWalk& walk, LongMask) {
-        walk.enter(find_in(bytes, could_lead));
-        const LongMask leads = walk.leads(), trails = walk.behind_leads();
-        const LongMask katakana = find_in(bytes, could_be_katakana) & ~trails;
-        return {leads, trails, katakana,
-                (trails & ~find_in(bytes, could_trail)) |
-                    (find_in(bytes, not_ascii) & ~(leads | trails | katakana))};
-    }
-    template <auto put_kept>
-    static Byte* put(Byte* out, const ByteBlock& bytes, Mask taken, Mask shifts) {
-        const auto both = interleave(ByteBlock{} + kSingleShift2, bytes);
-        const auto kept = interleave_bits(shifts & taken, taken);
-        return put_kept(put_kept(out, both[0], kept[0]), both[1], kept[1]);
-    }
-};
-
-struct ToShiftJis : EucToShiftJisBytes {
-    template <size_t Blocks>
-    static Marks mark(const std::array<ByteBlock, Blocks>& bytes, LeadWalk& walk,
-                      LongMask shift_before) {
-        const LongMask gr = find_in(bytes, could_lead);
-        const LongMask single_shifts = find_in(bytes, is_single_shift);
-        walk.enter(gr | single_shifts);
-        const LongMask leads = walk.leads(), trails = walk.behind_leads();
-        const LongMask shifts = leads & single_shifts;
-        const LongMask katakana = places_behind(shifts, shift_before);
-        return {leads & ~shifts, trails & ~katakana, shifts,
-                (trails & ~gr) | (katakana & ~find_in(bytes, could_be_katakana)) |
-                    (find_in(bytes, not_ascii) & ~(leads | trails))};
-    }
-    template <auto put_kept>
-    static Byte* put(Byte* out, const ByteBlock& bytes, Mask taken, Mask shifts) {
-        return put_kept(out, bytes, taken & ~shifts);
-    }
-};
+ByteBlock unchanged(ByteBlock bytes) {
+    return bytes;
+}
 
 template <class From>
 Mask find_other_than_pairs(ByteBlock bytes) {
     return even_pairs(From::could_lead(bytes), From::could_trail(bytes)) ^ kAllMarked;
-}
-
-ByteBlock unchanged(ByteBlock bytes) {
-    return bytes;
 }
 
 // Converts the windows at the front of a source in which nothing else is found. Out of line, so
@@ -89,133 +56,417 @@ template <auto find_other, auto convert>
     return {source.next, out};
 }
 
-// What follows converts ASCII, two-byte characters and half-width katakana in any mixture, without
-// a branch for a character.
+constexpr size_t kEscapeSize = 3;
+
+Byte* switch_to(JisMode wanted, Byte* out, JisMode& mode) {
+    if (mode == wanted)
+        return out;
+    std::memcpy(out, wanted == JisMode::two_byte ? "\x1B$B" : "\x1B(J", kEscapeSize);
+    mode = wanted;
+    return out + kEscapeSize;
+}
+
+// What stands where in a window, or in a block.
+struct Marks {
+    LongMask leads, trails; // of two-byte characters
+    LongMask shifts;        // where EUC has a single shift, or JIS an escape sequence
+    LongMask others;        // what is not converted; where a trail byte should be, that byte
+};
+
+template <class From, size_t Blocks>
+inline Marks mark_pairs(const std::array<ByteBlock, Blocks>& bytes, LeadWalk& walk) {
+    walk.enter(find_in(bytes, From::could_lead));
+    const LongMask leads = walk.leads(), trails = walk.behind_leads();
+    return {leads, trails, 0,
+            (trails & ~find_in(bytes, From::could_trail)) |
+                (find_in(bytes, not_ascii) & ~(leads | trails))};
+}
+
+// The directions: what they mark beside pairs, how they write what they marked, and a character of
+// half-width katakana alone. `before` is what stands in the place before the first: a single shift,
+// or into JIS a pair.
+
+// Half-width katakana gain or lose the single shift before them.
+struct ToEuc : ShiftJisToEucBytes {
+    static constexpr bool kIntoJis = false;
+    template <size_t Blocks>
+    static Marks mark(const std::array<ByteBlock, Blocks>& bytes, LeadWalk& walk, LongMask) {
+        Marks marks = mark_pairs<ToEuc>(bytes, walk);
+        marks.shifts = find_in(bytes, could_be_katakana) & ~marks.trails;
+        marks.others &= ~marks.shifts;
+        return marks;
+    }
+    template <auto put_kept>
+    static Byte* put(Byte* out, const ByteBlock& bytes, Mask taken, Mask shifts, JisMode&) {
+        const auto both = interleave(ByteBlock{} + kSingleShift2, bytes);
+        const auto kept = interleave_bits(shifts & taken, taken);
+        return put_kept(put_kept(out, both[0], kept[0]), both[1], kept[1]);
+    }
+    static Byte* put_katakana(Byte* out, Byte katakana) {
+        return put_pair(out, kSingleShift2, katakana);
+    }
+};
+
+struct ToShiftJis : EucToShiftJisBytes {
+    static constexpr bool kIntoJis = false;
+    template <size_t Blocks>
+    static Marks mark(const std::array<ByteBlock, Blocks>& bytes, LeadWalk& walk, LongMask before) {
+        const LongMask gr = find_in(bytes, could_lead);
+        const LongMask single_shifts = find_in(bytes, is_single_shift);
+        walk.enter(gr | single_shifts);
+        const LongMask leads = walk.leads(), trails = walk.behind_leads();
+        const LongMask shifts = leads & single_shifts;
+        const LongMask katakana = places_behind(shifts, before);
+        return {leads & ~shifts, trails & ~katakana, shifts,
+                (trails & ~gr) | (katakana & ~find_in(bytes, could_be_katakana)) |
+                    (find_in(bytes, not_ascii) & ~(leads | trails))};
+    }
+    template <auto put_kept>
+    static Byte* put(Byte* out, const ByteBlock& bytes, Mask taken, Mask shifts, JisMode&) {
+        return put_kept(out, bytes, taken & ~shifts);
+    }
+    static Byte* put_katakana(Byte* out, Byte katakana) {
+        *out = katakana;
+        return out + 1;
+    }
+};
+
+// Half-width katakana are left to others, since there are few; they become full-width.
+template <class From>
+struct IntoJis : From {
+    static constexpr bool kIntoJis = true;
+    template <size_t Blocks>
+    static Marks mark(const std::array<ByteBlock, Blocks>& bytes, LeadWalk& walk, LongMask before) {
+        Marks marks = mark_pairs<From>(bytes, walk);
+        const LongMask pairs = marks.leads | marks.trails;
+        marks.shifts = pairs ^ places_behind(pairs, before);
+        return marks;
+    }
+    // Stores all that is left anew behind each escape sequence.
+    template <auto>
+    static Byte* put(Byte* out, const ByteBlock& bytes, Mask taken, Mask shifts, JisMode& mode) {
+        const auto put_escape = [&](size_t at) {
+            const bool in_pairs = mode == JisMode::two_byte;
+            out =
+                switch_to(in_pairs ? JisMode::single_byte : JisMode::two_byte, out + at, mode) - at;
+        };
+        if ((shifts & 1) != 0)
+            put_escape(0);
+        store_marked(out, bytes, taken);
+        for (shifts &= taken & ~Mask{1}; shifts != 0; shifts &= shifts - 1) {
+            put_escape(count_before(shifts));
+            store_marked(out, bytes, taken & -(shifts & -shifts));
+        }
+        return out + count_marked(taken);
+    }
+    static Byte* put_katakana(Byte* out, Byte katakana) {
+        const BytePair code = kKatakanaInJis[katakana - 0xA1];
+        return put_pair(out, code.first, code.second);
+    }
+};
+struct ShiftJisToJisBytes : ShiftJisToEucBytes {
+    static ByteBlock convert_pairs(ByteBlock bytes) {
+        return ShiftJisToEucBytes::convert_pairs(bytes) & 0x7F;
+    }
+    static ByteBlock lead(ByteBlock bytes, ByteBlock next) {
+        return ShiftJisToEucBytes::lead(bytes, next) & 0x7F;
+    }
+    static ByteBlock trail(ByteBlock before, ByteBlock bytes) {
+        return ShiftJisToEucBytes::trail(before, bytes) & 0x7F;
+    }
+};
+struct EucToJisBytes : EucToShiftJisBytes {
+    static ByteBlock convert_pairs(ByteBlock bytes) { return bytes & 0x7F; }
+    static ByteBlock lead(ByteBlock bytes, ByteBlock) { return bytes & 0x7F; }
+    static ByteBlock trail(ByteBlock, ByteBlock bytes) { return bytes & 0x7F; }
+};
+
+// Reads text run by run, each of one kind, and writes it.
+class RunWriter {
+public:
+    RunWriter(Source source, Byte* out, JisMode mode) : source_(source), out_(out), mode_(mode) {}
+
+    Converted converted() const { return {source_.next, out_}; }
+    JisMode mode() const { return mode_; }
+
+protected:
+    // Takes windows in which a run goes on.
+    template <auto find_other, auto convert>
+    void take_windows() {
+        const Converted front = convert_windows<find_other, convert>(source_, out_);
+        source_.next = front.read;
+        out_ = front.written;
+    }
+
+    Source source_;
+    Byte* out_;
+    JisMode mode_;
+};
+
+// Takes runs of ASCII, of pairs and of half-width katakana, which serves narrow vectors best.
+template <class Direction>
+class RunConverter : public RunWriter {
+public:
+    using RunWriter::RunWriter;
+
+    // Stops at what is left to the rule.
+    void convert() {
+        while (source_.next != source_.end && take_run()) {
+        }
+    }
+
+    // False where there are none.
+    bool take_katakana() {
+        constexpr size_t kSize = Direction::kKatakanaSize;
+        const Byte* const start = source_.next;
+        for (; source_.left() >= kSize && (kSize == 1 || *source_.next == kSingleShift2) &&
+               in_range(source_.next[kSize - 1], 0xA1, 0xDF);
+             source_.next += kSize) {
+            switch_to(JisMode::two_byte);
+            out_ = Direction::put_katakana(out_, source_.next[kSize - 1]);
+        }
+        return source_.next != start;
+    }
+
+private:
+    // With so much left of the source a whole block may be stored, as half-width katakana of EUC
+    // alone become shorter, in Shift-JIS by half.
+    static constexpr size_t kSafe =
+        Direction::kIntoJis || Direction::kKatakanaSize == 1 ? kBlockSize : 2 * kBlockSize;
+
+    bool take_run() {
+        if (*source_.next >= 0x80) {
+            if (source_.left() < 2 || !Direction::is_pair(source_.next[0], source_.next[1]))
+                return take_katakana();
+            switch_to(JisMode::two_byte);
+            take<find_other_than_pairs<Direction>, Direction::convert_pairs>();
+            return true;
+        }
+        switch_to(JisMode::single_byte);
+        // What follows a line end need not wait for a block.
+        if (source_.left() > 1 && source_.next[1] >= 0x80)
+            *out_++ = *source_.next++;
+        else
+            take<not_ascii, unchanged>();
+        return true;
+    }
+
+    template <auto find_other, auto convert>
+    void take() {
+        while (source_.next != source_.end) {
+            const size_t left = source_.left();
+            const ByteBlock bytes = load_up_to(source_.next, left);
+            const ByteBlock converted = convert(bytes);
+            const Mask other = find_other(bytes);
+            if (other == 0 && left >= kSafe) [[likely]] {
+                store_block(out_, converted);
+                step(kBlockSize);
+                if constexpr (convert == unchanged)
+                    take_windows<find_other, convert>(); // ASCII is often long
+                continue;
+            }
+            const size_t plain = other != 0 ? count_before(other) : kBlockSize;
+            const size_t taken = std::min(plain, left);
+            if (left >= kSafe) [[likely]]
+                store_block(out_, converted);
+            else
+                store_front(out_, converted, taken);
+            step(taken);
+            if (plain < kBlockSize)
+                return;
+        }
+    }
+
+    void step(size_t length) {
+        source_.next += length;
+        out_ += length;
+    }
+
+    void switch_to(JisMode mode) {
+        if (Direction::kIntoJis)
+            out_ = zv::switch_to(mode, out_, mode_);
+    }
+};
+
+// What follows converts any mixture by windows, without a branch for a character.
+
+JisMode mode_of() {
+    return JisMode::single_byte;
+}
+JisMode mode_of(JisMode mode) {
+    return mode;
+}
 
 template <class Direction>
-Window convert_window(const Byte* text, const Window& bytes, LongMask leads, LongMask trails) {
+inline Window convert_window(const Byte* text, const Window& bytes, const Marks& marks) {
     Window converted;
 #pragma GCC unroll 4
     for (size_t i = 0; i < kBlocks; ++i) {
         const Byte* const at = text + i * kBlockSize;
-        converted[i] = choose(
-            mask_of_block(leads, i), Direction::lead(bytes[i], load_block(at + 1)),
-            mask_of_block(trails, i), Direction::trail(load_block(at - 1), bytes[i]), bytes[i]);
+        converted[i] =
+            choose(mask_of_block(marks.leads, i), Direction::lead(bytes[i], load_block(at + 1)),
+                   mask_of_block(marks.trails, i), Direction::trail(load_block(at - 1), bytes[i]),
+                   bytes[i]);
     }
     return converted;
 }
 
-// Converts windows of a source, of which a byte at least is converted and more than a window is
-// left. Stops on a boundary, where a window may hold something malformed or the end is near.
-template <class Direction>
-[[gnu::noinline]] Converted convert_mixed_windows(Source source, Byte* out) {
+template <class Direction, auto put_kept>
+inline Byte* put_window(Byte* out, const Window& converted, LongMask shifts, JisMode& mode) {
+#pragma GCC unroll 4
+    for (size_t i = 0; i < kBlocks; ++i)
+        out = Direction::template put<put_kept>(out, converted[i], kAllMarked,
+                                                mask_of_block(shifts, i), mode);
+    return out;
+}
+
+// Converts windows of ASCII and pairs, of which a byte at least is converted and more than a window
+// is left. Stops on a boundary, where a window may hold something else or the end is near.
+template <class Direction, class... Mode>
+[[gnu::noinline]] Converted convert_windows_of_pairs(Source source, Byte* out, Mode&... last_mode) {
+    JisMode mode = mode_of(last_mode...);
     LeadWalk walk;
-    LongMask shift_before = 0;
-    for (; source.left() > kWindow; source.next += kWindow) {
+    LongMask shifts = 0;
+    const auto go_on = [&](const Converted& front) {
+        source.next = front.read;
+        out = front.written;
+    };
+    while (source.left() > kWindow) {
         const Window bytes = load_window(source.next);
-        const LongMask high = find_in(bytes, not_ascii);
-        if ((high | walk.carried()) == 0) {
-            store_window(out, bytes, std::identity());
-            out += kWindow;
+        const bool in_pairs = mode == JisMode::two_byte;
+        if (walk.carried() == 0 && !in_pairs && find_in(bytes, not_ascii) == 0) {
+            go_on(convert_windows<not_ascii, unchanged>(source, out));
+            continue;
+        }
+        if (walk.carried() == 0 && in_pairs == Direction::kIntoJis &&
+            find_in(bytes, find_other_than_pairs<Direction>) == 0) [[likely]] {
+            if (Direction::kIntoJis) {
+                go_on(convert_windows<find_other_than_pairs<Direction>, Direction::convert_pairs>(
+                    source, out));
+                continue;
+            }
+            store_window(out, bytes, Direction::convert_pairs);
+            go_on({source.next + kWindow, out + kWindow});
             continue;
         }
         const LeadWalk before = walk;
-        const LongMask could_lead = find_in(bytes, Direction::could_lead);
-        const LongMask could_trail = find_in(bytes, Direction::could_trail);
-        walk.enter(could_lead);
-        const LongMask leads = walk.leads(), trails = walk.behind_leads();
-        const LongMask others = (trails & ~could_trail) | (high & ~(leads | trails));
-        if ((others | shift_before) == 0) [[likely]] {
-            store_window(out, convert_window<Direction>(source.next, bytes, leads, trails),
-                         std::identity());
-            out += kWindow;
-            continue;
-        }
-        // With katakana, far from the end.
-        walk = before;
-        const Marks marks = Direction::mark(bytes, walk, shift_before);
-        if (marks.malformed != 0 || source.left() < 2 * kWindow + 2 * kOvershoot) {
+        const Marks marks = Direction::kIntoJis ? Direction::mark(bytes, walk, in_pairs)
+                                                : mark_pairs<Direction>(bytes, walk);
+        if (marks.others != 0) {
             walk = before;
             break;
         }
-        const Window converted =
-            convert_window<Direction>(source.next, bytes, marks.leads, marks.trails);
-#pragma GCC unroll 4
-        for (size_t i = 0; i < kBlocks; ++i)
-            out = Direction::template put<put_kept>(out, converted[i], kAllMarked,
-                                                    mask_of_block(marks.shifts, i));
-        shift_before = marks.shifts >> (kWindow - 1);
+        const Window converted = convert_window<Direction>(source.next, bytes, marks);
+        source.next += kWindow;
+        shifts = marks.shifts;
+        if (shifts != 0) {
+            out = put_window<Direction, put_kept_alone>(out, converted, shifts, mode);
+        } else {
+            store_window(out, converted, std::identity());
+            out += kWindow;
+        }
     }
     // A character that reaches into what follows is left.
+    const LongMask cut = walk.carried();
+    if ((shifts >> (kWindow - 1) & cut) != 0) {
+        out -= kEscapeSize;
+        mode = JisMode::single_byte;
+    }
+    ((last_mode = mode), ...);
+    return {source.next - cut, out - cut};
+}
+
+// The same with half-width katakana in each window, far from the end.
+template <class Direction>
+[[gnu::noinline]] Converted convert_windows_with_katakana(Source source, Byte* out) {
+    LeadWalk walk, before;
+    Marks marks{};
+    LongMask shift_before = 0;
+    JisMode none = JisMode::single_byte;
+    do {
+        if (source.left() < 2 * kWindow + 2 * kOvershoot)
+            break;
+        const Window bytes = load_window(source.next);
+        before = walk;
+        marks = Direction::mark(bytes, walk, shift_before);
+        if (marks.others != 0) {
+            walk = before;
+            break;
+        }
+        const Window converted = convert_window<Direction>(source.next, bytes, marks);
+        out = put_window<Direction, put_kept>(out, converted, marks.shifts, none);
+        shift_before = marks.shifts >> (kWindow - 1);
+        source.next += kWindow;
+    } while (marks.shifts != 0);
     return {source.next - walk.carried(), out - (walk.carried() & ~shift_before)};
 }
 
-template <class Direction>
-ZVUTIL_WIDEST_INLINE Byte* put_front(Byte* out, const ByteBlock& converted, size_t length,
-                                     Mask shifts) {
-    const auto taken = static_cast<Mask>(first_long_bits(length));
-    return Direction::template put<put_kept_alone>(out, converted, taken, shifts);
-}
-
-// Converts up to a block from a boundary on; nothing of what is left to the rule.
-template <class Direction>
-inline Converted convert_block(Source source, Byte* out) {
+// Converts up to a block from a boundary on; nothing of what is left to the rule. Out of line,
+// since the constants of a loop would cost too much where a block is the whole of most texts.
+template <class Direction, class... Mode>
+[[gnu::noinline]] Converted convert_block(Source source, Byte* out, Mode&... last_mode) {
+    JisMode mode = mode_of(last_mode...);
+    const bool in_pairs = mode == JisMode::two_byte;
     const size_t length = std::min(source.left(), kBlockSize);
     const ByteBlock bytes = load_up_to(source.next, length);
-    const LongMask all = first_long_bits(length);
+    const LongMask behind = ~first_long_bits(length);
     ByteBlock converted = bytes;
     size_t taken = length;
-    const bool is_ascii = not_ascii(bytes) == 0;
-    if (!is_ascii && (find_other_than_pairs<Direction>(bytes) & all) == 0) {
+    Marks marks{};
+    if (not_ascii(bytes) == 0) {
+        marks.shifts = in_pairs;
+    } else if ((find_other_than_pairs<Direction>(bytes) & ~behind) == 0) {
         converted = Direction::convert_pairs(bytes);
-    } else if (!is_ascii) {
+        marks.shifts = in_pairs != Direction::kIntoJis;
+    } else {
         LeadWalk walk;
-        const Marks marks = Direction::mark(std::array{bytes}, walk, 0);
+        marks = Direction::mark(std::array{bytes}, walk, in_pairs);
+        taken = count_before(marks.others | behind);
+        if (taken != 0)
+            taken -= walk.leads() >> (taken - 1) & 1;
+        if (taken == 0)
+            return {source.next, out};
         converted = choose(
             static_cast<Mask>(marks.leads), Direction::lead(bytes, moved_back(bytes)),
             static_cast<Mask>(marks.trails), Direction::trail(moved_on(bytes), bytes), bytes);
-        const LongMask malformed = marks.malformed & all;
-        if (malformed != 0) [[unlikely]] {
-            taken = count_before(malformed);
-            taken -= static_cast<size_t>(walk.behind_leads() >> taken & 1);
-        } else {
-            taken -= static_cast<size_t>(walk.leads() >> (length - 1) & 1);
-        }
-        if (taken == 0)
-            return {source.next, out};
-        if (marks.shifts != 0)
-            return {source.next + taken,
-                    put_front<Direction>(out, converted, taken, static_cast<Mask>(marks.shifts))};
     }
-    // What a lead byte at the end becomes has room: something will come of it.
-    if (length == kBlockSize && taken + 1 >= kBlockSize)
+    source.next += taken;
+    const LongMask all = first_long_bits(taken);
+    if ((marks.shifts & all) != 0) {
+        out = Direction::template put<put_kept_alone>(out, converted, static_cast<Mask>(all),
+                                                      static_cast<Mask>(marks.shifts), mode);
+        ((last_mode = mode), ...);
+        return {source.next, out};
+    }
+    if (taken == kBlockSize)
         store_block(out, converted);
     else
         store_front(out, converted, taken);
-    return {source.next + taken, out + taken};
+    return {source.next, out + taken};
 }
 
-// Where a block is the whole of most texts, the constants of a loop would cost too much.
-template <class Direction>
-[[gnu::noinline]] Converted convert_block_apart(Source source, Byte* out) {
-    return convert_block<Direction>(source, out);
-}
-
-template <class Direction>
-ZVUTIL_WIDEST_INLINE Converted convert_mixed(Source source, Byte* out) {
-    while (source.next != source.end) {
-        Converted converted = kBlockSize == 64 ? convert_block_apart<Direction>(source, out)
-                                               : convert_block<Direction>(source, out);
-        if (converted.read == source.next)
+template <class Direction, class... Mode>
+[[gnu::noinline]] Converted convert_mixed(Source source, Byte* out, Mode&... mode) {
+    for (;;) {
+        Converted converted{source.next, out};
+        if (source.left() > kWindow) {
+            converted = convert_windows_of_pairs<Direction>(source, out, mode...);
+            source.next = converted.read;
+            if constexpr (!Direction::kIntoJis)
+                converted = convert_windows_with_katakana<Direction>(source, converted.written);
+            source.next = converted.read;
+            out = converted.written;
+        }
+        if (source.next == source.end)
             break;
-        source.next = converted.read;
-        out = converted.written;
-        if (source.left() <= kWindow)
-            continue;
-        if (kWindow == 64)
-            converted = convert_mixed_windows<Direction>(source, out);
-        else if (*source.next < 0x80)
-            converted = convert_windows<not_ascii, unchanged>(source, out);
+        converted = convert_block<Direction>(source, out, mode...);
+        if (converted.read == source.next) {
+            RunConverter<Direction> run(source, out, mode_of(mode...));
+            if (!run.take_katakana())
+                break;
+            converted = run.converted();
+            ((mode = run.mode()), ...);
+        }
         source.next = converted.read;
         out = converted.written;
     }
@@ -245,164 +496,36 @@ ZVUTIL_WIDEST_INLINE bool convert_short_text(Source source, Byte* out) {
     return true;
 }
 
-// Reads text that a decoder or an encoder of JIS takes run by run, and writes it.
-class RunWriter {
-public:
-    RunWriter(Source source, Byte* out, JisMode mode) : source_(source), out_(out), mode_(mode) {}
-
-    Converted converted() const { return {source_.next, out_}; }
-    JisMode mode() const { return mode_; }
-
-protected:
-    static constexpr size_t kEscapeSize = 3;
-
-    // Takes windows in which a run goes on.
-    template <auto find_other, auto convert>
-    void take_windows() {
-        const Converted front = convert_windows<find_other, convert>(source_, out_);
-        source_.next = front.read;
-        out_ = front.written;
-    }
-
-    Source source_;
-    Byte* out_;
-    JisMode mode_;
-};
-
-// What an encoder takes.
-struct FromShiftJis : ShiftJisToEucBytes {
-    static ByteBlock to_jis(ByteBlock bytes) { return convert_pairs(bytes) & 0x7F; }
-    static constexpr auto put_katakana = put_shift_jis_katakana_as_jis;
-};
-struct FromEuc : EucToShiftJisBytes {
-    static ByteBlock to_jis(ByteBlock bytes) { return bytes & 0x7F; }
-    static constexpr auto put_katakana = put_euc_katakana_as_jis;
-};
-
-// Encodes ASCII, two-byte characters and half-width katakana. JIS text is never shorter, so a whole
-// block may be stored wherever a whole block of the source is left.
-template <class From>
-class JisEncoder : public RunWriter {
-public:
-    using RunWriter::RunWriter;
-
-    // Stops at what is left to the rule.
-    void encode() {
-        if (kBlockSize >= 32 && take_short_pairs())
-            return;
-        LeadWalk walk;
-        for (const Byte* start = source_.next; start != source_.end;) {
-            const auto length = std::min(static_cast<size_t>(source_.end - start), kWindow);
-            const Window bytes = load_window_up_to(start, length);
-            const LongMask high = find_in(bytes, not_ascii);
-            LongMask pairs = 0, others = 0;
-            if ((high | walk.carried()) != 0) {
-                const LongMask could_lead = find_in(bytes, From::could_lead);
-                const LongMask could_trail = find_in(bytes, From::could_trail);
-                pairs = even_pairs(could_lead, could_trail);
-                if (walk.carried() != 0 || pairs != first_long_bits(length)) {
-                    walk.enter(could_lead);
-                    pairs = walk.leads() | walk.behind_leads();
-                    // Behind a short text stand zeros, which are no trail bytes.
-                    others = (walk.behind_leads() & ~could_trail) | (high & ~pairs);
-                }
-            }
-            const Byte* const stop = start + (others != 0 ? count_before(others) : length);
-            const bool is_end = others != 0 || stop == source_.end;
-            LongMask ends = (pairs ^ places_behind(pairs, in_pairs_)) & ((others & -others) - 1);
-            // A run that goes on is taken with what follows, or else by windows.
-            const bool is_long =
-                ends == 0 && stop - source_.next >= static_cast<ptrdiff_t>(kWindow);
-            while (ends != 0 || is_end || is_long) {
-                take_run(ends != 0 ? start + count_before(ends) : stop);
-                if (ends == 0)
-                    break;
-                in_pairs_ = !in_pairs_;
-                ends &= ends - 1;
-            }
-            if (is_end) {
-                if (!take_katakana())
-                    return;
-            } else if (!is_long) {
-                start = stop;
-                continue;
-            } else if (in_pairs_) {
-                take_windows<find_other_than_pairs<From>, From::to_jis>();
-            } else {
-                take_windows<not_ascii, unchanged>();
-            }
-            start = source_.next;
-            walk = LeadWalk();
+template <class Direction, class... Mode>
+Converted convert(Source source, Byte* out, Mode&... mode) {
+    // The one block of 64 bytes looks for pairs itself.
+    if (kBlockSize == 32 || (kBlockSize == 64 && Direction::kIntoJis)) {
+        const size_t length = source.left();
+        const bool has_escape = Direction::kIntoJis && mode_of(mode...) == JisMode::single_byte;
+        Byte* const start = out + (has_escape ? kEscapeSize : 0);
+        if (length != 0 && length % 2 == 0 &&
+            convert_short_text<find_other_than_pairs<Direction>, Direction::convert_pairs>(source,
+                                                                                           start)) {
+            (switch_to(JisMode::two_byte, out, mode), ...);
+            return {source.end, start + length};
         }
     }
-
-private:
-    // Takes a short text of nothing but pairs.
-    bool take_short_pairs() {
-        const size_t length = source_.left();
-        const size_t escape = mode_ == JisMode::two_byte ? 0 : kEscapeSize;
-        if (length == 0 || length % 2 != 0 ||
-            !convert_short_text<find_other_than_pairs<From>, From::to_jis>(source_, out_ + escape))
-            return false;
-        switch_to(JisMode::two_byte);
-        source_.next = source_.end;
-        out_ += length;
-        return true;
-    }
-
-    // Takes the run up to an end. A character that reaches beyond the end is left.
-    void take_run(const Byte* end) {
-        const Byte* from = source_.next;
-        if (in_pairs_ && (end - from) % 2 != 0) [[unlikely]]
-            --end;
-        source_.next = end;
-        if (from == end)
-            return;
-        if (in_pairs_) {
-            switch_to(JisMode::two_byte);
-            put_run(from, end, From::to_jis);
-        } else {
-            switch_to(JisMode::single_byte);
-            put_run(from, end, std::identity());
+    if constexpr (kBlockSize == 64 || (kBlockSize == 32 && !Direction::kIntoJis)) {
+        if (source.left() - 1 < kBlockSize) {
+            const Converted converted = convert_block<Direction>(source, out, mode...);
+            if (converted.read == source.end)
+                return converted;
+            source.next = converted.read;
+            out = converted.written;
         }
+        return convert_mixed<Direction>(source, out, mode...);
+    } else {
+        RunConverter<Direction> runs(source, out, mode_of(mode...));
+        runs.convert();
+        ((mode = runs.mode()), ...);
+        return runs.converted();
     }
-    template <class Convert>
-    void put_run(const Byte* from, const Byte* end, Convert convert) {
-        for (size_t taken; from != end; from += taken) {
-            const auto left = static_cast<size_t>(source_.end - from);
-            taken = std::min(static_cast<size_t>(end - from), kBlockSize);
-            const ByteBlock converted = convert(load_up_to(from, left));
-            if (left >= kBlockSize)
-                store_block(out_, converted);
-            else
-                store_front(out_, converted, taken);
-            out_ += taken;
-        }
-    }
-
-    // Takes half-width katakana, as the rule does. False where there are none.
-    bool take_katakana() {
-        const size_t escape = mode_ == JisMode::two_byte ? 0 : kEscapeSize;
-        const Converted converted = From::put_katakana(source_, out_ + escape);
-        if (converted.read == source_.next)
-            return false;
-        switch_to(JisMode::two_byte);
-        source_.next = converted.read;
-        out_ = converted.written;
-        in_pairs_ = true;
-        return true;
-    }
-
-    void switch_to(JisMode mode) {
-        if (mode_ == mode)
-            return;
-        std::memcpy(out_, mode == JisMode::two_byte ? "\x1B$B" : "\x1B(J", kEscapeSize);
-        out_ += kEscapeSize;
-        mode_ = mode;
-    }
-
-    bool in_pairs_ = false; // the run that is not taken yet
-};
+}
 
 // What may end a run of pairs: line ends, the escape and what is no JIS, from 80 on. 7F is none
 // either, but the arithmetic is the same.
@@ -569,15 +692,6 @@ private:
 
 // The conversions of any text, out of line so that short ones need not prepare for them.
 
-template <class From>
-// NOLINTNEXTLINE(readability-non-const-parameter): a kernel has this type.
-[[gnu::noinline]] Converted encode(Source source, Byte* out, JisMode& mode) {
-    JisEncoder<From> encoder(source, out, mode);
-    encoder.encode();
-    mode = encoder.mode();
-    return encoder.converted();
-}
-
 template <bool to_euc>
 // NOLINTNEXTLINE(readability-non-const-parameter): a kernel has this type.
 [[gnu::noinline]] Converted decode(Source source, Byte* out, JisMode& mode) {
@@ -609,22 +723,23 @@ using Kernels = JapaneseKernels<kBlockSize>;
 
 template <>
 Converted Kernels::shift_jis_to_euc(Source source, Byte* out) {
-    return convert_text<convert_mixed<ToEuc>, not_ascii>(source, out);
+    return convert_text<convert<ToEuc>, not_ascii>(source, out);
 }
 
 template <>
 Converted Kernels::euc_to_shift_jis(Source source, Byte* out) {
-    return convert_text<convert_mixed<ToShiftJis>, not_ascii>(source, out);
+    return convert_text<convert<ToShiftJis>, not_ascii>(source, out);
 }
 
 template <>
 Converted Kernels::shift_jis_to_jis(Source source, Byte* out, JisMode& mode) {
-    return convert_text<encode<FromShiftJis>, not_ascii>(source, out, mode);
+    return convert_text<convert<IntoJis<ShiftJisToJisBytes>, JisMode>, not_ascii>(source, out,
+                                                                                  mode);
 }
 
 template <>
 Converted Kernels::euc_to_jis(Source source, Byte* out, JisMode& mode) {
-    return convert_text<encode<FromEuc>, not_ascii>(source, out, mode);
+    return convert_text<convert<IntoJis<EucToJisBytes>, JisMode>, not_ascii>(source, out, mode);
 }
 
 template <>

@@ -24,10 +24,6 @@ struct JapaneseKernels {
     static size_t count_euc_katakana(Source source);
 };
 
-// What their encoders leave to others: half-width katakana at the front of the source, as codes.
-Converted put_shift_jis_katakana_as_jis(Source source, Byte* out);
-Converted put_euc_katakana_as_jis(Source source, Byte* out);
-
 } // namespace zv
 
 #endif

@@ -37,6 +37,7 @@ constexpr ByteBlock pairs_of(unsigned first, unsigned second) {
 inline constexpr Byte kJoinLeads = 0x20;
 
 struct ShiftJisToEucBytes {
+    static constexpr size_t kKatakanaSize = 1;
     static ByteBlock convert_pairs(ByteBlock bytes) {
         using SignedPairs [[gnu::vector_size(kBlockSize)]] = short;
         const ByteBlock joined = bytes ^ pairs_of(kJoinLeads, 0);
@@ -48,6 +49,9 @@ struct ShiftJisToEucBytes {
     }
     static Mask could_lead(ByteBlock bytes) { return range_mask(bytes ^ kJoinLeads, 0xA1, 0xCF); }
     static Mask could_trail(ByteBlock bytes) { return range_mask(bytes, 0x40, 0xFC); }
+    static bool is_pair(Byte first, Byte second) {
+        return in_range(first ^ kJoinLeads, 0xA1, 0xCF) && in_range(second, 0x40, 0xFC);
+    }
     // The trail bytes of odd rows, below 9F, become negative, those of even rows do not.
     static SignedByteBlock row_sign(ByteBlock trail) { return as_signed(trail + 0x61); }
     static ByteBlock lead(ByteBlock bytes, ByteBlock next) {
@@ -100,7 +104,11 @@ private:
 };
 
 struct EucToShiftJisBytes : ToShiftJisBytes<0x80> {
+    static constexpr size_t kKatakanaSize = 2; // with the single shift
     static Mask could_lead(ByteBlock bytes) { return range_mask(bytes, 0xA1, 0xFE); }
+    static bool is_pair(Byte first, Byte second) {
+        return in_range(first, 0xA1, 0xFE) && in_range(second, 0xA1, 0xFE);
+    }
     static Mask could_trail(ByteBlock bytes) { return could_lead(bytes); }
 };
 

@@ -379,6 +379,15 @@ ZVUTIL_WIDEST_INLINE Byte* put_kept_alone(Byte* out, const ByteBlock& bytes, Mas
     return out + count;
 }
 
+// Stores the bytes in a row that a mask marks in their places.
+inline void store_marked(Byte* to, const ByteBlock& bytes, Mask marked) {
+#ifdef __AVX512VBMI2__
+    _mm512_mask_storeu_epi8(to, marked, std::bit_cast<__m512i>(bytes));
+#else
+    put_kept_alone(to + count_before(marked), bytes, marked);
+#endif
+}
+
 // The bytes of two blocks by turns.
 inline std::array<ByteBlock, 2> interleave(ByteBlock a, ByteBlock b) {
     return [=]<size_t... places>(std::index_sequence<places...>) {
