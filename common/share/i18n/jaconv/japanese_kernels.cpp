@@ -401,6 +401,10 @@ template <class Direction>
     return {source.next - walk.carried(), out - (walk.carried() & ~shift_before)};
 }
 
+// Where short texts of nothing but pairs are taken before all else, and not by convert_block().
+template <class Direction>
+constexpr bool kTakesShortPairs = kBlockSize == 32 || (kBlockSize == 64 && Direction::kIntoJis);
+
 // Converts up to a block from a boundary on; nothing of what is left to the rule. Out of line,
 // since the constants of a loop would cost too much where a block is the whole of most texts.
 template <class Direction, class... Mode>
@@ -415,9 +419,9 @@ template <class Direction, class... Mode>
     Marks marks{};
     if (not_ascii(bytes) == 0) {
         marks.shifts = in_pairs;
-    } else if ((find_other_than_pairs<Direction>(bytes) & ~behind) == 0) {
+    } else if (!kTakesShortPairs<Direction> &&
+               (find_other_than_pairs<Direction>(bytes) & ~behind) == 0) {
         converted = Direction::convert_pairs(bytes);
-        marks.shifts = in_pairs != Direction::kIntoJis;
     } else {
         LeadWalk walk;
         marks = Direction::mark(std::array{bytes}, walk, in_pairs);
@@ -447,9 +451,12 @@ template <class Direction, class... Mode>
 
 template <class Direction, class... Mode>
 [[gnu::noinline]] Converted convert_mixed(Source source, Byte* out, Mode&... mode) {
+    // Behind half-width katakana that come soon after others, blocks go on for a while.
+    const Byte* windows_from = source.next;
+    const Byte* soon = source.next;
     for (;;) {
         Converted converted{source.next, out};
-        if (source.left() > kWindow) {
+        if (source.left() > kWindow && source.next >= windows_from) {
             converted = convert_windows_of_pairs<Direction>(source, out, mode...);
             source.next = converted.read;
             if constexpr (!Direction::kIntoJis)
@@ -465,6 +472,8 @@ template <class Direction, class... Mode>
             if (!run.take_katakana())
                 break;
             converted = run.converted();
+            windows_from = converted.read < soon ? converted.read + kWindow : converted.read;
+            soon = converted.read + kWindow;
             ((mode = run.mode()), ...);
         }
         source.next = converted.read;
@@ -498,8 +507,7 @@ ZVUTIL_WIDEST_INLINE bool convert_short_text(Source source, Byte* out) {
 
 template <class Direction, class... Mode>
 Converted convert(Source source, Byte* out, Mode&... mode) {
-    // The one block of 64 bytes looks for pairs itself.
-    if (kBlockSize == 32 || (kBlockSize == 64 && Direction::kIntoJis)) {
+    if (kTakesShortPairs<Direction>) {
         const size_t length = source.left();
         const bool has_escape = Direction::kIntoJis && mode_of(mode...) == JisMode::single_byte;
         Byte* const start = out + (has_escape ? kEscapeSize : 0);
