@@ -451,8 +451,9 @@ template <class Direction, class... Mode>
 
 template <class Direction, class... Mode>
 [[gnu::noinline]] Converted convert_mixed(Source source, Byte* out, Mode&... mode) {
-    // Behind half-width katakana that come soon after others, blocks go on for a while.
-    const Byte* windows_from = source.next;
+    // A window reads the byte before it. Behind half-width katakana that come soon after others,
+    // blocks go on for a while.
+    const Byte* windows_from = source.next + 1;
     const Byte* soon = source.next;
     for (;;) {
         Converted converted{source.next, out};
