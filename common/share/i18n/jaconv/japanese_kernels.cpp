@@ -15,9 +15,10 @@ namespace zv {
 // sizes may share.
 inline constexpr auto kKatakanaInJis = [] {
     std::array<BytePair, std::size(kFullWidth)> codes{};
-    for (size_t i = 0; i < codes.size(); ++i) {
-        const Code code = jis_from_shift_jis(kFullWidth[i].first, kFullWidth[i].second);
-        codes[i] = {static_cast<Byte>(code.first), static_cast<Byte>(code.second)};
+    BytePair* next = codes.data();
+    for (const BytePair wide : kFullWidth) {
+        const Code code = jis_from_shift_jis(wide.first, wide.second);
+        *next++ = {static_cast<Byte>(code.first), static_cast<Byte>(code.second)};
     }
     return codes;
 }();
@@ -153,9 +154,10 @@ struct IntoJis : From {
         if ((shifts & 1) != 0)
             put_escape(0);
         store_marked(out, bytes, taken);
-        for (shifts &= taken & ~Mask{1}; shifts != 0; shifts &= shifts - 1) {
-            put_escape(count_before(shifts));
-            store_marked(out, bytes, taken & -(shifts & -shifts));
+        Mask left = shifts & taken & ~Mask{1};
+        for (; left != 0; left &= left - 1) {
+            put_escape(count_before(left));
+            store_marked(out, bytes, taken & -(left & -left));
         }
         return out + count_marked(taken);
     }
