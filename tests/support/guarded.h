@@ -4,6 +4,7 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <map>
@@ -13,10 +14,12 @@
 
 namespace test {
 
-// Memory whose last byte stands directly before an inaccessible page.
+// Memory whose last byte stands directly before an inaccessible page. Where it takes whole pages,
+// its first byte stands directly behind another one.
 class GuardedRoom {
 public:
-    explicit GuardedRoom(size_t size) : unused_(unused((size / kStep + 1) * kStep)) {
+    explicit GuardedRoom(size_t size)
+        : unused_(unused((std::max(size, size_t{1}) + page() - 1) / page() * page())) {
         end_ = unused_.back();
         unused_.pop_back();
         // What a function must write itself, such as a terminator, is not there by chance.
@@ -31,7 +34,10 @@ public:
     std::string text() const { return data_; }
 
 private:
-    static constexpr size_t kStep = 64 * 1024;
+    static size_t page() {
+        static const auto size = static_cast<size_t>(sysconf(_SC_PAGESIZE));
+        return size;
+    }
 
     // The ends of the mappings of a size that this thread does not use, one at least: making one
     // takes far longer than most tests' calls.
@@ -39,11 +45,12 @@ private:
         static thread_local std::map<size_t, std::vector<char*>> all;
         std::vector<char*>& ends = all[capacity];
         if (!ends.empty()) return ends;
-        const int access = PROT_READ | PROT_WRITE, flags = MAP_PRIVATE | MAP_ANONYMOUS;
-        void* mapping = mmap(nullptr, capacity + kStep, access, flags, -1, 0);
+        void* mapping =
+            mmap(nullptr, capacity + 2 * page(), PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
         if (mapping == MAP_FAILED) abort();
-        ends.push_back(static_cast<char*>(mapping) + capacity);
-        if (mprotect(ends.back(), kStep, PROT_NONE) != 0) abort();
+        char* const first = static_cast<char*>(mapping) + page();
+        if (mprotect(first, capacity, PROT_READ | PROT_WRITE) != 0) abort();
+        ends.push_back(first + capacity);
         return ends;
     }
 
