@@ -43,6 +43,11 @@ TEST(MailMemory, IsTakenForLongTextsAlone) {
         return fseek(stream, -6, SEEK_END) == 0 && read_line(80);
     };
     EXPECT_EQ(test::with_fault(1, short_texts), std::pair(true, false));
+    const auto long_subject = [&] {
+        return *convertSubjectForMail(out.data(), subject.c_str(), ZV_8859_2, ZV_8859_2) != '\0';
+    };
+    EXPECT_EQ(test::with_fault(1, long_subject), std::pair(false, true));
+    EXPECT_EQ(test::with_fault(2, long_subject), std::pair(true, false)) << "takes two blocks";
     fclose(stream);
 }
 

@@ -156,14 +156,14 @@ char* put_japanese_subject(char* out, const char* subject, int code_set, std::st
 
 char* put_quoted_subject(char* out, const char* subject, int code_set, int mail_code_set,
                          std::string_view charset) {
-    Scratch converted(converted_room(code_set, mail_code_set, std::strlen(subject)));
-    if (!converted)
+    // For the converted text, and for that encoded, four times as long at most.
+    const size_t room = converted_room(code_set, mail_code_set, std::strlen(subject));
+    constexpr size_t kGrowth = 4;
+    Scratch scratch(room <= SIZE_MAX / (1 + kGrowth) ? (1 + kGrowth) * room : SIZE_MAX);
+    if (!scratch)
         return out;
-    const char* const text = convertStrExt(subject, code_set, converted.data(), mail_code_set);
-    Scratch encoded(4 * std::strlen(text) + 1);
-    if (!encoded)
-        return out;
-    const char* line = convertToQuotedPrintable(encoded.data(), text);
+    const char* const text = convertStrExt(subject, code_set, scratch.data(), mail_code_set);
+    const char* line = convertToQuotedPrintable(scratch.data() + room, text);
     if (*line == '\0')
         return out;
     WordWriter words(out, charset, "?Q?");
