@@ -62,6 +62,15 @@ TEST(Strings, NoTrailByteIsFound) {
     }
 }
 
+TEST(Strings, LargeSetsHoldCharactersOfEveryPlane) {
+    InitMbutilExt(ZV_EUC_H);
+    for (unsigned plane = 0xA2; plane <= 0xB0; ++plane) {
+        const std::string row = {'\x8E', char(plane), '\xFE'};
+        const std::string set = "abcdefghijklmnopq" + row + '\xFE';
+        EXPECT_EQ(mbstrcspn((row + '\xFD' + row + '\xFE').c_str(), set.c_str()), 4u) << plane;
+    }
+}
+
 TEST(Strings, LongRunsOfLeadBytesPairUpFromWhereTheyBegin) {
     for (const Rules& rules : kRules) {
         InitMbutilExt(rules.code_set);
