@@ -2,8 +2,10 @@
 #include <climits>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include "mbutil.h"
+#include "support/child.h"
 #include "support/folder.h"
 #include "support/guarded.h"
 #include "support/oracle.h"
@@ -134,6 +136,18 @@ TEST(FileConversion, AppendsRefusesAndKeepsWhatItMay) {
     write_file(in, "");
     EXPECT_TRUE(converts("in", "out", 0, ZV_SJIS));
     EXPECT_EQ(content(out), "");
+}
+
+TEST(FileConversion, TakesPipesThatGiveALittleAtATime) {
+    const Folder folder;
+    const std::string in = folder / "in", out = folder / "out";
+    std::string text;
+    while (text.size() < 1'000'000) text += "\x88\x9F\xB1 x\n";
+    ASSERT_EQ(mkfifo(in.c_str(), 0600), 0);
+    const Child writer([&](int) { write_file(in, text); });
+    InitMbutilExt(ZV_EUC);
+    EXPECT_TRUE(mbconvertfile2native_ex(in.c_str(), out.c_str(), 0, ZV_SJIS));
+    EXPECT_TRUE(content(out) == iconv_text("SJIS", "EUC-JP", text));
 }
 
 TEST(FileConversion, RefusesAFileOntoItself) {

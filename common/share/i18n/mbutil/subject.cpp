@@ -139,9 +139,7 @@ char* put_jis(char* out, std::string_view jis, std::string_view charset) {
 
 // Writes a subject piece by piece, each a text of its own that ends in single-byte mode.
 char* put_japanese_subject(char* out, const char* subject, int code_set, std::string_view charset) {
-    Scratch jis(converted_room(code_set, ZV_JIS, kLongestPiece));
-    if (!jis)
-        return out;
+    Scratch jis(converted_room(code_set, ZV_JIS, kLongestPiece)); // of which the stack has room
     while (*subject != '\0') {
         char piece[kLongestPiece + 1];
         const unsigned length = mbstrncpyi(piece, subject, kLongestPiece);
