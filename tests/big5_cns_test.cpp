@@ -1,7 +1,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cstring>
+#include <vector>
 
 #include "jaconv.h"
 #include "models/big5_cns_model.h"
@@ -54,6 +56,28 @@ TEST(Big5Cns, EveryCodeOfTwoAndFourBytes) {
     };
     EXPECT_TRUE(std::is_sorted(Big5ToCnsTable, Big5ToCnsTable + Big5CnsTableSize, is_before));
     EXPECT_EQ(CnsToBig5Table[0].first_cns, 0);
+}
+
+TEST(Big5Cns, TheTablesPairTheSameRuns) {
+    using Row = std::array<int, 5>;
+    const auto row_of = [](const Big5CnsRange& r) {
+        return Row{r.first_big5, r.last_big5, r.first_cns, r.last_cns, r.plane};
+    };
+    std::vector<Row> by_cns;
+    for (int i = 0; i < Big5CnsTableSize; ++i) {
+        const auto [first_big5, last_big5, first_cns, last_cns, plane] = row_of(Big5CnsTable[i]);
+        Row row = {order_of(Big5Order, first_big5), order_of(Big5Order, last_big5),
+                   order_of(CnsOrder, first_cns | 0x8080), order_of(CnsOrder, last_cns | 0x8080),
+                   plane};
+        EXPECT_EQ(row_of(Big5ToCnsTable[i]), row) << i;
+        for (const size_t cns : {2u, 3u}) row[cns] += (plane - 1) * 94 * 94;
+        row[4] = 0;
+        by_cns.push_back(row);
+    }
+    std::stable_sort(by_cns.begin(), by_cns.end(),
+                     [](const Row& a, const Row& b) { return a[2] < b[2]; });
+    for (int i = 0; i < Big5CnsTableSize; ++i)
+        EXPECT_EQ(row_of(CnsToBig5Table[i]), by_cns[size_t(i)]) << i;
 }
 
 TEST(Big5Cns, AgreesWithIconv) {
