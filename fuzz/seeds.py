@@ -88,7 +88,8 @@ seeds = {
             b"Key:\0Key: \t value \t\r\nServer-directory: \t /db/dir  \r\nKey:\n\nKey:",
             b"Key: \0Key: v \nKey:v\nKey: \n", b"Key: \0Key: last  ",
             b"K\0" + b"v" * 283 + b"K piece\nK" + b"w" * 300 + b"\nServer-directory:/a\0b\n",
-            b"x\0" + b"x" * 352 + b"\nx\n", b"th\0th\0ree\n\nth")
+            b"x\0" + b"x" * 352 + b"\nx\n", b"th\0th\0ree\n\nth",
+            b"K\0Server-directory:/" + b"d" * 254 + b"\n")
     ],
 }
 
