@@ -91,7 +91,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     }
     for (int step = 0; !input.empty() && step < 100; ++step) {
         const test::StreamCall call = choose(input, base);
-        fuzz::Room room(call.bytes());
+        // In memory that goes on: a system call that meets an inaccessible page only stops short.
+        std::string room(call.bytes() + 64, '#');
         errno = 0;
         const auto [result, expected] = call.make(stream, model, room.data());
         same(result, expected, "result");
@@ -102,8 +103,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         same(ZVftell(stream), model.position, "ZVftell");
         same(ZVfeof(stream), static_cast<int>(model.at_end), "ZVfeof");
         same(ZVferror(stream), model.error, "ZVferror");
-        model.taken.resize(call.bytes(), '#');
-        same(std::string(room.data(), call.bytes()), model.taken, "what was read");
+        model.taken.resize(room.size(), '#');
+        same(room, model.taken, "what was read");
     }
     ZVfclose(stream);
     struct stat status {};
