@@ -40,6 +40,26 @@ TEST(JapaneseConverters, AgreeWithIconvOverTheWholeRepertoire) {
     }
 }
 
+TEST(JapaneseConverters, WriteNothingBehindTheirResult) {
+    const std::string ends[] = {"\xE4",          "\xE4\n",    "\xE4\nx",     "\xE4\xA4",
+                                "\x8E",          "\x8E\xB1",  "\xB1",        "\x1B$B",
+                                "\x1B$B0!\x1B(", "\x1B$B0!0", "\xE4\xA4\xE4"};
+    std::string ascii, pairs;
+    for (size_t n = 0; n < 130; ++n, ascii += "x", pairs += "\xE4\xA4") {
+        for (const std::string& front : {ascii, "\xE4\xA4" + ascii, pairs, "x" + pairs}) {
+            for (const std::string& end : ends) {
+                for (const auto& direction : test::kJapanese) {
+                    const std::string text = front + end;
+                    const std::string expected = test::japanese_model(direction, text);
+                    ASSERT_EQ(test::convert_guarded(direction.convert, text, expected.size() + 1),
+                              expected)
+                        << direction.name << ' ' << text;
+                }
+            }
+        }
+    }
+}
+
 #if defined(__x86_64__) && defined(__OPTIMIZE__) && defined(NDEBUG) &&                             \
     !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) &&                             \
     !defined(ZVUTIL_OTHER_MACHINE)

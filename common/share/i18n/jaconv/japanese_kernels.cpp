@@ -131,8 +131,9 @@ inline Byte* put_window(Byte* out, const Window& converted, LongMask shifts, Jis
     return out;
 }
 
-// Converts windows of ASCII and pairs, of which a byte at least is converted and more than a window
-// is left. Stops on a boundary, where a window may hold something else or the end is near.
+// Converts windows of ASCII and pairs, of which a byte at least is converted. Stops on a boundary,
+// where a window may hold something else or the end is near: a byte is left, and into JIS two,
+// since an escape sequence may stand for a while before a lead byte that is left behind.
 template <class Direction, class... Mode>
 [[gnu::noinline]] Converted convert_windows_of_pairs(Source source, Byte* out, Mode&... last_mode) {
     JisMode mode = mode_of(last_mode...);
@@ -142,7 +143,7 @@ template <class Direction, class... Mode>
         source.next = front.read;
         out = front.written;
     };
-    while (source.left() > kWindow) {
+    while (source.left() > kWindow + (Direction::kIntoJis ? 1 : 0)) {
         const Window bytes = load_window(source.next);
         const bool in_pairs = mode == JisMode::two_byte;
         if (walk.carried() == 0 && !in_pairs && find_in(bytes, not_ascii) == 0) {
