@@ -39,9 +39,9 @@ const Byte* last_boundary(const Byte* first, const Byte* p, size_t readable) {
 }
 
 template <PairRanges kPairs>
-void mark_starts(const Byte* text, size_t size, size_t& from, size_t& next, std::uint64_t* starts) {
-    widest([]<int Size> { return StringKernels<Size>::template mark_starts<kPairs>; })(
-        text, size, from, next, starts);
+Marked mark_starts(const Byte* text, size_t size, Marked marked, std::uint64_t* starts) {
+    return widest([]<int Size> { return StringKernels<Size>::template mark_starts<kPairs>; })(
+        text, size, marked, starts);
 }
 
 template <PairRanges kPairs>
@@ -74,18 +74,19 @@ const Characters& current_characters() {
 }
 
 void Starts::mark(const Characters& characters, const Byte* text, size_t size, size_t& next) {
-    size_t from = 0;
-    while (from < size) {
-        if (next <= from + 1)
-            characters.mark_starts(text, size, from, next, words_);
-        if (from == size)
+    Marked marked{0, next};
+    while (marked.end < size) {
+        if (marked.next <= marked.end + 1)
+            marked = characters.mark_starts(text, size, marked, words_);
+        if (marked.end == size)
             break;
-        words_[from / 64] = 0;
-        from = std::min(from + 64, size);
-        for (; next < from; next += static_cast<size_t>(characters.step(text + next)))
-            words_[next / 64] |= std::uint64_t{1} << next % 64;
+        words_[marked.end / 64] = 0;
+        marked.end = std::min(marked.end + 64, size);
+        for (size_t& i = marked.next; i < marked.end;
+             i += static_cast<size_t>(characters.step(text + i)))
+            words_[i / 64] |= std::uint64_t{1} << i % 64;
     }
-    next -= size;
+    next = marked.next - size;
     std::uint64_t* const last = words_ + size / 64;
     const std::uint64_t behind = std::uint64_t{1} << size % 64;
     last[0] = (size % 64 == 0 ? 0 : last[0] & (behind - 1)) | (next == 0 ? behind : 0);

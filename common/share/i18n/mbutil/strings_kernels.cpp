@@ -35,32 +35,35 @@ bool are_all(const Byte* text) {
 
 template <>
 bool Kernels::find(const Byte* text, size_t size, const Wanted& wanted, std::uint64_t* found) {
-    const auto find_range = [](const Word& bytes, Wanted::Range range) {
-        return find_in(bytes,
+    std::uint64_t any = 0;
+    bool is_first = true;
+    // One after the other, each of which stays in registers.
+    const auto add = [&](auto find) {
+        for (size_t i = 0; i < size; i += 64)
+            any |= found[i / 64] = find(text + i, size - i) | (is_first ? 0 : found[i / 64]);
+        is_first = false;
+    };
+    const auto find_range = [](const Byte* bytes, size_t left, Wanted::Range range) {
+        return find_in(load(bytes, left),
                        [=](ByteBlock block) { return range_mask(block, range.first, range.last); });
     };
-    const Wanted::Range firsts = wanted.firsts, seconds = wanted.seconds; // nothing changes them
-    std::uint64_t any = 0;
-    for (size_t i = 0; i < size; i += 64) {
-        const Word bytes = load(text + i, size - i);
-        std::uint64_t marked = 0;
-        if (firsts.first != 0)
-            marked = find_range(bytes, firsts) & find_range(load(text + i + 1, size - i), seconds);
-        for (size_t k = 0; k < wanted.count; ++k)
-            marked |= find_range(bytes, wanted.singles[k]);
-        found[i / 64] = marked;
-        any |= marked;
-    }
+    for (size_t k = 0; k < wanted.count; ++k)
+        add([=, range = wanted.singles[k]](const Byte* bytes, size_t left) {
+            return find_range(bytes, left, range);
+        });
+    if (wanted.firsts.first != 0)
+        add([=, firsts = wanted.firsts, seconds = wanted.seconds](const Byte* bytes, size_t left) {
+            return find_range(bytes, left, firsts) & find_range(bytes + 1, left, seconds);
+        });
     return any != 0;
 }
 
 template <>
 template <PairRanges kPairs>
-void Kernels::mark_starts(const Byte* text, size_t size, size_t& from, size_t& next,
-                          std::uint64_t* starts) {
+Marked Kernels::mark_starts(const Byte* text, size_t size, Marked marked, std::uint64_t* starts) {
     using Trails = RangedBytes<kPairs.trails>;
-    LeadWalkOf<64> walk(next - from);
-    size_t i = from;
+    LeadWalkOf<64> walk(marked.next - marked.end);
+    size_t i = marked.end;
     for (; i < size; i += 64) {
         const Word bytes = load(text + i, size - i);
         if (find_in(bytes, RangedBytes<kSingleShifts<kPairs>>::find) != 0)
@@ -68,9 +71,9 @@ void Kernels::mark_starts(const Byte* text, size_t size, size_t& from, size_t& n
         walk.enter(find_in(bytes, RangedBytes<kPairs.leads>::find));
         starts[i / 64] = ~(walk.behind_leads() & find_in(bytes, Trails::find));
     }
-    from = std::min(i, size);
+    const size_t end = std::min(i, size);
     const std::uint64_t carried = i > size ? walk.leads() >> (size % 64 - 1) : walk.carried();
-    next = from + ((carried & 1) != 0 && Trails::has(text[from]));
+    return {end, end + ((carried & 1) != 0 && Trails::has(text[end]))};
 }
 
 template <>

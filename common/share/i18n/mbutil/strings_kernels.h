@@ -36,18 +36,21 @@ struct Wanted {
     size_t count = 0; // of these
 };
 
+// How far the bytes of a text are marked that begin characters, to a multiple of 64 or the end.
+// `next` is this one or, behind the first byte of a character of two, the one behind it.
+struct Marked {
+    size_t end, next;
+};
+
 // The walks over texts, for vectors of a size.
 template <int VectorSize>
 struct StringKernels {
     // Marks what is wanted among so many bytes, one bit for each. False where nothing is.
     static bool find(const Byte* text, size_t size, const Wanted& wanted, std::uint64_t* found);
 
-    // Marks which bytes begin characters, from a byte on that is a multiple of 64; `next` is this
-    // one or, behind the first byte of a character of two, the one behind it. Both move on, until
-    // characters come that are not regular.
+    // Marks which bytes begin characters, until some come that are not regular.
     template <PairRanges kPairs>
-    static void mark_starts(const Byte* text, size_t size, size_t& from, size_t& next,
-                            std::uint64_t* starts);
+    static Marked mark_starts(const Byte* text, size_t size, Marked marked, std::uint64_t* starts);
 
     // Where the run of regular lead bytes begins that ends at p, not before `first`.
     template <ByteRanges kLeads>
@@ -59,8 +62,7 @@ struct StringKernels {
     static const Byte* skip_well_formed(const Byte* p, size_t left);
 };
 
-using MarkStarts = void(const Byte* text, size_t size, size_t& from, size_t& next,
-                        std::uint64_t* starts);
+using MarkStarts = Marked(const Byte* text, size_t size, Marked marked, std::uint64_t* starts);
 using SkipWellFormed = const Byte*(const Byte* p, size_t left);
 
 } // namespace zv
