@@ -19,12 +19,13 @@ unsigned change_all(char* s, LetterCase change) {
     zv::ensure_initialised();
     if (s == nullptr)
         return 0;
-    const size_t length = std::strlen(s);
-    const Byte* const end = zv::as_bytes(s) + length;
+    Byte* p = zv::as_bytes(s);
+    for (; zv::in_range(*p, 1, 0x7F); ++p)
+        *p = static_cast<Byte>(change(*p));
+    const Byte* const end = p + std::strlen(s + (p - zv::as_bytes(s)));
     zv::Starts starts;
     size_t next = 0;
-    size_t size = 0;
-    for (Byte* p = zv::as_bytes(s); p != end; p += size) {
+    for (size_t size = 0; p != end; p += size) {
         size = std::min(static_cast<size_t>(end - p), zv::kPart);
         starts.mark(zv::current_characters(), p, size, next);
         for (size_t i = 0; i < size; i += 64) {
@@ -38,7 +39,7 @@ unsigned change_all(char* s, LetterCase change) {
             }
         }
     }
-    return static_cast<unsigned>(length);
+    return static_cast<unsigned>(end - zv::as_bytes(s));
 }
 
 } // namespace
