@@ -83,6 +83,8 @@ size_t skip_equal(const Characters& characters, const Byte* a, const Byte* b, si
         if (stops != 0)
             equal = i + zv::count_before(stops);
     }
+    if ((a[equal] | b[equal]) == 0)
+        return equal; // nothing is behind them
     return equal - static_cast<size_t>(a + equal - characters.run_before(a, a + equal)) % 2;
 }
 
@@ -91,13 +93,15 @@ template <class Rule>
 int compare(const char* s, const char* t, size_t n, const Rule& rule) {
     const Byte* const a = zv::as_bytes(s);
     const Byte* const b = zv::as_bytes(t);
+    constexpr size_t kNear = 4;
     size_t at = 0;
     size_t common = 0; // so much is known to be there of both
     bool more = true;  // may be
     for (;;) {
         if (more && common < at + zv::kBlockSize && at < n && (at != 0 || *a == *b)) {
             const size_t part = std::min(zv::part_of(a + at), zv::part_of(b + at));
-            common = std::min(at + part, n);
+            // With the ends of the texts, if they are near: no boundary is looked for there.
+            common = at + part < n || at + part - n < kNear ? at + part : n;
             more = part == zv::kPart && common < n;
         }
         if (at < common)
