@@ -58,11 +58,11 @@ private:
         if (source_.left() > 1 && source_.next[1] >= 0x80)
             *out_++ = *source_.next++;
         else
-            take<not_ascii, unchanged>();
+            take<not_ascii, unchanged, true>();
         return true;
     }
 
-    template <auto find_other, auto convert>
+    template <auto find_other, auto convert, bool often_long = false>
     void take() {
         while (source_.next != source_.end) {
             const size_t left = source_.left();
@@ -72,8 +72,8 @@ private:
             if (other == 0 && left >= kSafe) [[likely]] {
                 store_block(out_, converted);
                 step(kBlockSize);
-                if constexpr (convert == unchanged)
-                    take_windows<find_other, convert>(); // ASCII is often long
+                if constexpr (often_long)
+                    take_windows<find_other, convert>();
                 continue;
             }
             const size_t plain = other != 0 ? count_before(other) : kBlockSize;
