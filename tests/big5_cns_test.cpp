@@ -33,17 +33,23 @@ TEST(Big5Cns, EveryCodeOfTwoAndFourBytes) {
             const bool big5 = cns || (is_high(first) && second >= 0x40 && second <= 0x7E);
             ASSERT_EQ(order_of(Big5Order, first * 256 + second), big5 ? big5_order : -1);
             ASSERT_EQ(order_of(CnsOrder, first * 256 + second), cns ? cns_order : -1);
-            if (big5) { ASSERT_EQ(written_by(Big5Code, big5_order++, 0), code); }
-            if (cns) { ASSERT_EQ(written_by(CnsCode, cns_order++, 0), code); }
+            if (big5) {
+                ASSERT_EQ(written_by(Big5Code, big5_order++, 0), code);
+            }
+            if (cns) {
+                ASSERT_EQ(written_by(CnsCode, cns_order++, 0), code);
+            }
             const auto found = model.to_euc_tw.find(code);
             const bool known = found != model.to_euc_tw.end();
             const auto* bytes = reinterpret_cast<const unsigned char*>(code.data());
             ASSERT_EQ(written_by(Big5ToCnsCodeConvert, bytes, known ? 0 : -1),
                       known ? found->second.substr(found->second.size() - 2) : "##");
-            if (first == 0 || second == 0) continue;
+            if (first == 0 || second == 0)
+                continue;
             text += code + "\n";
             // All of the planes that are in use, and the next ones.
-            for (int plane = 0xA0; plane <= 0xA5; ++plane) text += pair_of(0x8E, plane) + code;
+            for (int plane = 0xA0; plane <= 0xA5; ++plane)
+                text += pair_of(0x8E, plane) + code;
         }
         const std::string euc_tw = model.euc_tw_of(text), back = model.big5_of(text);
         ASSERT_EQ(test::convert_guarded(big2euchx, text, euc_tw.size() + 1), euc_tw);
@@ -70,7 +76,8 @@ TEST(Big5Cns, TheTablesPairTheSameRuns) {
                    order_of(CnsOrder, first_cns | 0x8080), order_of(CnsOrder, last_cns | 0x8080),
                    plane};
         EXPECT_EQ(row_of(Big5ToCnsTable[i]), row) << i;
-        for (const size_t cns : {2u, 3u}) row[cns] += (plane - 1) * 94 * 94;
+        for (const size_t cns : {2u, 3u})
+            row[cns] += (plane - 1) * 94 * 94;
         row[4] = 0;
         by_cns.push_back(row);
     }
@@ -93,7 +100,8 @@ TEST(Big5Cns, AgreesWithIconv) {
     for (int order = 0; order < 94 * 157; ++order) {
         const std::string code = written_by(Big5Code, order, 0);
         char there[5], back[5];
-        if (strcmp(big2euchx(code.c_str(), there), "??") == 0) continue;
+        if (strcmp(big2euchx(code.c_str(), there), "??") == 0)
+            continue;
         to_euc_tw.add(test::iconv_text("BIG5", "EUC-TW", code), there);
         to_big5.add(test::iconv_text("EUC-TW", "BIG5", there), euch2bigx(there, back));
     }

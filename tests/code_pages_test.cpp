@@ -28,9 +28,11 @@ const Direction kDirections[] = {
 // codes, only unassigned bytes, so that theirs stay as they are.
 std::string converted(const Direction& d, int byte) {
     const std::string text(1, static_cast<char>(byte));
-    if (d.to_windows && byte <= int(d.controls.size())) return {d.controls[size_t(byte) - 1]};
+    if (d.to_windows && byte <= int(d.controls.size()))
+        return {d.controls[size_t(byte) - 1]};
     const auto theirs = test::iconv_text(d.from, d.to, text);
-    if (byte < 0xA0 && (d.to_windows || !theirs)) return text;
+    if (byte < 0xA0 && (d.to_windows || !theirs))
+        return text;
     return theirs.value_or(std::string(1, static_cast<char>(d.controls.find(text) + 1)));
 }
 
@@ -41,7 +43,9 @@ TEST(CodePages, AgreeWithIconv) {
             char text[] = {char(byte), '\0'};
             EXPECT_EQ(d.convert(text, text), expected) << d.from << byte;
             const auto row = static_cast<size_t>(byte - d.table_first);
-            if (row < d.table.size()) { EXPECT_EQ(char(d.table[row]), expected[0]) << byte; }
+            if (row < d.table.size()) {
+                EXPECT_EQ(char(d.table[row]), expected[0]) << byte;
+            }
         }
     }
 }

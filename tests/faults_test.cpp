@@ -16,7 +16,9 @@ namespace {
 using namespace test;
 
 enum Result { kWrong, kFailed, kDone };
-Result either(bool done) { return done ? kDone : kFailed; }
+Result either(bool done) {
+    return done ? kDone : kFailed;
+}
 
 // What the operations work on, as it is before each of them. They allocate nothing themselves.
 struct Ground {
@@ -32,16 +34,19 @@ struct Ground {
         const std::string key = "Server-directory: ", filler(30000, '\n');
         write_file(config, key + "/old\n" + filler + key + "/db\n");
         std::string text = "first\n"; // and a line in many parts, which takes memory
-        for (int i = 0; i < 1000; ++i) text += "=B1a=\n";
+        for (int i = 0; i < 1000; ++i)
+            text += "=B1a=\n";
         text += "\n";
-        for (int i = 0; i < 25; ++i) text += kana.substr(0, 700) + "\x93\x8C\n";
+        for (int i = 0; i < 25; ++i)
+            text += kana.substr(0, 700) + "\x93\x8C\n";
         write_file(in, text);
         setenv("TMPDIR", base.c_str(), 1);
     }
     void lay_out() {
         InitMbutilExt(ZV_EUC);
         write_file(out, "before\n");
-        for (const char* name : {"/a.tmp", "/b.tmp", "/c"}) write_file(swept + name, "");
+        for (const char* name : {"/a.tmp", "/b.tmp", "/c"})
+            write_file(swept + name, "");
         memset(room, 0, sizeof room);
     }
 };
@@ -63,24 +68,31 @@ bool failed(const ZvStream& stream) {
 // Reads a stream to its end by lines, blocks and bytes.
 Result read_all(const ZvStream& stream, char* to) {
     for (int turn = 0; !ZVfeof(stream.get()); ++turn) {
-        if (turn % 3 == 0 && ZVfgets(to, 5000, stream.get())) to += strlen(to);
-        if (turn % 3 == 1) to += ZVfread(to, 1, 4700, stream.get());
+        if (turn % 3 == 0 && ZVfgets(to, 5000, stream.get()))
+            to += strlen(to);
+        if (turn % 3 == 1)
+            to += ZVfread(to, 1, 4700, stream.get());
         const int c = turn % 3 == 2 ? ZVfgetc(stream.get()) : -1;
-        if (c != -1) *to++ = char(c);
-        if (failed(stream)) return kFailed;
+        if (c != -1)
+            *to++ = char(c);
+        if (failed(stream))
+            return kFailed;
     }
     return kDone;
 }
 
 Result write_and_read(const ZvStream& stream, const Ground& g, char* to) {
-    if (!stream) return kFailed;
+    if (!stream)
+        return kFailed;
     const int length = int(g.line.size());
     const bool written = ZVfprintf(stream.get(), "%s\n", g.line.c_str()) == length + 1 &&
                          ZVfputc('c', stream.get()) == 'c' &&
                          ZVfputs("some\n", stream.get()) == 5 &&
                          ZVfwrite(g.kana.data(), 3, 2000, stream.get()) == 2000;
-    if (!written) return kFailed;
-    if (ZVftell(stream.get()) != length + 6007) return kWrong;
+    if (!written)
+        return kFailed;
+    if (ZVftell(stream.get()) != length + 6007)
+        return kWrong;
     if (ZVfseek(stream.get(), -6000, SEEK_CUR) != 0 || ZVfseek(stream.get(), 0, SEEK_SET) != 0)
         return kFailed;
     return read_all(stream, to);
@@ -110,11 +122,14 @@ const struct Operation {
          char* const name = OSTmpName("abc");
          const bool named = name != nullptr && strncmp(name, g.base.c_str(), g.base.size()) == 0;
          free(name);
-         if (!named || !StandardStream(OSTmpFile())) return kFailed;
+         if (!named || !StandardStream(OSTmpFile()))
+             return kFailed;
          const int fd = OSTmpFileFd();
-         if (fd == -1) return kFailed;
+         if (fd == -1)
+             return kFailed;
          const ZvStream stream(ZVfdopen(fd, "w+"));
-         if (!stream) close(fd);
+         if (!stream)
+             close(fd);
          return either(stream != nullptr);
      }},
     {"locked append", kUnchanged,
@@ -141,7 +156,8 @@ const struct Operation {
     {"lines read", kNoReason | kNoRetry,
      [](Ground& g) {
          const StandardStream file(fopen(g.in.c_str(), "r"));
-         if (!file) return kFailed;
+         if (!file)
+             return kFailed;
          // Lines that fit on the stack, and some that take memory.
          for (char* to = g.room; mbfgets(to, 2000, file.get(), ZV_SJIS); to += strlen(to))
              ;
@@ -151,7 +167,8 @@ const struct Operation {
      [](Ground& g) {
          InitMbutilExt(ZV_SJIS);
          FILE* const file = fopen(g.out.c_str(), "w");
-         if (file == nullptr) return kFailed;
+         if (file == nullptr)
+             return kFailed;
          const bool put = mbfputs(g.kana.c_str(), file, ZV_JIS) >= 0;
          return either((fclose(file) == 0) & put);
      }},
@@ -159,8 +176,10 @@ const struct Operation {
      [](Ground& g) {
          InitMbutilExt(ZV_SJIS);
          const StandardStream file(fopen(g.in.c_str(), "r"));
-         if (!file) return kFailed;
-         for (char* to = g.room; int got = mbfreadstring(to, 999, file.get());) to += got;
+         if (!file)
+             return kFailed;
+         for (char* to = g.room; int got = mbfreadstring(to, 999, file.get());)
+             to += got;
          return either(!ferror(file.get()));
      }},
     {"file conversion", kSilent | kPrivate | kGoesOn,
@@ -171,7 +190,8 @@ const struct Operation {
      [](Ground& g) {
          InitMbutilExt(ZV_SJIS);
          const StandardStream file(fopen(g.in.c_str(), "r"));
-         if (!file || !getLine(g.room, 2000, file.get(), ZV_SJIS, 0, ZV_JIS)) return kFailed;
+         if (!file || !getLine(g.room, 2000, file.get(), ZV_SJIS, 0, ZV_JIS))
+             return kFailed;
          return either(
              getLine(g.room, 2000, file.get(), ZV_SJIS, ZV_TRANSFER_QUOTED_PRINTABLE, ZV_JIS));
      }},
@@ -232,7 +252,9 @@ Outcome attempt(const Operation& operation, Ground& ground, int nth, const Fault
     outcome.result = operation.run(ground);
     outcome.error = errno;
     outcome.met = inject(0);
-    if (operation.promise & kPrivate) { EXPECT_EQ(inherited_descriptors(), inherited); }
+    if (operation.promise & kPrivate) {
+        EXPECT_EQ(inherited_descriptors(), inherited);
+    }
     EXPECT_EQ(live_blocks(), blocks);
     EXPECT_EQ(open_descriptors(), descriptors);
     outcome.out = content(ground.out), outcome.room = ground.room;
@@ -247,7 +269,9 @@ void judge(const Operation& operation, const Fault& fault, const Outcome& is,
     const bool retried = fault.error == 0 || (fault.error == EINTR && (fault.calls & kRead) == 0 &&
                                               (operation.promise & kNoRetry) == 0);
     EXPECT_FALSE(told && retried);
-    if (fault.calls == kUnlock) { EXPECT_EQ(told, is.met); }
+    if (fault.calls == kUnlock) {
+        EXPECT_EQ(told, is.met);
+    }
     const bool gives_reason = told && (operation.promise & kNoReason) == 0;
     EXPECT_EQ(gives_reason ? is.error : fault.error, fault.error);
     const bool silent = (operation.promise & kSilent) != 0;

@@ -37,7 +37,8 @@ protected:
             lseek(fd, 2, SEEK_SET);
             dprintf(out, "%d", OSLockFileFd(fd, lock_type, 0));
             usleep(milliseconds * 1000);
-            if (write(fd, "late\n", 5) != 5) abort();
+            if (write(fd, "late\n", 5) != 5)
+                abort();
         });
     }
     const test::Folder folder;
@@ -129,7 +130,8 @@ TEST_F(Files, FailuresSayWhy) {
         {"OSUnLockZVFile", with(EBADF, OSUnLockZVFile(nullptr))},
         {"OSFileModifiedTime", with(EBADF, OSFileModifiedTime(nullptr))},
         {"OSFileTruncate", with(EBADF, OSFileTruncate(nullptr, 0))}};
-    for (const auto& [call, result] : refused) EXPECT_EQ(result, 0) << call;
+    for (const auto& [call, result] : refused)
+        EXPECT_EQ(result, 0) << call;
     EXPECT_EQ(with(ENOENT, OSFindLineInFile("/no/such", "x")), -1);
     EXPECT_EQ(with(EISDIR, OSFindLineInFile("/tmp", "x")), -1);
     EXPECT_EQ(with(ENOENT, OSAppendLineToFile("/no/such", "x")), -1);
@@ -190,16 +192,19 @@ TEST_F(Files, EightProcessesAppendAtOnce) {
     for (int writer = 0; writer < 8; ++writer)
         writers.emplace_back([&](int) {
             for (size_t number = 0; number < 200; ++number)
-                if (OSAppendLineToFile(path.c_str(), line(writer, number).c_str()) != 0) abort();
+                if (OSAppendLineToFile(path.c_str(), line(writer, number).c_str()) != 0)
+                    abort();
         });
-    for (auto& writer : writers) EXPECT_EQ(writer.finish(), "");
+    for (auto& writer : writers)
+        EXPECT_EQ(writer.finish(), "");
     size_t next[8] = {};
     std::ifstream lines(path);
     for (std::string text; std::getline(lines, text);) {
         const int writer = text.back() == 's' ? 0 : text.back() - '0';
         ASSERT_EQ(text, line(writer, next[writer & 7]++));
     }
-    for (const size_t count : next) EXPECT_EQ(count, 200U);
+    for (const size_t count : next)
+        EXPECT_EQ(count, 200U);
 }
 
 TEST_F(Files, SweepsRemoveWhatMatchesAndFits) {
@@ -215,7 +220,8 @@ TEST_F(Files, SweepsRemoveWhatMatchesAndFits) {
     for (const size_t slashes : {511u, 512u, 2000u})
         EXPECT_EQ(OSRemoveFiles((base + std::string(slashes - base.size(), '/')).c_str(), "*"), 1);
     std::set<std::string> left;
-    for (const auto& entry : fs::directory_iterator(base)) left.insert(entry.path().filename());
+    for (const auto& entry : fs::directory_iterator(base))
+        left.insert(entry.path().filename());
     EXPECT_EQ(left, (std::set<std::string>{"d.tmp", "f" + fits}));
 }
 

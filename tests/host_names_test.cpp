@@ -17,7 +17,8 @@
 static std::function<int(hostent*, hostent**, int*)> answering;
 extern "C" int gethostbyname_r(const char* name, hostent* entry, char* buffer, size_t length,
                                hostent** found, int* error) {
-    if (answering) return answering(entry, found, error);
+    if (answering)
+        return answering(entry, found, error);
     static const auto beneath =
         reinterpret_cast<decltype(&gethostbyname_r)>(dlsym(RTLD_NEXT, "gethostbyname_r"));
     return beneath(name, entry, buffer, length, found, error);
@@ -39,7 +40,9 @@ std::string name_by(auto function) {
     const std::string status = function(out.data()) == 1 ? "" : "!";
     return status + (*out.data() == '#' ? "untouched" : out.text());
 }
-std::string full_name() { return name_by(OSGetServerNameWithDomain); }
+std::string full_name() {
+    return name_by(OSGetServerNameWithDomain);
+}
 std::string short_name() {
     return name_by([](char* out) { return OSGetServerNameNoDomain(out), 1; });
 }
@@ -53,7 +56,8 @@ protected:
         const std::string hosts = "10.1.2.3 alpha.beta.gamma alpha mirror\n"
                                   "10.1.2.4 delta.beta.gamma delta beta\n"
                                   "10.1.2.5 solo\n10.1.2.6 .... dots\n";
-        if (!test::enter_private_host("alpha", hosts)) GTEST_SKIP() << "a private host is refused";
+        if (!test::enter_private_host("alpha", hosts))
+            GTEST_SKIP() << "a private host is refused";
     }
 };
 
@@ -135,7 +139,8 @@ TEST(LookUps, GiveWhatTheResolverFoundOrWhyNot) {
     for (const auto& c : cases) {
         answering = [&](hostent* out, hostent** found, int* error) {
             *found = c.finds ? out : nullptr;
-            if (c.code != 0) *error = c.code;
+            if (c.code != 0)
+                *error = c.code;
             return c.status;
         };
         hostent* const expected = c.finds && c.status == 0 ? &entry : nullptr;

@@ -20,7 +20,8 @@ std::string repertoire() {
     std::string text;
     for (int code = 0xA1A1; code <= 0xFEFE; ++code) {
         const char character[] = {char(code >> 8), char(code)};
-        if (test::iconv_text("EUC-JP", "UTF-8", {character, 2})) text.append(character, 2);
+        if (test::iconv_text("EUC-JP", "UTF-8", {character, 2}))
+            text.append(character, 2);
     }
     return text;
 }
@@ -68,7 +69,8 @@ int instructions_of(char* (*convert)(const char*, char*), const std::string& tex
     std::string room(2 * text.size() + 1, '\0');
     const pid_t child = fork();
     if (child == 0) {
-        if (ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) != 0) _exit(1);
+        if (ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) != 0)
+            _exit(1);
         raise(SIGSTOP);
         convert(text.c_str(), room.data());
         _exit(0);
@@ -87,11 +89,13 @@ TEST(JapaneseKernels, AreTheWidestThatTheProcessorRuns) {
         wide && __builtin_cpu_supports("avx512vbmi2") && !without.ends_with("-AVX512BW");
     const auto kanji = [](int count) {
         std::string text;
-        while (count-- > 0) text += "\x93\x8C";
+        while (count-- > 0)
+            text += "\x93\x8C";
         return text;
     };
     const int few = instructions_of(shift2eucx, kanji(1 << 9));
-    if (few < 2) GTEST_SKIP() << "tracing is refused";
+    if (few < 2)
+        GTEST_SKIP() << "tracing is refused";
     // They take about 44, 78 and 189 for 64 bytes.
     const int limit = widest ? 60 : wide ? 120 : 250;
     EXPECT_LT(instructions_of(shift2eucx, kanji((1 << 9) + (1 << 11))) - few, 64 * limit);

@@ -23,7 +23,8 @@ TEST(MailMemory, IsTakenForLongTextsAlone) {
     InitMbutilExt(ZV_SJIS);
     std::string text, line, out(20000, '#');
     // A line in many parts that grows into JIS as much as text can.
-    for (; text.size() < 6000; text += "=B1a=\n") line += "\x1B$B%\"\x1B(Ja";
+    for (; text.size() < 6000; text += "=B1a=\n")
+        line += "\x1B$B%\"\x1B(Ja";
     const std::string subject(9000, 'x');
     FILE* const stream = tmpfile();
     setvbuf(stream, nullptr, _IONBF, 0);

@@ -24,7 +24,8 @@ TEST(MailCharsets, AreReadAsTheyAreWritten) {
                                                  {"iso-2022-cn-bg5", 9},
                                                  {"cp-1250", 23},
                                                  {"cp-1251", 24}};
-    for (const auto& [name, code_set] : names) EXPECT_EQ(code_set_of(name), code_set) << name;
+    for (const auto& [name, code_set] : names)
+        EXPECT_EQ(code_set_of(name), code_set) << name;
     const std::map<int, int> asian = {{3, 3}, {7, 7}, {9, 7}, {11, 12}, {12, 12}};
     for (int code_set = -1; code_set <= 70; ++code_set) {
         const std::string name = mbGetMIMECharset(code_set);
@@ -44,7 +45,9 @@ TEST(CodeSetChoice, ForMailAndForData) {
     const std::map<int, int> partner = {{4, 5}, {5, 4},   {10, 7},  {7, 10},  {8, 9},
                                         {9, 8}, {13, 12}, {12, 13}, {24, 17}, {17, 24}};
     for (int a = -1; a <= 70; ++a) {
-        if (a < ZV_JIS || a > ZV_CP1258) { EXPECT_EQ(mbGetCodeSetForMail(a), 0) << a; }
+        if (a < ZV_JIS || a > ZV_CP1258) {
+            EXPECT_EQ(mbGetCodeSetForMail(a), 0) << a;
+        }
         for (int b = -1; b <= 70; ++b)
             EXPECT_EQ(mbGetCodeSetForData(a, b), partner.count(a) && partner.at(a) == b ? b : a)
                 << a << ' ' << b;

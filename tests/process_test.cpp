@@ -122,7 +122,8 @@ TEST(Process, CompletesTheLanguageEnvironment) {
     EXPECT_EQ(completed("ja", system.c_str()), "ja " + system + ":" + system);
     setenv("NLSPATH", "/opt/more/%N", 1);
     const auto value = [] { return OSInitLanguage(), getenv("NLSPATH"); };
-    for (const int nth : {1, 2}) EXPECT_STREQ(test::with_fault(nth, value).first, "/opt/more/%N");
+    for (const int nth : {1, 2})
+        EXPECT_STREQ(test::with_fault(nth, value).first, "/opt/more/%N");
     // The environment keeps a block for every new value; nothing else stays.
     const auto blocks_for = [](auto action) {
         const long before = test::live_blocks();

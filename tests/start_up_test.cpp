@@ -17,7 +17,8 @@ namespace {
 const std::string kHosts = "10.1.2.3 alpha.beta.gamma alpha\n";
 
 TEST(StartUp, FillsWhatANewDirectoryEmpties) {
-    if (!test::enter_private_host("alpha", kHosts)) GTEST_SKIP() << "a private host is refused";
+    if (!test::enter_private_host("alpha", kHosts))
+        GTEST_SKIP() << "a private host is refused";
     setenv("ZVCONFIGDIR", "", 1);
     SetZVInstallPath("");
     SetZVInstallPath(nullptr);
@@ -43,14 +44,16 @@ TEST(StartUp, FillsWhatANewDirectoryEmpties) {
 }
 
 TEST(StartUp, WithoutAHostNameResolvesNothing) {
-    if (!test::enter_private_host("nowhere", kHosts)) GTEST_SKIP() << "a private host is refused";
+    if (!test::enter_private_host("nowhere", kHosts))
+        GTEST_SKIP() << "a private host is refused";
     EXPECT_EQ(InitializeSrvUtil(), 0);
     setenv("ZVCONFIGDIR", "/later", 1);
     EXPECT_STREQ(OSGetZVConfigPath(), "/later");
 }
 
 TEST(StartUp, ReadsTheConfigurationFileOnce) {
-    if (!test::enter_private_host("alpha", kHosts)) GTEST_SKIP() << "a private host is refused";
+    if (!test::enter_private_host("alpha", kHosts))
+        GTEST_SKIP() << "a private host is refused";
     const test::Folder folder;
     const auto configure = [&](const std::string& database) {
         test::write_file(folder / "zv.conf", "Server-directory:" + database + "\nKey: v\n");
@@ -86,11 +89,13 @@ void start_up(int out) {
     InitMbutil();
     test::GuardedRoom name(65);
     OSGetServerNameNoDomain(name.data());
-    if (mbGetLocaleCodeSet() != ZV_WESTERN || mbmaxcharlen() != 1) dprintf(out, "code set");
+    if (mbGetLocaleCodeSet() != ZV_WESTERN || mbmaxcharlen() != 1)
+        dprintf(out, "code set");
     for (const char* path :
          {OSGetZVInstallPath(), OSGetZVConfigPath(), OSGetServerConfigPath(), OSGetDBConfigPath(),
           OSGetAuditConfigPath(), OSGetZVQDirectory(), OSGetServerDbPath()})
-        if (*path == '\0' || strnlen(path, 256) > 255) dprintf(out, "path %.300s", path);
+        if (*path == '\0' || strnlen(path, 256) > 255)
+            dprintf(out, "path %.300s", path);
     const char* const monitor = getenv("ZVMCONFIGFILE");
     const bool fits = monitor != nullptr && strnlen(monitor, 256) - 1 < 255;
     if (OSGetZVMonitorConfigFile(nullptr) != std::string(fits ? monitor : "../conf/zvmonitor.conf"))
@@ -98,13 +103,15 @@ void start_up(int out) {
     struct stat status {};
     for (int i = 0; i < 20; ++i) {
         char* const temporary = OSTmpName("zv");
-        if (temporary == nullptr) break; // as for a directory with too long a name
+        if (temporary == nullptr)
+            break; // as for a directory with too long a name
         // Whoever plants a link at such a name does not get the next one.
         if (lstat(temporary, &status) == 0 || symlink("/no/such", temporary) != 0)
             dprintf(out, "name %s", temporary);
         unlink(temporary), free(temporary);
     }
-    if (OSTmpFileFd() == -1) dprintf(out, "temporary file");
+    if (OSTmpFileFd() == -1)
+        dprintf(out, "temporary file");
 }
 
 TEST(StartUp, SucceedsInAnyEnvironment) {
@@ -114,7 +121,8 @@ TEST(StartUp, SucceedsInAnyEnvironment) {
         "", "/", "%s%n%L%N", "\x1B[2J\xFF\x80\x8E", "../../../etc", "LC_CTYPE=;LC_NUMERIC=/;"};
     for (const size_t length : {255u, 256u, 5000u, 1u << 20})
         values.push_back("en." + std::string(length - 3, '8'));
-    for (const char* name : {"file", "file/none"}) values.push_back(folder / name);
+    for (const char* name : {"file", "file/none"})
+        values.push_back(folder / name);
     for (const char* variable : {"LANG", "LC_ALL", "LC_CTYPE", "LOCPATH", "NLSPATH", "ZVCONFIGDIR",
                                  "ZVMCONFIGFILE", "TMPDIR"}) {
         for (const std::string& value : values) {
@@ -150,7 +158,8 @@ TEST(StartUp, ReadsAnythingInTheConfigurationFilesPlace) {
             setenv("ZVCONFIGDIR", ".", 1);
             dprintf(out, "%s", OSGetServerDbPath());
             getrusage(RUSAGE_SELF, &after);
-            if (after.ru_maxrss - before.ru_maxrss > 4096) dprintf(out, " grew");
+            if (after.ru_maxrss - before.ru_maxrss > 4096)
+                dprintf(out, " grew");
         });
         EXPECT_EQ(child.finish(), database) << making;
         std::filesystem::remove_all("zv.conf");

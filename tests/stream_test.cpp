@@ -32,7 +32,8 @@ TEST(Stream, TakesADescriptorOver) {
     const Stream stream{ZVfdopen(descriptor, "r+a")};
     EXPECT_EQ(ZVfgetc(stream), '4');
     for (const int room : {1 + 4, 4096}) {
-        for (int i = 0; i < room; ++i) EXPECT_EQ(ZVungetc('p', stream), 'p');
+        for (int i = 0; i < room; ++i)
+            EXPECT_EQ(ZVungetc('p', stream), 'p');
         EXPECT_EQ(ZVungetc('p', stream), -1);
         EXPECT_EQ(ZVftell(stream), (room == 5 ? 1 : 11) - room);
         EXPECT_EQ(ZVfputc('x', stream), 'x') << "drops what was pushed back";
@@ -59,7 +60,8 @@ TEST(Stream, FailuresGiveTheirValuesAndErrno) {
             {"ZVftell", bad(ZVftell(f))},        {"ZVferror", bad(ZVferror(f))},
             {"ZVfseek", bad(ZVfseek(f, 0, 0))},  {"ZVfflush", bad(ZVfflush(f))},
             {"ZVfileno", with(0, ZVfileno(f))},  {"ZVfgetpos", bad(ZVfgetpos(f, &position))}};
-        for (const auto& [call, result] : failing) EXPECT_EQ(result, -1) << call;
+        for (const auto& [call, result] : failing)
+            EXPECT_EQ(result, -1) << call;
         EXPECT_EQ(position, 7);
         const std::pair<const char*, long> doing_nothing[] = {
             {"ZVfgets", bad(ZVfgets(s, 1, f) != nullptr)},
@@ -68,7 +70,8 @@ TEST(Stream, FailuresGiveTheirValuesAndErrno) {
             {"ZVfeof", bad(ZVfeof(f))},
             {"ZVrewind", bad((ZVrewind(f), 0))},
             {"ZVclearerr", bad((ZVclearerr(f), 0))}};
-        for (const auto& [call, result] : doing_nothing) EXPECT_EQ(result, 0) << call;
+        for (const auto& [call, result] : doing_nothing)
+            EXPECT_EQ(result, 0) << call;
     }
     const Stream full = open_stream("/dev/full", "w"), directory = open_stream("/", "r");
     EXPECT_EQ(with(ENOSPC, ZVfwrite("abc", 1, 3, full)), 0);

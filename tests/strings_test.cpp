@@ -42,7 +42,8 @@ TEST(Strings, NoTrailByteIsFound) {
         InitMbutilExt(rules.code_set);
         for (int pair = 0x8001; pair <= 0xFFFF; ++pair) {
             const char lead = char(pair >> 8), trail = char(pair);
-            if (trail == 0 || trail == lead || trail == '!') continue;
+            if (trail == 0 || trail == lead || trail == '!')
+                continue;
             const bool whole = length_by_rules(rules, {lead, trail}, rules.longest) == 2;
             // Alone, and across the border of two words of 64 bytes.
             for (const std::string& before : {std::string(), padding}) {
@@ -122,15 +123,18 @@ TEST(Strings, LongNeedlesAmongTheirLikenesses) {
     // A word over and over, with a few of its letters exchanged.
     const auto nearly_repeated = [&](const std::string& word, size_t size, size_t exchanges) {
         std::string text;
-        while (text.size() < size) text += word;
+        while (text.size() < size)
+            text += word;
         text.resize(size);
-        while (exchanges-- > 0) text[below(size)] ^= 'a' ^ 'b';
+        while (exchanges-- > 0)
+            text[below(size)] ^= 'a' ^ 'b';
         return text;
     };
     InitMbutilExt(ZV_EUC);
     for (int n = 0; n < 30000; ++n) {
         std::string word(1 + below(12), 'a');
-        for (char& c : word) c = "ab"[below(2)];
+        for (char& c : word)
+            c = "ab"[below(2)];
         std::string needle = nearly_repeated(word, 17 + below(30), below(3));
         GuardedText text(nearly_repeated(below(2) ? word : needle, 200 + below(200), below(8)));
         const std::string hay = text.data();

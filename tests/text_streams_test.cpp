@@ -59,7 +59,8 @@ TEST(Dispatch, TheWindowsFormItsLengthAndTheByteSum) {
         {"WindowsCodingToUnixCodingExt, to", WindowsCodingToUnixCodingExt("a", nullptr)},
         {"AccumulateAsciiForStr, none", AccumulateAsciiForStr(nullptr)},
         {"AccumulateAsciiForStr, empty", AccumulateAsciiForStr("")}};
-    for (const auto& [call, result] : refused) EXPECT_FALSE(result) << call;
+    for (const auto& [call, result] : refused)
+        EXPECT_FALSE(result) << call;
 }
 
 TEST(Numbers, AreThoseThatIconvKnows) {
@@ -121,7 +122,8 @@ TEST(FileConversion, AppendsRefusesAndKeepsWhatItMay) {
     EXPECT_FALSE(converts("in", "no/such", 0, ZV_SJIS));
     EXPECT_FALSE(std::filesystem::exists(out));
     EXPECT_TRUE(converts("in", "out", 0, ZV_SJIS));
-    for (const int append : {1, 2, -1}) EXPECT_TRUE(converts("in", "out", char(append), ZV_SJIS));
+    for (const int append : {1, 2, -1})
+        EXPECT_TRUE(converts("in", "out", char(append), ZV_SJIS));
     EXPECT_EQ(content(out), "\xB0\xA1\xB0\xA1\xB0\xA1\xB0\xA1");
     EXPECT_TRUE(converts("in", "out", 0, ZV_SJIS));
     EXPECT_EQ(content(out), "\xB0\xA1");
@@ -142,7 +144,8 @@ TEST(FileConversion, TakesPipesThatGiveALittleAtATime) {
     const Folder folder;
     const std::string in = folder / "in", out = folder / "out";
     std::string text;
-    while (text.size() < 1'000'000) text += "\x88\x9F\xB1 x\n";
+    while (text.size() < 1'000'000)
+        text += "\x88\x9F\xB1 x\n";
     ASSERT_EQ(mkfifo(in.c_str(), 0600), 0);
     const Child writer([&](int) { write_file(in, text); });
     InitMbutilExt(ZV_EUC);

@@ -26,8 +26,10 @@ namespace {
 template <class Action>
 void in_threads(Action action) {
     std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i) threads.emplace_back(action, i);
-    for (std::thread& thread : threads) thread.join();
+    for (int i = 0; i < 4; ++i)
+        threads.emplace_back(action, i);
+    for (std::thread& thread : threads)
+        thread.join();
 }
 
 TEST(Threads, ExcludeEachOtherAndKeepTheirValuesApart) {
@@ -44,7 +46,8 @@ TEST(Threads, ExcludeEachOtherAndKeepTheirValuesApart) {
         for (int i = 0; i < 2000; ++i) {
             OSEnterCriticalSection(&section);
             const int before = rounds;
-            if (i % 100 == 0) std::this_thread::yield();
+            if (i % 100 == 0)
+                std::this_thread::yield();
             rounds = before + 1;
             OSLeaveCriticalSection(&section);
         }
@@ -103,7 +106,8 @@ TEST(Threads, ReadNamesThatAreResolvedAgain) {
     in_threads([](int thread) {
         for (int i = 0; i < 500; ++i) {
             char name[65];
-            if (thread == 0) InitHostnameWithDomain();
+            if (thread == 0)
+                InitHostnameWithDomain();
             ASSERT_EQ(OSGetHostnameWithDomain(name), 1);
             ASSERT_STREQ(name, "alpha.beta.gamma");
         }

@@ -26,7 +26,8 @@ TEST_F(ZvconvMail, StandardSubjectsAreReadByAllAndDecodedAgain) {
         const std::string kanji = sample.substr(0, sample.find('\n'));
         std::string long_line = sample;
         for (char& byte : long_line)
-            if (byte == '\n') byte = ' ';
+            if (byte == '\n')
+                byte = ' ';
         std::string text = sample + "x" + long_line + "x\n" + "Re: " + kanji + " is  it\n" +
                            "two  spaces " + kanji + "\nlast \n x =?x?= _ = ?\n" +
                            std::string(100, 'w') + " " + kanji + "\n" + std::string(70, 'v') + " " +
@@ -48,7 +49,8 @@ TEST_F(ZvconvMail, StandardSubjectsAreReadByAllAndDecodedAgain) {
         std::istringstream lines(tool.read("out"));
         for (std::string line; std::getline(lines, line);) {
             const size_t word = line.find("=?");
-            if (word == std::string::npos) continue;
+            if (word == std::string::npos)
+                continue;
             EXPECT_LE(line.size(), 76u) << line;
             EXPECT_LE(line.find("?= ", word) == std::string::npos ? line.size() - word : 0, 75u)
                 << line;

@@ -44,9 +44,11 @@ TEST(Zvconv, ConvertsTheSampleTextsAsIconvAndAMailProgramDo) {
         EXPECT_EQ(tool.read("in~"), text);
         EXPECT_EQ(tool.run("-i --backup -t EUC -f JIS in"), 1) << "the first backup stays";
         std::filesystem::remove(tool.folder / "in~");
-        if (c.subject_options == nullptr) continue;
+        if (c.subject_options == nullptr)
+            continue;
         // Half-width katakana come back full-width.
-        if (std::string(c.iconv_from) == "EUC-JP") text.resize(text.find('\n') + 1);
+        if (std::string(c.iconv_from) == "EUC-JP")
+            text.resize(text.find('\n') + 1);
         tool.write("in", text);
         EXPECT_EQ(tool.run(std::string(c.subject_options) + " in"), 0);
         const std::string reader =
@@ -177,7 +179,8 @@ TEST(Zvconv, AReplacedFileKeepsItsModeAndItsLinks) {
 
 TEST(Zvconv, ProgressIsShownOnATerminalAlone) {
     const Zvconv tool;
-    if (tool.run("-V; script -qec true log") != 0) GTEST_SKIP() << "no pseudo-terminals here";
+    if (tool.run("-V; script -qec true log") != 0)
+        GTEST_SKIP() << "no pseudo-terminals here";
     tool.write("big", std::string(65 << 20, 'x'));
     const std::string command = "-V; script -qec '" ZVUTIL_ZVCONV " -f EUC -t SJIS -o /dev/null ";
     EXPECT_EQ(tool.run(command + "big' log"), 0);
@@ -232,7 +235,8 @@ TEST(Zvconv, AnUnreadableFileIsNamedAndTheOthersAreDone) {
     const std::string plainly = geteuid() != 0 ? ""
                                                : "setpriv --bounding-set=-dac_override,"
                                                  "-dac_read_search ";
-    if (tool.run("-V; " + plainly + "true #") != 0) GTEST_SKIP() << "rights cannot be dropped here";
+    if (tool.run("-V; " + plainly + "true #") != 0)
+        GTEST_SKIP() << "rights cannot be dropped here";
     std::filesystem::create_directories(tool.folder / "tree/shut");
     for (const char* name : {"secret", "open", "tree/shut/deep", "tree/open"})
         tool.write(name, "\x88\x9F");
@@ -251,8 +255,10 @@ TEST(Zvconv, AnUnreadableFileIsNamedAndTheOthersAreDone) {
 TEST_F(ZvconvUnicode, AnEndedRunOfManyProcessesLeavesNothingHalfDone) {
     const Zvconv tool;
     std::string big;
-    for (int i = 0; i < 300000; ++i) big += "\x88\x9F\x93\xFA\n";
-    for (const char* name : {"1", "2", "3", "4", "5", "6"}) tool.write(name, big);
+    for (int i = 0; i < 300000; ++i)
+        big += "\x88\x9F\x93\xFA\n";
+    for (const char* name : {"1", "2", "3", "4", "5", "6"})
+        tool.write(name, big);
     EXPECT_EQ(
         tool.run(
             "-V; " ZVUTIL_ZVCONV " -f SJIS -t UTF-8 -i -j 3 1 2 3 4 5 6 & "
@@ -262,7 +268,8 @@ TEST_F(ZvconvUnicode, AnEndedRunOfManyProcessesLeavesNothingHalfDone) {
     for (const auto& entry : std::filesystem::directory_iterator(tool.folder / "")) {
         const std::string name = entry.path().filename();
         EXPECT_NE(name[0], '.') << name;
-        if (name.size() != 1) continue;
+        if (name.size() != 1)
+            continue;
         const auto size = entry.file_size();
         EXPECT_TRUE(size == big.size() || size == 7 * (big.size() / 5)) << name << ": " << size;
     }
@@ -275,7 +282,8 @@ std::string options_in(const std::string& text, const char* pattern) {
     for (std::sregex_iterator match(text.begin(), text.end(), option), end; match != end; ++match)
         names.insert((*match)[1]);
     std::string lines;
-    for (const std::string& name : names) lines += name + "\n";
+    for (const std::string& name : names)
+        lines += name + "\n";
     return lines;
 }
 

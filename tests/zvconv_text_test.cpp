@@ -25,7 +25,8 @@ const struct {
 std::vector<std::string> lines_of(const std::string& text) {
     std::vector<std::string> lines;
     std::istringstream stream(text);
-    for (std::string line; std::getline(stream, line);) lines.push_back(line + "\n");
+    for (std::string line; std::getline(stream, line);)
+        lines.push_back(line + "\n");
     return lines;
 }
 
@@ -115,7 +116,8 @@ TEST_F(ZvconvText, ControlsStayControls) {
         }
         // What becomes control codes comes back, but for what would become layout.
         std::string high;
-        for (int byte = 0x80; byte < 0x100; ++byte) high += static_cast<char>(byte);
+        for (int byte = 0x80; byte < 0x100; ++byte)
+            high += static_cast<char>(byte);
         const std::string there = std::string(" -f ") + p.windows + " -t " + p.iso;
         const std::string back = std::string(" -f ") + p.iso + " -t " + p.windows;
         const std::string iso =
@@ -190,13 +192,15 @@ TEST_F(ZvconvText, FaultsAreLocatedAndReplaced) {
     }
     // Far behind the beginning, after several blocks; and in units of two bytes.
     std::string text;
-    for (int i = 0; i < 40000; ++i) text += "\xB0\xA1 x\n";
+    for (int i = 0; i < 40000; ++i)
+        text += "\xB0\xA1 x\n";
     tool.convert("-f EUC -t UTF-8", text + "\xFF\n");
     EXPECT_TRUE(tool.says("text:40001: offset 200000: malformed EUC: FF")) << tool.read("stderr");
     tool.convert("-f UTF-16LE -t EUC", std::string("\x0A\x00\x0A\x30\x0A\x00\xAC\x20", 8));
     EXPECT_TRUE(tool.says("text:3: offset 6: no counterpart in EUC: AC 20")) << tool.read("stderr");
     text.clear();
-    for (int i = 0; i < 100; ++i) text += "\xA4\xA2\xA4\xA4";
+    for (int i = 0; i < 100; ++i)
+        text += "\xA4\xA2\xA4\xA4";
     tool.convert("-f auto -t UTF-8", text + "\xFF\n");
     EXPECT_TRUE(tool.says("text:1: offset 400: malformed EUC: FF")) << "still Japanese";
     // Each is told with --verbose, up to a limit; none of those accepted with -q.
@@ -234,7 +238,8 @@ TEST_F(ZvconvText, EveryNameOfAnEncodingConverts) {
 TEST_F(ZvconvText, GuessesNameEncodingAndLineEnds) {
     const Zvconv tool;
     EXPECT_EQ(tool.convert("-f auto -t UTF-16BE", "a\\b~"), std::string("\0a\0\\\0b\0~", 8));
-    for (const auto& c : kSamples) tool.write(c.name, test::sample(c.sample));
+    for (const auto& c : kSamples)
+        tool.write(c.name, test::sample(c.sample));
     tool.write("JIS", test::sample("japanese.jis"));
     tool.write("ascii", "plain\r\n");
     tool.write("mixed", "a\r\nb\nc\r");
@@ -304,7 +309,8 @@ TEST(ZvconvParts, CutAtLineEndsGiveTheWhole) {
     const Zvconv tool;
     std::mt19937 random(1);
     std::vector<std::pair<std::string, std::string>> texts;
-    for (const auto& c : kSamples) texts.emplace_back(c.name, test::sample(c.sample));
+    for (const auto& c : kSamples)
+        texts.emplace_back(c.name, test::sample(c.sample));
     texts.emplace_back("JIS", test::sample("japanese.jis"));
     texts.emplace_back("UTF-8", *test::iconv_text("EUC-JP", "UTF-8", test::sample("japanese.euc")));
     for (const auto& [from, text] : texts) {
@@ -317,16 +323,19 @@ TEST(ZvconvParts, CutAtLineEndsGiveTheWhole) {
             std::string parts, part;
             for (const std::string& line : lines_of(text + "\n" + text)) {
                 part += line;
-                if (random() % 3 != 0) continue;
+                if (random() % 3 != 0)
+                    continue;
                 parts += tool.convert(options, part);
                 part.clear();
             }
             EXPECT_EQ(parts + tool.convert(options, part), whole) << options;
         }
     }
-    if (tool.run("-V && parallel --version") != 0) GTEST_SKIP() << "no GNU parallel here";
+    if (tool.run("-V && parallel --version") != 0)
+        GTEST_SKIP() << "no GNU parallel here";
     std::string text;
-    while (text.size() < 3'000'000) text += test::sample("japanese.jis");
+    while (text.size() < 3'000'000)
+        text += test::sample("japanese.jis");
     tool.write("jis", text);
     EXPECT_EQ(
         tool.run("-V && parallel --will-cite --pipe --keep-order --block 200k -j 2 " ZVUTIL_ZVCONV

@@ -37,7 +37,9 @@ struct Zvconv {
 // Tests of what zvconv has iconv do.
 struct WithConverters : testing::Test {
 #ifdef ZVUTIL_NO_CONVERTERS
-    void SetUp() override { GTEST_SKIP() << ZVUTIL_NO_CONVERTERS; }
+    void SetUp() override {
+        GTEST_SKIP() << ZVUTIL_NO_CONVERTERS;
+    }
 #endif
 };
 
