@@ -30,13 +30,15 @@ extern "C" int gethostbyaddr_r(const void*, socklen_t, int, hostent* entry, char
 
 namespace {
 
+using namespace test;
+
 void configure(const std::string& server_name) {
     strcpy(serverNameFromConfig, server_name.c_str());
 }
 
 // What a function leaves in the room of a name, and "!" before it when it reports a failure.
 std::string name_by(auto function) {
-    test::GuardedRoom out(65);
+    GuardedRoom out(65);
     const std::string status = function(out.data()) == 1 ? "" : "!";
     return status + (*out.data() == '#' ? "untouched" : out.text());
 }
@@ -56,7 +58,7 @@ protected:
         const std::string hosts = "10.1.2.3 alpha.beta.gamma alpha mirror\n"
                                   "10.1.2.4 delta.beta.gamma delta beta\n"
                                   "10.1.2.5 solo\n10.1.2.6 .... dots\n";
-        if (!test::enter_private_host("alpha", hosts))
+        if (!enter_private_host("alpha", hosts))
             GTEST_SKIP() << "a private host is refused";
     }
 };

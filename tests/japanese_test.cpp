@@ -15,12 +15,14 @@
 
 namespace {
 
+using namespace test;
+
 // Every two-byte character that iconv knows in Japanese EUC.
 std::string repertoire() {
     std::string text;
     for (int code = 0xA1A1; code <= 0xFEFE; ++code) {
         const char character[] = {char(code >> 8), char(code)};
-        if (test::iconv_text("EUC-JP", "UTF-8", {character, 2}))
+        if (iconv_text("EUC-JP", "UTF-8", {character, 2}))
             text.append(character, 2);
     }
     return text;
@@ -30,13 +32,13 @@ TEST(JapaneseConverters, AgreeWithIconvOverTheWholeRepertoire) {
     const std::string euc = repertoire();
     EXPECT_EQ(euc.size(), 2 * 6879u) << "JIS X 0208";
     std::map<int, std::string> forms = {{ZV_EUC, euc},
-                                        {ZV_SJIS, *test::iconv_text("EUC-JP", "SJIS", euc)},
-                                        {ZV_JIS, *test::iconv_text("EUC-JP", "ISO-2022-JP", euc)}};
+                                        {ZV_SJIS, *iconv_text("EUC-JP", "SJIS", euc)},
+                                        {ZV_JIS, *iconv_text("EUC-JP", "ISO-2022-JP", euc)}};
     forms[ZV_JIS].back() = 'J'; // iconv returns to single-byte text with ESC ( B
-    for (const auto& direction : test::kJapanese) {
+    for (const auto& direction : kJapanese) {
         const std::string text = forms[direction.from];
         const size_t room = direction.growth * text.size() + direction.extra;
-        EXPECT_EQ(test::convert_guarded(direction.convert, text, room), forms[direction.to])
+        EXPECT_EQ(convert_guarded(direction.convert, text, room), forms[direction.to])
             << direction.name;
     }
 }
@@ -104,10 +106,10 @@ TEST(JapaneseKernels, AreTheWidestThatTheProcessorRuns) {
 
 TEST(JapaneseCharacters, ShiftJisAndJisAreInverse) {
     for (int lead = 0x81; lead <= 0xEF; ++lead) {
-        for (int trail = 0x40; test::is_lead(lead) && trail <= 0xFC; ++trail) {
+        for (int trail = 0x40; is_lead(lead) && trail <= 0xFC; ++trail) {
             int first = lead, second = trail;
             sjis2jis(&first, &second);
-            ASSERT_TRUE(test::between(first, 0x21, 0x7E) && test::between(second, 0x21, 0x7E));
+            ASSERT_TRUE(between(first, 0x21, 0x7E) && between(second, 0x21, 0x7E));
             jis2sjis(&first, &second);
             // 7F is no trail byte of Shift-JIS proper; it stands for the cell of 80.
             ASSERT_EQ(std::pair(first, second), std::pair(lead, trail == 0x7F ? 0x80 : trail));
@@ -124,7 +126,7 @@ TEST(JapaneseCharacters, AnnouncedLengthsAndEscapeSequences) {
     EXPECT_FALSE(bytesInEucChar(nullptr) || bytesInShiftChar(nullptr));
     for (int i = 0; i < 16; ++i) {
         const int c = "$(KH"[i % 4], before = i / 4 % 2, after = c == '$' || c == 'K';
-        test::GuardedText rest(i < 8 ? "B" : "");
+        GuardedText rest(i < 8 ? "B" : "");
         const unsigned char* at = rest.bytes();
         int mode = before;
         EXPECT_EQ(SkipESCSeq(&at, c, &mode), after != before) << i;
@@ -143,8 +145,8 @@ TEST(Estimators, SaturateBeyondTheLargestNumber) {
     constexpr size_t kMost = INT_MAX;
     // One byte longer in EUC, two in EUC-TW; two shorter in Shift-JIS and in Big5.
     constexpr char kEnd[] = "\xC9@\x8E\xB1\x8E\xB1";
-    const size_t size = (2 * kMost / test::kPiece + 2) * test::kPiece;
-    char* const end = test::repeated_piece(size, 'x', MAP_PRIVATE) + size - 1;
+    const size_t size = (2 * kMost / kPiece + 2) * kPiece;
+    char* const end = repeated_piece(size, 'x', MAP_PRIVATE) + size - 1;
     memcpy(end + 1 - sizeof kEnd, kEnd, sizeof kEnd);
     struct Form {
         const char* name;
@@ -180,14 +182,14 @@ for kana in range(0xA1, 0xE0):
 ')";
 
 TEST(Katakana, WidensAsUnicodeNormalisesAndMergesMarks) {
-    const std::string normalised = test::output_of(kNormalise);
+    const std::string normalised = output_of(kNormalise);
     ASSERT_EQ(normalised.size(), 63u * 4 * 2);
     for (const int code_set : {int(ZV_SJIS), int(ZV_EUC), 1}) {
         for (size_t i = 0; i < normalised.size(); i += 2) {
             const bool euc = code_set == ZV_EUC;
             const size_t plain = code_set == 1 ? i - i % 8 : i;
             const std::string mark(1, "\1\xDE\xDF\xB1"[i / 2 % 4]);
-            test::GuardedText rest(euc ? "\x8E" + mark : mark);
+            GuardedText rest(euc ? "\x8E" + mark : mark);
             const unsigned char* at = rest.bytes();
             int first = int(i / 8) + 0xA1, second = -1;
             han2zen(&at, &first, &second, code_set);
@@ -196,7 +198,7 @@ TEST(Katakana, WidensAsUnicodeNormalisesAndMergesMarks) {
             EXPECT_EQ(at - rest.bytes(), merged ? 1 + euc : 0) << i;
         }
     }
-    test::GuardedText mark("\xDE");
+    GuardedText mark("\xDE");
     for (const int code_set : {int(ZV_SJIS), 1}) {
         const unsigned char* at = code_set == 1 ? nullptr : mark.bytes();
         int other = 0xE0, second = 0;

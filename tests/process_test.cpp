@@ -18,13 +18,15 @@
 
 namespace {
 
+using namespace test;
+
 TEST(Process, LogsEachValueInOrder) {
-    const test::Folder devices;
+    const Folder devices;
     const int log = socket(AF_UNIX, SOCK_DGRAM | SOCK_NONBLOCK, 0);
     sockaddr_un address{AF_UNIX, ""};
     strcpy(address.sun_path, (devices / "log").c_str());
     ASSERT_EQ(bind(log, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
-    if (!test::enter_private_namespaces() || !test::mount_over("/dev", devices / ""))
+    if (!enter_private_namespaces() || !mount_over("/dev", devices / ""))
         GTEST_SKIP() << "a private /dev/log is refused";
     openlog("host", LOG_PID, LOG_DAEMON);
     const intptr_t text = reinterpret_cast<intptr_t>("text");
@@ -86,7 +88,7 @@ TEST(Process, SignalsNobodyByANegativeId) {
         const timespec at_once{};
         return sigtimedwait(&urgent, nullptr, &at_once) == SIGURG;
     };
-    test::Child child([&](int out) {
+    Child child([&](int out) {
         setpgid(0, 0);
         for (const pid_t process : {-1, -getpid(), 0, getpid()}) {
             OSSignalProcess(process, SIGURG);
@@ -123,11 +125,11 @@ TEST(Process, CompletesTheLanguageEnvironment) {
     setenv("NLSPATH", "/opt/more/%N", 1);
     const auto value = [] { return OSInitLanguage(), getenv("NLSPATH"); };
     for (const int nth : {1, 2})
-        EXPECT_STREQ(test::with_fault(nth, value).first, "/opt/more/%N");
+        EXPECT_STREQ(with_fault(nth, value).first, "/opt/more/%N");
     // The environment keeps a block for every new value; nothing else stays.
     const auto blocks_for = [](auto action) {
-        const long before = test::live_blocks();
-        return action(), test::live_blocks() - before;
+        const long before = live_blocks();
+        return action(), live_blocks() - before;
     };
     const long kept = blocks_for([] { setenv("NLSPATH", "/opt/some/%N", 1); });
     EXPECT_EQ(blocks_for(OSInitLanguage), kept);
@@ -137,25 +139,25 @@ TEST(Process, CompletesTheLanguageEnvironment) {
 }
 
 TEST(Process, DescribesTheSystem) {
-    test::GuardedRoom hardware(258), system(516);
+    GuardedRoom hardware(258), system(516);
     EXPECT_EQ(OSGetHardware(hardware.data()), 1);
     EXPECT_EQ(OSGetOS(system.data()), 1);
-    EXPECT_EQ(system.text() + "\n", test::output_of("uname -sr"));
+    EXPECT_EQ(system.text() + "\n", output_of("uname -sr"));
     utsname told; // an emulated one differs from what another program is told
     ASSERT_EQ(uname(&told), 0);
     EXPECT_EQ(hardware.text(), told.machine);
     EXPECT_EQ(hardware.data()[257], '#') << "written behind the answer";
-    const test::Fault refused = {"no answer", test::kMachine, EFAULT};
+    const Fault refused = {"no answer", kMachine, EFAULT};
     for (const int nth : {1, 2}) {
         memset(system.data(), '#', 516);
         const auto os = [&] { return int{OSGetOS(system.data())}; };
-        EXPECT_EQ(test::with_fault(nth, os, refused), std::pair(0, true)) << nth;
+        EXPECT_EQ(with_fault(nth, os, refused), std::pair(0, true)) << nth;
         EXPECT_EQ(system.text(), "") << nth;
     }
     const auto machine = [&] { return int{OSGetHardware(hardware.data())}; };
-    EXPECT_EQ(test::with_fault(1, machine, refused), std::pair(0, true));
+    EXPECT_EQ(with_fault(1, machine, refused), std::pair(0, true));
     EXPECT_EQ(hardware.text(), "");
-    EXPECT_EQ(test::with_fault(1, InitializeSrvUtil, refused), std::pair(0, true));
+    EXPECT_EQ(with_fault(1, InitializeSrvUtil, refused), std::pair(0, true));
     ZVStatsTime stamp{};
     OSGetTimeForStats(&stamp);
     EXPECT_NEAR(double(stamp.seconds), double(time(nullptr)), 2);

@@ -14,10 +14,12 @@
 
 namespace {
 
+using namespace test;
+
 const std::string kHosts = "10.1.2.3 alpha.beta.gamma alpha\n";
 
 TEST(StartUp, FillsWhatANewDirectoryEmpties) {
-    if (!test::enter_private_host("alpha", kHosts))
+    if (!enter_private_host("alpha", kHosts))
         GTEST_SKIP() << "a private host is refused";
     setenv("ZVCONFIGDIR", "", 1);
     SetZVInstallPath("");
@@ -38,13 +40,13 @@ TEST(StartUp, FillsWhatANewDirectoryEmpties) {
     EXPECT_STREQ(OSGetAuditConfigPath(), "/opt/p/conf/zvaudit.conf");
     EXPECT_STREQ(OSGetDBConfigPath(), "/opt/p/conf/zvdb.conf");
     EXPECT_STREQ(OSGetZVQDirectory(), "/usr/zv/conf/zv") << "kept";
-    test::GuardedRoom separator(2), line_end(2);
+    GuardedRoom separator(2), line_end(2);
     OSGetDirSeparator(separator.data()), OSGetEol(line_end.data());
     EXPECT_EQ(separator.text() + line_end.text(), "/\n");
 }
 
 TEST(StartUp, WithoutAHostNameResolvesNothing) {
-    if (!test::enter_private_host("nowhere", kHosts))
+    if (!enter_private_host("nowhere", kHosts))
         GTEST_SKIP() << "a private host is refused";
     EXPECT_EQ(InitializeSrvUtil(), 0);
     setenv("ZVCONFIGDIR", "/later", 1);
@@ -52,18 +54,18 @@ TEST(StartUp, WithoutAHostNameResolvesNothing) {
 }
 
 TEST(StartUp, ReadsTheConfigurationFileOnce) {
-    if (!test::enter_private_host("alpha", kHosts))
+    if (!enter_private_host("alpha", kHosts))
         GTEST_SKIP() << "a private host is refused";
-    const test::Folder folder;
+    const Folder folder;
     const auto configure = [&](const std::string& database) {
-        test::write_file(folder / "zv.conf", "Server-directory:" + database + "\nKey: v\n");
+        write_file(folder / "zv.conf", "Server-directory:" + database + "\nKey: v\n");
     };
     setenv("ZVCONFIGDIR", (folder / "").c_str(), 1);
     configure("/first");
     EXPECT_EQ(InitializeSrvUtil(), 1);
     configure("/second");
     sethostname("later", 5);
-    test::GuardedRoom name(65);
+    GuardedRoom name(65);
     OSGetHostnameNoDomain(name.data());
     EXPECT_EQ(name.text(), "alpha") << "resolved at start-up";
     EXPECT_STREQ(OSGetServerDbPath(), "/first/");
@@ -75,10 +77,10 @@ TEST(StartUp, ReadsTheConfigurationFileOnce) {
 }
 
 TEST(StartUp, IsNotNeededToReadASetting) {
-    const test::Folder folder;
-    test::write_file(folder / "zv.conf", "Key:  value \n");
+    const Folder folder;
+    write_file(folder / "zv.conf", "Key:  value \n");
     setenv("ZVCONFIGDIR", (folder / "").c_str(), 1);
-    test::GuardedRoom value(256);
+    GuardedRoom value(256);
     GetLineFromServerConfigFileDup("Key:", value.data());
     EXPECT_EQ(value.text(), "value");
 }
@@ -87,7 +89,7 @@ TEST(StartUp, IsNotNeededToReadASetting) {
 void start_up(int out) {
     OSInitLanguage();
     InitMbutil();
-    test::GuardedRoom name(65);
+    GuardedRoom name(65);
     OSGetServerNameNoDomain(name.data());
     if (mbGetLocaleCodeSet() != ZV_WESTERN || mbmaxcharlen() != 1)
         dprintf(out, "code set");
@@ -115,8 +117,8 @@ void start_up(int out) {
 }
 
 TEST(StartUp, SucceedsInAnyEnvironment) {
-    const test::Folder folder;
-    test::write_file(folder / "file", "");
+    const Folder folder;
+    write_file(folder / "file", "");
     std::vector<std::string> values = {
         "", "/", "%s%n%L%N", "\x1B[2J\xFF\x80\x8E", "../../../etc", "LC_CTYPE=;LC_NUMERIC=/;"};
     for (const size_t length : {255u, 256u, 5000u, 1u << 20})
@@ -126,7 +128,7 @@ TEST(StartUp, SucceedsInAnyEnvironment) {
     for (const char* variable : {"LANG", "LC_ALL", "LC_CTYPE", "LOCPATH", "NLSPATH", "ZVCONFIGDIR",
                                  "ZVMCONFIGFILE", "TMPDIR"}) {
         for (const std::string& value : values) {
-            test::Child child([&](int out) {
+            Child child([&](int out) {
                 clearenv();
                 setenv(variable, value.c_str(), 1);
                 start_up(out);
@@ -137,7 +139,7 @@ TEST(StartUp, SucceedsInAnyEnvironment) {
 }
 
 TEST(StartUp, ReadsAnythingInTheConfigurationFilesPlace) {
-    const test::Folder folder;
+    const Folder folder;
     std::filesystem::current_path(folder / "");
     const std::pair<const char*, const char*> cases[] = {
         {"mkfifo zv.conf", "./"},
@@ -151,7 +153,7 @@ TEST(StartUp, ReadsAnythingInTheConfigurationFilesPlace) {
     };
     for (const auto& [making, database] : cases) {
         ASSERT_EQ(system(making), 0) << making;
-        test::Child child([](int out) {
+        Child child([](int out) {
             rusage before{}, after{};
             getrusage(RUSAGE_SELF, &before);
             alarm(100);

@@ -23,6 +23,8 @@ extern "C" int pthread_mutex_destroy(pthread_mutex_t* mutex) noexcept {
 
 namespace {
 
+using namespace test;
+
 template <class Action>
 void in_threads(Action action) {
     std::vector<std::thread> threads;
@@ -71,13 +73,13 @@ TEST(Threads, ExcludeEachOtherAndKeepTheirValuesApart) {
 }
 
 TEST(Threads, LookUpHostsIntoTheirOwnMemory) {
-    if (!test::enter_private_host("alpha", "10.1.2.0 alpha.one a0\n10.1.2.1 alpha.two a1\n"
-                                           "10.1.2.2 alpha.three a2\n10.1.2.3 alpha.four a3\n"))
+    if (!enter_private_host("alpha", "10.1.2.0 alpha.one a0\n10.1.2.1 alpha.two a1\n"
+                                     "10.1.2.2 alpha.three a2\n10.1.2.3 alpha.four a3\n"))
         GTEST_SKIP() << "a private host is refused";
     in_threads([](int thread) {
         const std::string alias = {'a', char('0' + thread)};
         const in_addr address = {htonl(0x0A010200u + unsigned(thread))};
-        test::GuardedRoom room(1024);
+        GuardedRoom room(1024);
         hostent entry;
         int error;
         for (const bool by_name : {true, false}) {
@@ -100,7 +102,7 @@ TEST(Threads, LookUpHostsIntoTheirOwnMemory) {
 }
 
 TEST(Threads, ReadNamesThatAreResolvedAgain) {
-    if (!test::enter_private_host("alpha", "10.1.2.3 alpha.beta.gamma alpha\n"))
+    if (!enter_private_host("alpha", "10.1.2.3 alpha.beta.gamma alpha\n"))
         GTEST_SKIP() << "a private host is refused";
     ASSERT_EQ(InitHostnameWithDomain(), 1);
     in_threads([](int thread) {
