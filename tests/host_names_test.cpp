@@ -52,16 +52,7 @@ std::string remote_name(const std::string& name) {
     return name_by([&](char* out) { return OSGetRemoteHostnameWithDomain(name.c_str(), out); });
 }
 
-class HostNames : public testing::Test {
-protected:
-    void SetUp() override {
-        const std::string hosts = "10.1.2.3 alpha.beta.gamma alpha mirror\n"
-                                  "10.1.2.4 delta.beta.gamma delta beta\n"
-                                  "10.1.2.5 solo\n10.1.2.6 .... dots\n";
-        if (!enter_private_host("alpha", hosts))
-            GTEST_SKIP() << "a private host is refused";
-    }
-};
+using HostNames = PrivateHost;
 
 TEST_F(HostNames, OnlyAFailedLookUpIsReported) {
     EXPECT_EQ(remote_name("DELTA"), "delta.beta.gamma");
