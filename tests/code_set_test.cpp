@@ -6,8 +6,8 @@
 
 #include "mbutil.h"
 #include "support/calls.h"
+#include "support/child.h"
 #include "support/guarded.h"
-#include "support/oracle.h"
 
 namespace {
 
@@ -32,30 +32,44 @@ TEST(CurrentCodeSet, StartsUnknownAndThenSetsTheFlags) {
     }
 }
 
+// What an action gives in a process that has a locale in LANG alone.
+int in_locale(const char* lang, int (*action)()) {
+    Child child([=](int out) {
+        const char* const converters = getenv("GCONV_PATH");
+        clearenv();
+        if (converters != nullptr)
+            setenv("GCONV_PATH", converters, 1);
+        setenv("LOCPATH", ZVUTIL_TEST_LOCALES, 1);
+        setenv("LANG", lang, 1);
+        dprintf(out, "%d", action());
+    });
+    return std::stoi(child.finish());
+}
+
 int adopted() {
     InitMbutil();
     return InitMbutilExt(0);
 }
+int adopted_over_a_lost_one() {
+    setlocale(LC_ALL, "");
+    setenv("LANG", "no_SUCH.locale", 1);
+    return adopted();
+}
+int adopted_of_two() {
+    setenv("LC_CTYPE", "ja_JP.eucJP", 1);
+    return adopted();
+}
+int adopted_decimal_point() {
+    InitMbutil();
+    return *localeconv()->decimal_point;
+}
 
 TEST(CurrentCodeSet, ComesFromTheCharacterTypeAndAdoptsAllCategories) {
-    const auto mixed = [] {
-        setenv("LC_CTYPE", "ja_JP.eucJP", 1);
-        return adopted();
-    };
-    EXPECT_EQ(in_fresh_locale("pl_PL", mixed), ZV_EUC);
-    const auto decimal_point = [] {
-        InitMbutil();
-        return int{*localeconv()->decimal_point};
-    };
-    EXPECT_EQ(in_fresh_locale("pl_PL", decimal_point), ',');
-    const auto of_no_locale = [] {
-        setlocale(LC_ALL, "");
-        setenv("LANG", "no_SUCH.locale", 1);
-        return adopted();
-    };
-    EXPECT_EQ(in_fresh_locale("ja_JP.eucJP", of_no_locale), ZV_EUC) << "the host's stays";
-    EXPECT_EQ(in_fresh_locale("no_SUCH.locale", of_no_locale), ZV_WESTERN);
-    EXPECT_EQ(in_fresh_locale("ja_JP.eucJP", mbGetLocaleCodeSet), 0) << "adopts nothing";
+    EXPECT_EQ(in_locale("pl_PL", adopted_of_two), ZV_EUC);
+    EXPECT_EQ(in_locale("pl_PL", adopted_decimal_point), ',');
+    EXPECT_EQ(in_locale("ja_JP.eucJP", adopted_over_a_lost_one), ZV_EUC) << "the host's stays";
+    EXPECT_EQ(in_locale("no_SUCH.locale", adopted_over_a_lost_one), ZV_WESTERN);
+    EXPECT_EQ(in_locale("ja_JP.eucJP", mbGetLocaleCodeSet), 0) << "adopts nothing";
 }
 
 TEST(CurrentCodeSet, IsAdoptedByTheFirstCallThatNeedsIt) {
@@ -113,7 +127,7 @@ std::string corrected(const std::string& locale) {
     std::string name = locale;
     name.resize(room);
     mbGetCorrectedLocaleForUnix(name.data(), name.data());
-    EXPECT_EQ(convert_guarded(mbGetCorrectedLocaleForUnix, locale, room), name.c_str());
+    EXPECT_EQ(convert_guarded(mbGetCorrectedLocaleForUnix, locale, room), name.c_str()) << locale;
     return name.c_str();
 }
 

@@ -64,6 +64,7 @@ TEST_F(Files, LocksExcludeASecondProcess) {
         EXPECT_EQ(seen.l_pid, other.process);
         EXPECT_EQ(seen.l_start + seen.l_len, 0) << "all of the file, wherever its end comes to be";
         for (const int type : types) {
+            SCOPED_TRACE(testing::Message() << "their lock " << theirs << ", ours " << type);
             const bool granted = theirs != ZV_LOCK_WRITE && type != ZV_LOCK_WRITE;
             EXPECT_EQ(OSLockFileFd(ZVfileno(ours.zv), type, 0), granted);
             EXPECT_EQ(OSLockFile(ours.standard, type, 0), granted);
@@ -108,7 +109,7 @@ TEST_F(Files, StatusTruncationAndNames) {
     EXPECT_EQ(OSFileSize(path.c_str()), 0);
     for (const off_t size : {0x7FFFFFFFLL, 0x80000000LL}) {
         ASSERT_EQ(truncate(path.c_str(), size), 0);
-        EXPECT_EQ(OSFileSize(path.c_str()), size == 0x7FFFFFFF ? size : -1);
+        EXPECT_EQ(OSFileSize(path.c_str()), size == 0x7FFFFFFF ? size : -1) << size;
     }
     EXPECT_EQ(errno, EOVERFLOW);
     EXPECT_EQ(OSRename(path.c_str(), (folder / "new").c_str()), 0);

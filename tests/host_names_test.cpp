@@ -39,14 +39,15 @@ void configure(const std::string& server_name) {
 // What a function leaves in the room of a name, and "!" before it when it reports a failure.
 std::string name_by(auto function) {
     GuardedRoom out(65);
-    const std::string status = function(out.data()) == 1 ? "" : "!";
-    return status + (*out.data() == '#' ? "untouched" : out.text());
+    std::string name;
+    if constexpr (std::is_void_v<decltype(function(out.data()))>)
+        function(out.data());
+    else
+        name = function(out.data()) == 1 ? "" : "!";
+    return name + (*out.data() == '#' ? "untouched" : out.text());
 }
 std::string full_name() {
     return name_by(OSGetServerNameWithDomain);
-}
-std::string short_name() {
-    return name_by([](char* out) { return OSGetServerNameNoDomain(out), 1; });
 }
 std::string remote_name(const std::string& name) {
     return name_by([&](char* out) { return OSGetRemoteHostnameWithDomain(name.c_str(), out); });
@@ -58,36 +59,24 @@ TEST_F(HostNames, OnlyAFailedLookUpIsReported) {
     EXPECT_EQ(remote_name("DELTA"), "delta.beta.gamma");
     EXPECT_EQ(remote_name("lost"), "!untouched");
     EXPECT_EQ(remote_name(std::string(70000, 'n')), "!untouched");
-    EXPECT_EQ(remote_name("dots"), "....");
     sethostname("lost", 4);
     EXPECT_EQ(full_name(), "!untouched");
     EXPECT_EQ(full_name(), "lost");
     EXPECT_EQ(IsCurrentServerName("LOST", nullptr), 1);
-    sethostname("solo", 4);
-    EXPECT_EQ(InitHostnameWithDomain(), 1);
-    configure(std::string(64, 's'));
-    EXPECT_EQ(full_name(), std::string(64, 's')) << "without a domain";
-    EXPECT_EQ(IsCurrentServerName("SOLO", nullptr), 1);
-    EXPECT_EQ(IsCurrentServerName("alpha", nullptr), 0);
-    sethostname("dots", 4);
-    EXPECT_EQ(InitHostnameWithDomain(), 1);
-    EXPECT_EQ(full_name(), "!" + std::string(64, 's')) << "nothing but a domain";
-    EXPECT_EQ(IsCurrentServerName("....", nullptr), 1);
-    EXPECT_EQ(IsCurrentServerName(".", nullptr), 0);
 }
 
 TEST_F(HostNames, ServersTakeTheMachinesDomain) {
     for (const char* node : {"alpha", "delta"}) {
         sethostname(node, 5);
-        EXPECT_EQ(full_name(), "alpha.beta.gamma") << "it is kept";
-        EXPECT_EQ(short_name(), "alpha") << "it is kept";
+        EXPECT_EQ(full_name(), "alpha.beta.gamma") << "kept on " << node;
+        EXPECT_EQ(name_by(OSGetServerNameNoDomain), "alpha") << "kept on " << node;
     }
     InitHostnameNoDomain();
-    EXPECT_EQ(name_by([](char* out) { return OSGetHostnameNoDomain(out), 1; }), "delta");
+    EXPECT_EQ(name_by(OSGetHostnameNoDomain), "delta");
     EXPECT_EQ(name_by(OSGetHostnameWithDomain), "alpha.beta.gamma");
     configure("srv.x");
     EXPECT_EQ(full_name(), "srv.x.beta.gamma");
-    EXPECT_EQ(short_name(), "srv.x");
+    EXPECT_EQ(name_by(OSGetServerNameNoDomain), "srv.x");
     memset(serverNameFromConfig, 'u', 65);
     EXPECT_EQ(full_name(), "!" + std::string(64, 'u')) << "unterminated";
 }
@@ -130,6 +119,7 @@ TEST(LookUps, GiveWhatTheResolverFoundOrWhyNot) {
     hostent entry;
     char buffer[8];
     for (const auto& c : cases) {
+        SCOPED_TRACE(&c - cases);
         answering = [&](hostent* out, hostent** found, int* error) {
             *found = c.finds ? out : nullptr;
             if (c.code != 0)
@@ -138,11 +128,11 @@ TEST(LookUps, GiveWhatTheResolverFoundOrWhyNot) {
         };
         hostent* const expected = c.finds && c.status == 0 ? &entry : nullptr;
         int error = kUntouched;
-        EXPECT_EQ(OSGetHostByName("x", &entry, buffer, 8, &error), expected) << c.status;
-        EXPECT_EQ(error, c.error) << c.status;
+        EXPECT_EQ(OSGetHostByName("x", &entry, buffer, 8, &error), expected);
+        EXPECT_EQ(error, c.error);
         error = kUntouched;
         EXPECT_EQ(OSGetHostByAddr("1234", 4, AF_INET, &entry, buffer, 8, &error), expected);
-        EXPECT_EQ(error, c.error) << c.status;
+        EXPECT_EQ(error, c.error);
     }
 }
 

@@ -82,7 +82,8 @@ TEST(Process, AlarmsGoOffAndEndASleep) {
 
 TEST(Process, SignalsNobodyByANegativeId) {
     sigset_t urgent;
-    sigemptyset(&urgent), sigaddset(&urgent, SIGURG);
+    sigemptyset(&urgent);
+    sigaddset(&urgent, SIGURG);
     sigprocmask(SIG_BLOCK, &urgent, nullptr); // It disturbs nobody, should it go too far.
     const auto took_it = [&] {
         const timespec at_once{};
@@ -115,27 +116,35 @@ TEST(Process, RaisesTheLimitAndLeavesPriorityAndStreamModes) {
 
 TEST(Process, CompletesTheLanguageEnvironment) {
     const std::string system = "/usr/lib/locale/%L/LC_MESSAGES/%N";
-    const auto completed = [](const char* language, const char* catalogues) {
-        setenv("LANG", language, 1), setenv("NLSPATH", catalogues, 1);
+    const struct {
+        const char *language, *catalogues;
+        std::string completed_language, completed_catalogues;
+    } cases[] = {{nullptr, nullptr, "C", system},
+                 {"", "", "C", system},
+                 {"ja", "/opt/some/%N", "ja", "/opt/some/%N:" + system}};
+    for (const auto& c : cases) {
+        unsetenv("LANG");
+        unsetenv("NLSPATH");
+        if (c.language != nullptr) {
+            setenv("LANG", c.language, 1);
+            setenv("NLSPATH", c.catalogues, 1);
+        }
         OSInitLanguage();
-        return getenv("LANG") + std::string(" ") + getenv("NLSPATH");
-    };
-    EXPECT_EQ(completed("", ""), "C " + system);
-    EXPECT_EQ(completed("ja", system.c_str()), "ja " + system + ":" + system);
-    setenv("NLSPATH", "/opt/more/%N", 1);
-    const auto value = [] { return OSInitLanguage(), getenv("NLSPATH"); };
-    for (const int nth : {1, 2})
-        EXPECT_STREQ(with_fault(nth, value).first, "/opt/more/%N");
+        EXPECT_EQ(getenv("LANG"), c.completed_language);
+        EXPECT_EQ(getenv("NLSPATH"), c.completed_catalogues);
+    }
     // The environment keeps a block for every new value; nothing else stays.
-    const auto blocks_for = [](auto action) {
-        const long before = live_blocks();
-        return action(), live_blocks() - before;
-    };
-    const long kept = blocks_for([] { setenv("NLSPATH", "/opt/some/%N", 1); });
-    EXPECT_EQ(blocks_for(OSInitLanguage), kept);
-    unsetenv("LANG"), unsetenv("NLSPATH");
-    EXPECT_EQ(value(), system);
-    EXPECT_STREQ(getenv("LANG"), "C");
+    const long before = live_blocks();
+    setenv("NLSPATH", "/opt/more/%N", 1);
+    const long kept = live_blocks() - before;
+    for (const int nth : {1, 2}) {
+        inject(nth);
+        OSInitLanguage();
+        EXPECT_TRUE(inject(0)) << nth;
+        EXPECT_STREQ(getenv("NLSPATH"), "/opt/more/%N") << nth;
+    }
+    OSInitLanguage();
+    EXPECT_EQ(live_blocks() - before, 2 * kept);
 }
 
 TEST(Process, DescribesTheSystem) {

@@ -51,6 +51,7 @@ TEST(Stream, FailuresGiveTheirValuesAndErrno) {
     char s[16];
     alignas(16) static char no_stream[8192];
     for (ZVFILE* f : {static_cast<ZVFILE*>(nullptr), reinterpret_cast<ZVFILE*>(no_stream)}) {
+        SCOPED_TRACE(f == nullptr ? "NULL" : "no stream");
         expect_each(-1, EBADF, CALL(ZVfclose(f)), CALL(ZVfgetc(f)), CALL(ZVungetc('c', f)),
                     CALL(ZVfread(s, 0, 1, f)), CALL(ZVfputc('c', f)), CALL(ZVfputs("", f)),
                     CALL(ZVftell(f)), CALL(ZVferror(f)), CALL(ZVfseek(f, 0, 0)), CALL(ZVfflush(f)),

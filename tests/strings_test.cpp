@@ -157,6 +157,7 @@ TEST(Strings, NullIsNoText) {
     unsigned bad;
     char text[] = "a,b";
     for (const bool first : {true, false}) {
+        SCOPED_TRACE(first);
         char *const a = first ? nullptr : text, *const b = first ? text : nullptr;
         unsigned* const position = first ? &bad : nullptr;
         expect_each(long(a), 0, CALL(mbstrstr(a, b)), CALL(mbstrrstr(a, b)),

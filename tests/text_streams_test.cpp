@@ -73,6 +73,7 @@ TEST(Numbers, AreThoseThatIconvKnows) {
                  {ZV_BIG5, Mb2SbNumberTableInBIG5, "BIG5", "﹕∕（）﹒", ":/()."},
                  {ZV_EUC_H, Mb2SbNumberTableInEUC_H, "BIG5", "﹕∕（）‘”", ":/().:"}};
     for (const auto& c : cases) {
+        SCOPED_TRACE(c.charset);
         std::string wide;
         for (const MbToSbNumber* row = c.table; row->mb[0] != 0; ++row)
             wide += reinterpret_cast<const char*>(row->mb);
@@ -109,33 +110,34 @@ TEST(TextStreams, TellWhatCannotBeReadOrWritten) {
 TEST(FileConversion, AppendsRefusesAndKeepsWhatItMay) {
     const Folder folder;
     const std::string in = folder / "in", out = folder / "out";
-    const auto converts = [&](const char* source, const char* target, char append, int from) {
-        return mbconvertfile2native_ex((folder / source).c_str(), (folder / target).c_str(), append,
-                                       from);
+    const auto converts = [](const std::string& from, const std::string& to, int append, int set) {
+        return mbconvertfile2native_ex(from.c_str(), to.c_str(), char(append), set) != 0;
     };
     InitMbutilExt(ZV_EUC);
     write_file(in, "\x88\x9F");
-    EXPECT_FALSE(converts("in", "out", 0, ZV_EUC));
-    EXPECT_FALSE(converts("none", "out", 0, ZV_SJIS));
-    EXPECT_FALSE(converts("in", "no/such", 0, ZV_SJIS));
+    EXPECT_FALSE(converts(in, out, 0, ZV_EUC));
+    EXPECT_FALSE(converts(folder / "none", out, 0, ZV_SJIS));
+    EXPECT_FALSE(converts(in, folder / "no/such", 0, ZV_SJIS));
     EXPECT_FALSE(std::filesystem::exists(out));
-    EXPECT_TRUE(converts("in", "out", 0, ZV_SJIS));
-    for (const int append : {1, 2, -1})
-        EXPECT_TRUE(converts("in", "out", char(append), ZV_SJIS));
-    EXPECT_EQ(content(out), "\xB0\xA1\xB0\xA1\xB0\xA1\xB0\xA1");
-    EXPECT_TRUE(converts("in", "out", 0, ZV_SJIS));
-    EXPECT_EQ(content(out), "\xB0\xA1");
-    write_file(in, std::string("a\x82\0b\x88\x9F", 6) + std::string(20993, 'c') + "\x88\x9F");
-    EXPECT_TRUE(converts("in", "out", 0, ZV_SJIS));
-    EXPECT_EQ(content(out), "a\x82\xB0\xA1") << "a zero byte ends its block's text";
-    write_file(in, std::string("\x1B$B0!\0", 6) + std::string(20994, 'c') + "0!");
-    EXPECT_TRUE(converts("in", "out", 0, ZV_JIS));
-    EXPECT_EQ(content(out), "\xB0\xA1"
-                            "0!")
-        << "and its shift state";
-    write_file(in, "");
-    EXPECT_TRUE(converts("in", "out", 0, ZV_SJIS));
-    EXPECT_EQ(content(out), "");
+    const struct {
+        const char* what;
+        int from, append;
+        std::string text, result;
+    } cases[] = {{"made", ZV_SJIS, 0, "\x88\x9F", "\xB0\xA1"},
+                 {"appended", ZV_SJIS, 1, "\x88\x9F", "\xB0\xA1\xB0\xA1"},
+                 {"any other value appends", ZV_SJIS, -2, "x", "\xB0\xA1\xB0\xA1x"},
+                 {"emptied first", ZV_SJIS, 0, "\x88\x9F", "\xB0\xA1"},
+                 {"a zero byte ends its block's text", ZV_SJIS, 0,
+                  std::string("a\x82\0b\x88\x9F", 6) + std::string(20993, 'c') + "\x88\x9F",
+                  "a\x82\xB0\xA1"},
+                 {"and its shift state", ZV_JIS, 0,
+                  std::string("\x1B$B0!\0", 6) + std::string(20994, 'c') + "V!", "\xB0\xA1V!"},
+                 {"nothing", ZV_SJIS, 0, "", ""}};
+    for (const auto& c : cases) {
+        write_file(in, c.text);
+        EXPECT_TRUE(converts(in, out, c.append, c.from)) << c.what;
+        EXPECT_EQ(content(out), c.result) << c.what;
+    }
 }
 
 TEST(FileConversion, TakesPipesThatGiveALittleAtATime) {

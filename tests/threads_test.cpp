@@ -118,15 +118,17 @@ TEST(Threads, ConvertTimesAtOnce) {
     in_threads([](int thread) {
         tm local;
         for (time_t when = thread; when < 40000000; when += 86400) {
-            ASSERT_EQ(OSLocalTime(&when, &local), &local);
-            ASSERT_EQ(timegm(&local), when - 5 * 3600);
+            ASSERT_EQ(OSLocalTime(&when, &local), &local) << when;
+            ASSERT_EQ(timegm(&local), when - 5 * 3600) << when;
         }
         // No year that an int holds, but where seconds end in 2038.
         const time_t last = std::numeric_limits<time_t>::max();
         EXPECT_EQ(OSLocalTime(&last, &local), sizeof last > 4 ? nullptr : &local);
     });
     ZVStatsTime stamp[2];
-    OSGetStatsTime(&stamp[0]), usleep(1500), OSGetStatsTime(&stamp[1]);
+    OSGetStatsTime(&stamp[0]);
+    usleep(1500);
+    OSGetStatsTime(&stamp[1]);
     const double seconds = stamp[1].seconds - stamp[0].seconds +
                            (double(stamp[1].microseconds) - stamp[0].microseconds) / 1e6;
     EXPECT_GT(seconds, 0.001);

@@ -1,9 +1,6 @@
 #include "support/oracle.h"
 
-#include <fcntl.h>
 #include <iconv.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -29,22 +26,6 @@ std::optional<std::string> iconv_text(const char* from, const char* to, std::str
         return std::nullopt;
     out.resize(out.size() - out_left);
     return out;
-}
-
-int in_fresh_locale(const char* lang, const std::function<int()>& action) {
-    const pid_t child = fork();
-    if (child == 0) {
-        const char* const converters = getenv("GCONV_PATH");
-        clearenv();
-        if (converters != nullptr)
-            setenv("GCONV_PATH", converters, 1);
-        setenv("LOCPATH", ZVUTIL_TEST_LOCALES, 1);
-        setenv("LANG", lang, 1);
-        std::quick_exit(action());
-    }
-    int status = 0;
-    waitpid(child, &status, 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
 std::string output_of(const std::string& command) {

@@ -36,7 +36,6 @@ struct PrivateHost : testing::Test {
         const Folder folder;
         write_file(folder / "hosts", "10.1.2.3 alpha.beta.gamma alpha mirror\n"
                                      "10.1.2.4 delta.beta.gamma delta beta\n"
-                                     "10.1.2.5 solo\n10.1.2.6 .... dots\n"
                                      "10.1.3.0 one.a a0\n10.1.3.1 two.a a1\n"
                                      "10.1.3.2 three.a a2\n10.1.3.3 four.a a3\n");
         write_file(folder / "order", "hosts: files\n");
