@@ -44,6 +44,7 @@ TEST(Strings, NoTrailByteIsFound) {
     const std::string padding(63, '!');
     for (const Rules& rules : kRules) {
         InitMbutilExt(rules.code_set);
+        SCOPED_TRACE(rules.code_set);
         for (int pair = 0x8001; pair <= 0xFFFF; ++pair) {
             const char lead = char(pair >> 8), trail = char(pair);
             if (trail == 0 || trail == lead || trail == '!')
@@ -56,12 +57,10 @@ TEST(Strings, NoTrailByteIsFound) {
                 const char* const found = whole ? nullptr : &text[at];
                 const char set[] = {trail, '\0'};
                 const int c = static_cast<signed char>(trail);
-                ASSERT_EQ(mbstrchr(text.c_str(), c), found) << rules.code_set << ' ' << pair;
-                ASSERT_EQ(mbstrrchr(text.c_str(), c), found) << rules.code_set << ' ' << pair;
-                ASSERT_EQ(mbstrcspn(text.c_str(), set), whole ? end : at)
-                    << rules.code_set << ' ' << pair;
-                ASSERT_EQ(strlen(mbstrtok(text.data(), set)), whole ? end : at)
-                    << rules.code_set << ' ' << pair;
+                ASSERT_EQ(mbstrchr(text.c_str(), c), found) << pair;
+                ASSERT_EQ(mbstrrchr(text.c_str(), c), found) << pair;
+                ASSERT_EQ(mbstrcspn(text.c_str(), set), whole ? end : at) << pair;
+                ASSERT_EQ(strlen(mbstrtok(text.data(), set)), whole ? end : at) << pair;
             }
         }
     }
@@ -105,6 +104,7 @@ TEST(Strings, OneByteCharactersAreChangedAndCheckedAsTheLocaleSays) {
     for (const int code_set : kCodeSets) {
         InitMbutilExt(code_set);
         for (int byte = 1; byte < 256; ++byte) {
+            SCOPED_TRACE(testing::Message() << code_set << ' ' << byte);
             const std::string part(1023, '!'), tail(20, '!'), many(37, char(byte));
             for (const std::string& text : {"a" + many, part + char(byte) + tail, part + many})
                 StringProperties<GuardedText, GuardedRoom>::changes(text, "", code_set, same);

@@ -17,7 +17,8 @@
 #ifndef __SANITIZE_THREAD__
 static std::atomic<const pthread_mutex_t*> destroyed;
 extern "C" int pthread_mutex_destroy(pthread_mutex_t* mutex) noexcept {
-    return destroyed = mutex, 0;
+    destroyed = mutex;
+    return 0;
 }
 #endif
 
@@ -27,11 +28,9 @@ using namespace test;
 
 template <class Action>
 void in_threads(Action action) {
-    std::vector<std::thread> threads;
+    std::vector<std::jthread> threads;
     for (int i = 0; i < 4; ++i)
         threads.emplace_back(action, i);
-    for (std::thread& thread : threads)
-        thread.join();
 }
 
 TEST(Threads, ExcludeEachOtherAndKeepTheirValuesApart) {
@@ -80,8 +79,9 @@ TEST_F(ThreadsOnHost, LookUpHostsIntoTheirOwnMemory) {
         const in_addr address = {htonl(0x0A010300u + unsigned(thread))};
         GuardedRoom room(1024);
         hostent entry;
-        int error;
+        int error = 0;
         for (const bool by_name : {true, false}) {
+            SCOPED_TRACE(by_name ? "by name" : "by address");
             const auto look_up = [&](const char* name, int length) {
                 char* buffer = room.data() + 1024 - length;
                 return by_name ? OSGetHostByName(name, &entry, buffer, length, &error)
@@ -89,9 +89,8 @@ TEST_F(ThreadsOnHost, LookUpHostsIntoTheirOwnMemory) {
                                                  buffer, length, &error);
             };
             int length = -8;
-            for (; error = 0, look_up(alias.c_str(), length) == nullptr && length < 1024;
-                 length += 8)
-                EXPECT_EQ(error, NETDB_INTERNAL) << length;
+            for (; look_up(alias.c_str(), length) == nullptr && length < 1024; length += 8)
+                EXPECT_EQ(std::exchange(error, 0), NETDB_INTERNAL) << length;
             EXPECT_EQ(entry.h_aliases[0], alias);
             EXPECT_EQ(memcmp(entry.h_addr_list[0], &address, sizeof address), 0);
             EXPECT_EQ(look_up("nowhere", 1024), nullptr);
