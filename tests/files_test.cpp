@@ -20,8 +20,6 @@ namespace {
 
 using namespace test;
 
-namespace fs = std::filesystem;
-
 // A file in all three forms.
 struct OpenFile {
     OpenFile(const std::string& path, const char* mode)
@@ -205,7 +203,7 @@ TEST_F(Files, EightProcessesAppendAtOnce) {
 TEST_F(Files, SweepsRemoveWhatMatchesAndFits) {
     const std::string deep = std::string(200, 'd') + "/" + std::string(200, 'e'),
                       base = folder / deep.c_str();
-    fs::create_directories(base + "/d.tmp");
+    std::filesystem::create_directories(base + "/d.tmp");
     const std::string fits = std::string(511 - base.size() - 5, 'f') + ".tmp";
     for (const std::string& name : {fits, "f" + fits, std::string(".b.tmp"), std::string("a.txt")})
         write_file(base + "/" + name, "");
@@ -215,7 +213,7 @@ TEST_F(Files, SweepsRemoveWhatMatchesAndFits) {
     for (const size_t slashes : {511u, 512u, 2000u})
         EXPECT_EQ(OSRemoveFiles((base + std::string(slashes - base.size(), '/')).c_str(), "*"), 1);
     std::set<std::string> left;
-    for (const auto& entry : fs::directory_iterator(base))
+    for (const auto& entry : std::filesystem::directory_iterator(base))
         left.insert(entry.path().filename());
     EXPECT_EQ(left, (std::set<std::string>{"d.tmp", "f" + fits}));
 }

@@ -46,9 +46,6 @@ std::string name_by(auto function) {
         name = function(out.data()) == 1 ? "" : "!";
     return name + (*out.data() == '#' ? "untouched" : out.text());
 }
-std::string full_name() {
-    return name_by(OSGetServerNameWithDomain);
-}
 std::string remote_name(const std::string& name) {
     return name_by([&](char* out) { return OSGetRemoteHostnameWithDomain(name.c_str(), out); });
 }
@@ -60,25 +57,25 @@ TEST_F(HostNames, OnlyAFailedLookUpIsReported) {
     EXPECT_EQ(remote_name("lost"), "!untouched");
     EXPECT_EQ(remote_name(std::string(70000, 'n')), "!untouched");
     sethostname("lost", 4);
-    EXPECT_EQ(full_name(), "!untouched");
-    EXPECT_EQ(full_name(), "lost");
+    EXPECT_EQ(name_by(OSGetServerNameWithDomain), "!untouched");
+    EXPECT_EQ(name_by(OSGetServerNameWithDomain), "lost");
     EXPECT_EQ(IsCurrentServerName("LOST", nullptr), 1);
 }
 
 TEST_F(HostNames, ServersTakeTheMachinesDomain) {
     for (const char* node : {"alpha", "delta"}) {
         sethostname(node, 5);
-        EXPECT_EQ(full_name(), "alpha.beta.gamma") << "kept on " << node;
+        EXPECT_EQ(name_by(OSGetServerNameWithDomain), "alpha.beta.gamma") << "kept on " << node;
         EXPECT_EQ(name_by(OSGetServerNameNoDomain), "alpha") << "kept on " << node;
     }
     InitHostnameNoDomain();
     EXPECT_EQ(name_by(OSGetHostnameNoDomain), "delta");
     EXPECT_EQ(name_by(OSGetHostnameWithDomain), "alpha.beta.gamma");
     configure("srv.x");
-    EXPECT_EQ(full_name(), "srv.x.beta.gamma");
+    EXPECT_EQ(name_by(OSGetServerNameWithDomain), "srv.x.beta.gamma");
     EXPECT_EQ(name_by(OSGetServerNameNoDomain), "srv.x");
     memset(serverNameFromConfig, 'u', 65);
-    EXPECT_EQ(full_name(), "!" + std::string(64, 'u')) << "unterminated";
+    EXPECT_EQ(name_by(OSGetServerNameWithDomain), "!" + std::string(64, 'u')) << "unterminated";
 }
 
 TEST_F(HostNames, SomeDesignateThisServer) {

@@ -7,7 +7,6 @@
 #include <climits>
 #include <csignal>
 #include <cstdint>
-#include <utility>
 
 #include "faults/faults.h"
 #include "support/calls.h"

@@ -31,8 +31,6 @@ std::optional<std::string> iconv_text(const char* from, const char* to, std::str
 std::string output_of(const std::string& command) {
     std::string text;
     FILE* pipe = popen(command.c_str(), "r");
-    if (pipe == nullptr)
-        return text;
     char buffer[4096];
     for (size_t n; (n = fread(buffer, 1, sizeof buffer, pipe)) > 0;)
         text.append(buffer, n);
