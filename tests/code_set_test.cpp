@@ -32,49 +32,37 @@ TEST(CurrentCodeSet, StartsUnknownAndThenSetsTheFlags) {
     }
 }
 
-// What an action gives in a process that has a locale in LANG alone.
-int in_locale(const char* lang, int (*action)()) {
-    Child child([=](int out) {
+// The code set and the decimal point that a process adopts, whose host may have set a locale
+// itself.
+std::string adopted(const char* lang, const char* character_type, bool over_the_hosts = false) {
+    Child process([=](int out) {
         const char* const converters = getenv("GCONV_PATH");
         clearenv();
         if (converters != nullptr)
             setenv("GCONV_PATH", converters, 1);
         setenv("LOCPATH", ZVUTIL_TEST_LOCALES, 1);
         setenv("LANG", lang, 1);
-        dprintf(out, "%d", action());
+        setenv("LC_CTYPE", character_type, 1);
+        if (over_the_hosts) {
+            setlocale(LC_ALL, "");
+            setenv("LC_CTYPE", "no_SUCH.locale", 1);
+        }
+        InitMbutil();
+        dprintf(out, "%d%s", InitMbutilExt(0), localeconv()->decimal_point);
     });
-    return std::stoi(child.finish());
-}
-
-int adopted() {
-    InitMbutil();
-    return InitMbutilExt(0);
-}
-int adopted_over_a_lost_one() {
-    setlocale(LC_ALL, "");
-    setenv("LANG", "no_SUCH.locale", 1);
-    return adopted();
-}
-int adopted_of_two() {
-    setenv("LC_CTYPE", "ja_JP.eucJP", 1);
-    return adopted();
-}
-int adopted_decimal_point() {
-    InitMbutil();
-    return *localeconv()->decimal_point;
+    return process.finish();
 }
 
 TEST(CurrentCodeSet, ComesFromTheCharacterTypeAndAdoptsAllCategories) {
-    EXPECT_EQ(in_locale("pl_PL", adopted_of_two), ZV_EUC);
-    EXPECT_EQ(in_locale("pl_PL", adopted_decimal_point), ',');
-    EXPECT_EQ(in_locale("ja_JP.eucJP", adopted_over_a_lost_one), ZV_EUC) << "the host's stays";
-    EXPECT_EQ(in_locale("no_SUCH.locale", adopted_over_a_lost_one), ZV_WESTERN);
-    EXPECT_EQ(in_locale("ja_JP.eucJP", mbGetLocaleCodeSet), 0) << "adopts nothing";
+    EXPECT_EQ(adopted("pl_PL", "ja_JP.eucJP"), "4,");
+    EXPECT_EQ(adopted("pl_PL", "ja_JP.eucJP", true), "4,") << "the host's stays";
+    EXPECT_EQ(adopted("pl_PL", "no_SUCH.locale", true), "0.");
 }
 
 TEST(CurrentCodeSet, IsAdoptedByTheFirstCallThatNeedsIt) {
     setenv("LOCPATH", ZVUTIL_TEST_LOCALES, 1);
     setenv("LC_ALL", "ja_JP.eucJP", 1);
+    EXPECT_EQ(mbGetLocaleCodeSet(), ZV_WESTERN) << "the process's, not the environment's";
     const auto check = [](bool adopts, const auto&... calls) {
         for (const auto& [text, make] : {calls...}) {
             MBUTIL_Initialized = 0;

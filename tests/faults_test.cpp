@@ -32,13 +32,9 @@ struct Ground {
         std::filesystem::create_directory(swept);
         const std::string key = "Server-directory: ", filler(30000, '\n');
         write_file(config, key + "/old\n" + filler + key + "/db\n");
-        std::string text = "first\n"; // and a line in many parts, which takes memory
-        for (int i = 0; i < 1000; ++i)
-            text += "=B1a=\n";
-        text += "\n";
-        for (int i = 0; i < 25; ++i)
-            text += kana.substr(0, 700) + "\x93\x8C\n";
-        write_file(in, text);
+        // The second line is one in many parts, which takes memory.
+        write_file(in, "first\n" + repeated("=B1a=\n", 1000) + "\n" +
+                           repeated(kana.substr(0, 700) + "\x93\x8C\n", 25));
         setenv("TMPDIR", base.c_str(), 1);
     }
     void lay_out() {

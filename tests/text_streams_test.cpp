@@ -143,9 +143,7 @@ TEST(FileConversion, AppendsRefusesAndKeepsWhatItMay) {
 TEST(FileConversion, TakesPipesThatGiveALittleAtATime) {
     const Folder folder;
     const std::string in = folder / "in", out = folder / "out";
-    std::string text;
-    while (text.size() < 1'000'000)
-        text += "\x88\x9F\xB1 x\n";
+    const std::string text = repeated("\x88\x9F\xB1 x\n", 200'000);
     ASSERT_EQ(mkfifo(in.c_str(), 0600), 0);
     const Child writer([&](int) { write_file(in, text); });
     InitMbutilExt(ZV_EUC);

@@ -69,13 +69,6 @@ inline constexpr struct {
     {"polish.8859-2", "8859_2", "ISO-8859-2"},
 };
 
-inline std::string repeated(const std::string& unit, int times) {
-    std::string text;
-    while (times-- > 0)
-        text += unit;
-    return text;
-}
-
 } // namespace test
 
 #endif
