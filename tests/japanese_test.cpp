@@ -6,6 +6,7 @@
 #include <climits>
 #include <csignal>
 #include <map>
+#include <tuple>
 
 #include "jaconv.h"
 #include "mbutil.h"
@@ -147,17 +148,11 @@ TEST(Estimators, SaturateBeyondTheLargestNumber) {
     const size_t size = (2 * kMost / kPiece + 2) * kPiece;
     char* const end = repeated_piece(size, 'x', MAP_PRIVATE) + size - 1;
     memcpy(end + 1 - sizeof kEnd, kEnd, sizeof kEnd);
-    struct Form {
-        const char* name;
-        int (*length)(const char*);
-        int growth;
-    };
+    using Form = std::tuple<const char*, int (*)(const char*), int>; // which grows by so much
     for (const auto& [name, length, growth] :
-         {Form{"eucLength", eucLength, 1},
-          {"euchLength", euchLength, 2},
-          {"shiftLength", shiftLength, -2},
-          {"big5Length", big5Length, -2},
-          {"MaxStringLengthOnWinAndUnix", MaxStringLengthOnWinAndUnix, 0}}) {
+         {Form("eucLength", eucLength, 1), Form("euchLength", euchLength, 2),
+          Form("shiftLength", shiftLength, -2), Form("big5Length", big5Length, -2),
+          Form("MaxStringLengthOnWinAndUnix", MaxStringLengthOnWinAndUnix, 0)}) {
 #ifdef NDEBUG // Loops that are not optimised take minutes.
         const auto fits = static_cast<size_t>(long{INT_MAX} - growth);
         EXPECT_EQ(length(end - (fits - 1)), INT_MAX - 1) << name;

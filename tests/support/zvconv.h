@@ -17,9 +17,8 @@ struct Zvconv {
     Folder folder;
 
     int run(const std::string& arguments) const {
-        const int status = system(
-            ("cd " + folder / "" + " && " ZVUTIL_ZVCONV " " + arguments + " >stdout 2>stderr")
-                .c_str());
+        const std::string command = "cd " + folder / "" + " && " ZVUTIL_ZVCONV " " + arguments;
+        const int status = system((command + " >stdout 2>stderr").c_str());
         return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     }
     // Runs it, which ends with that status and says that.
