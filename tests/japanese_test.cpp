@@ -49,18 +49,20 @@ TEST(JapaneseConverters, WriteNothingBehindTheirResult) {
                                 "\x8E",          "\x8E\xB1",  "\xB1",        "\x1B$B",
                                 "\x1B$B0!\x1B(", "\x1B$B0!0", "\xE4\xA4\xE4"};
     std::string ascii, pairs;
-    for (size_t n = 0; n < 130; ++n, ascii += "x", pairs += "\xE4\xA4") {
+    for (size_t n = 0; n < 130; ++n) {
         for (const std::string& front : {ascii, "\xE4\xA4" + ascii, pairs, "x" + pairs}) {
             for (const std::string& end : ends) {
-                for (const auto& direction : test::kJapanese) {
+                for (const auto& direction : kJapanese) {
                     const std::string text = front + end;
-                    const std::string expected = test::japanese_model(direction, text);
-                    ASSERT_EQ(test::convert_guarded(direction.convert, text, expected.size() + 1),
+                    const std::string expected = japanese_model(direction, text);
+                    ASSERT_EQ(convert_guarded(direction.convert, text, expected.size() + 1),
                               expected)
                         << direction.name << ' ' << text;
                 }
             }
         }
+        ascii += "x";
+        pairs += "\xE4\xA4";
     }
 }
 
