@@ -7,6 +7,8 @@
 
 namespace {
 
+using namespace test;
+
 struct Direction {
     const char *from, *to;
     char* (*convert)(const char*, char*);
@@ -28,9 +30,11 @@ const Direction kDirections[] = {
 // codes, only unassigned bytes, so that theirs stay as they are.
 std::string converted(const Direction& d, int byte) {
     const std::string text(1, static_cast<char>(byte));
-    if (d.to_windows && byte <= int(d.controls.size())) return {d.controls[size_t(byte) - 1]};
-    const auto theirs = test::iconv_text(d.from, d.to, text);
-    if (byte < 0xA0 && (d.to_windows || !theirs)) return text;
+    if (d.to_windows && byte <= int(d.controls.size()))
+        return {d.controls[size_t(byte) - 1]};
+    const auto theirs = iconv_text(d.from, d.to, text);
+    if (byte < 0xA0 && (d.to_windows || !theirs))
+        return text;
     return theirs.value_or(std::string(1, static_cast<char>(d.controls.find(text) + 1)));
 }
 
@@ -39,9 +43,10 @@ TEST(CodePages, AgreeWithIconv) {
         for (int byte = 1; byte < 256; ++byte) {
             const std::string expected = converted(d, byte);
             char text[] = {char(byte), '\0'};
-            EXPECT_EQ(d.convert(text, text), expected) << d.from << byte;
+            EXPECT_EQ(d.convert(text, text), expected) << d.from << ' ' << byte;
             const auto row = static_cast<size_t>(byte - d.table_first);
-            if (row < d.table.size()) { EXPECT_EQ(char(d.table[row]), expected[0]) << byte; }
+            EXPECT_EQ(row < d.table.size() ? char(d.table[row]) : expected[0], expected[0])
+                << d.from << ' ' << byte;
         }
     }
 }

@@ -2,13 +2,16 @@
 
 #include <clocale>
 #include <cstdlib>
-#include <functional>
+#include <cstring>
 
 #include "mbutil.h"
+#include "support/calls.h"
+#include "support/child.h"
 #include "support/guarded.h"
-#include "support/oracle.h"
 
 namespace {
+
+using namespace test;
 
 // Code sets stand by their numbers here. Tables of the guides, which are tested against the
 // library, say what all of them and all locales are called.
@@ -19,7 +22,7 @@ TEST(CurrentCodeSet, StartsUnknownAndThenSetsTheFlags) {
     EXPECT_EQ(InitMbutilExt(-1), 0);
     EXPECT_EQ(MBUTIL_Initialized, 1);
     for (int code_set = 0; code_set <= 70; ++code_set) {
-        EXPECT_EQ(InitMbutilExt(code_set), code_set - 1);
+        EXPECT_EQ(InitMbutilExt(code_set), code_set - 1) << "the one before";
         const bool japanese = code_set >= 3 && code_set <= 5;
         const bool multibyte = japanese || (code_set >= 7 && code_set <= 13);
         EXPECT_EQ(MBUTIL_I_Am_Japanese, japanese) << code_set;
@@ -29,39 +32,68 @@ TEST(CurrentCodeSet, StartsUnknownAndThenSetsTheFlags) {
     }
 }
 
-TEST(CurrentCodeSet, ComesFromTheCharacterTypeAndAdoptsAllCategories) {
-    const auto mixed = [] {
-        return setenv("LC_CTYPE", "ja_JP.eucJP", 1), InitMbutil(), InitMbutilExt(0);
-    };
-    EXPECT_EQ(test::in_fresh_locale("pl_PL", mixed), ZV_EUC);
-    const auto decimal_point = [] { return InitMbutil(), localeconv()->decimal_point[0]; };
-    EXPECT_EQ(test::in_fresh_locale("pl_PL", decimal_point), ',');
-    const auto of_no_locale = [] {
-        setlocale(LC_ALL, "");
-        setenv("LANG", "no_SUCH.locale", 1);
-        return InitMbutil(), InitMbutilExt(0);
-    };
-    EXPECT_EQ(test::in_fresh_locale("ja_JP.eucJP", of_no_locale), ZV_EUC) << "the host's stays";
-    EXPECT_EQ(test::in_fresh_locale("no_SUCH.locale", of_no_locale), ZV_WESTERN);
-    EXPECT_EQ(test::in_fresh_locale("ja_JP.eucJP", mbGetLocaleCodeSet), 0) << "adopts nothing";
+// The code set and the decimal point that a process adopts, whose host may have set a locale
+// itself.
+std::string adopted(const char* lang, const char* character_type, bool over_the_hosts = false) {
+    Child process([=](int out) {
+        const char* const converters = getenv("GCONV_PATH");
+        clearenv();
+        if (converters != nullptr)
+            setenv("GCONV_PATH", converters, 1);
+        setenv("LOCPATH", ZVUTIL_TEST_LOCALES, 1);
+        setenv("LANG", lang, 1);
+        setenv("LC_CTYPE", character_type, 1);
+        if (over_the_hosts) {
+            setlocale(LC_ALL, "");
+            setenv("LC_CTYPE", "no_SUCH.locale", 1);
+        }
+        InitMbutil();
+        dprintf(out, "%d%s", InitMbutilExt(0), localeconv()->decimal_point);
+    });
+    return process.finish();
 }
 
-TEST(CurrentCodeSet, IsAdoptedByWhatNeedsItAlone) {
-    char out[8];
-    EXPECT_EQ(mbGetMIMECodeSet(nullptr), ZV_WESTERN);
-    EXPECT_EQ(mbGetMIMECodeSet(""), ZV_WESTERN);
-    EXPECT_EQ(mbidxtype("a\x82\xA0", 2, ZV_SJIS), 1u) << "walks by characters";
-    EXPECT_STREQ(convertFromQuotedPrintable(out, "a\x80."), "a.");
-    EXPECT_STREQ(UnixCodingToWindowsCodingExt("\xB0\xA1", out), "\xB0\xA1");
-    EXPECT_EQ(MBUTIL_Initialized, 0);
-    std::string text = "=41" + std::string(200, '.'); // long enough for the kernels
-    const std::function<void()> adopting[] = {
-        [&] { convertFromQuotedPrintable(out, "=4G"); },
-        [&] { convertFromQuotedPrintable(text.data(), text.c_str()); }};
-    for (const auto& use : adopting) {
-        const auto code_set = [&] { return use(), InitMbutilExt(0); };
-        EXPECT_EQ(test::in_fresh_locale("ja_JP.eucJP", code_set), ZV_EUC);
-    }
+TEST(CurrentCodeSet, ComesFromTheCharacterTypeAndAdoptsAllCategories) {
+    EXPECT_EQ(adopted("pl_PL", "ja_JP.eucJP"), "4,");
+    EXPECT_EQ(adopted("pl_PL", "ja_JP.eucJP", true), "4,") << "the host's stays";
+    EXPECT_EQ(adopted("pl_PL", "no_SUCH.locale", true), "0.");
+}
+
+TEST(CurrentCodeSet, IsAdoptedByTheFirstCallThatNeedsIt) {
+    setenv("LOCPATH", ZVUTIL_TEST_LOCALES, 1);
+    setenv("LC_ALL", "ja_JP.eucJP", 1);
+    EXPECT_EQ(mbGetLocaleCodeSet(), ZV_WESTERN) << "the process's, not the environment's";
+    const auto check = [](bool adopts, const auto&... calls) {
+        for (const auto& [text, make] : {calls...}) {
+            MBUTIL_Initialized = 0;
+            make();
+            EXPECT_EQ(MBUTIL_Initialized, adopts) << text;
+        }
+    };
+    unsigned bad;
+    char text[400] = "", *rest, line[400] = "=41";
+    memset(line + 3, '.', 300); // long enough for the kernels
+    check(false, CALL(mbGetMIMECodeSet(nullptr)), CALL(mbGetMIMECodeSet("")),
+          CALL(mbidxtype("a\x82\xA0", 2, ZV_SJIS)),
+          CALL(convertFromQuotedPrintable(text, "a\x80.")),
+          CALL(UnixCodingToWindowsCodingExt("\xB0\xA1", text)));
+    // NULL wherever it may be given.
+    check(true, CALL(mbmaxcharlen()), CALL(mbIsMultiByte()), CALL(mbIsJapanese()),
+          CALL(ismbcprint('a')), CALL(mb_isleadbyte('a')), CALL(mbGetMIMECodeSet("x")),
+          CALL(mbidx(text, 0)), CALL(mbnextidx(text, 0)), CALL(mbnextchar(text, 0)),
+          CALL(mbstrncpy(nullptr, nullptr, 0)), CALL(mbstrncpyi(nullptr, nullptr, 0)),
+          CALL(mbstricmp(nullptr, nullptr)), CALL(mbstrnicmp(nullptr, nullptr, 0)),
+          CALL(mbcharcmp(nullptr, nullptr, 0)), CALL(mbtoupper(text)), CALL(mbtolower(text)),
+          CALL(mbstrtoupper(nullptr)), CALL(mbstrtolower(nullptr)), CALL(mbstrchr(nullptr, 0)),
+          CALL(mbstrchrEncr(nullptr, 0)), CALL(mbstrrchr(nullptr, 0)),
+          CALL(mbstrstr(nullptr, nullptr)), CALL(mbstrrstr(nullptr, nullptr)),
+          CALL(mbstrpbrk(nullptr, nullptr)), CALL(mbstrcspn(text, nullptr)),
+          CALL(mbstrtok(nullptr, nullptr)), CALL(mbstrtok_r(nullptr, nullptr, &rest)),
+          CALL(mbvalidatestring(nullptr, &bad, ZV_SJIS)),
+          CALL(mbvalidatestringtype(nullptr, &bad, 0)),
+          CALL(convertFromQuotedPrintable(text, "=4G")),
+          CALL(convertFromQuotedPrintable(line, line)));
+    EXPECT_TRUE(mbIsJapanese()) << "no locale";
 }
 
 TEST(CodeSetNames, SubstringsDecideInOrder) {
@@ -83,7 +115,7 @@ std::string corrected(const std::string& locale) {
     std::string name = locale;
     name.resize(room);
     mbGetCorrectedLocaleForUnix(name.data(), name.data());
-    EXPECT_EQ(test::convert_guarded(mbGetCorrectedLocaleForUnix, locale, room), name.c_str());
+    EXPECT_EQ(convert_guarded(mbGetCorrectedLocaleForUnix, locale, room), name.c_str()) << locale;
     return name.c_str();
 }
 
@@ -91,6 +123,7 @@ TEST(CodeSetNames, CorrectedLocaleNamesTheWindowsCodePage) {
     const std::pair<const char*, const char*> pages[] = {
         {"1", "cp1252"}, {"15", "cp1252"}, {"10", "cp1252"}, {"2", "cp1250"}, {"5", "cp1251"},
         {"4", "cp1257"}, {"13", "cp1257"}, {"7", "cp1253"},  {"9", "cp1254"}};
+    setlocale(LC_ALL, "C"); // tells the code page of a name without one
     for (const std::string modifier : {"", "@euro"}) {
         for (const std::string name : {"ISO8859-", "8859_"})
             for (const auto& [part, page] : pages)

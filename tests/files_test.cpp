@@ -10,6 +10,7 @@
 
 #include "faults/faults.h"
 #include "osutils.h"
+#include "support/calls.h"
 #include "support/child.h"
 #include "support/folder.h"
 #include "support/guarded.h"
@@ -17,13 +18,16 @@
 
 namespace {
 
-namespace fs = std::filesystem;
+using namespace test;
 
 // A file in all three forms.
 struct OpenFile {
     OpenFile(const std::string& path, const char* mode)
         : zv(ZVfopen(path.c_str(), mode)), standard(fopen(path.c_str(), mode)) {}
-    ~OpenFile() { ZVfclose(zv), fclose(standard); }
+    ~OpenFile() {
+        ZVfclose(zv);
+        fclose(standard);
+    }
     ZVFILE* zv;
     FILE* standard;
 };
@@ -31,25 +35,26 @@ struct OpenFile {
 class Files : public testing::Test {
 protected:
     // A second process that locks the file, and writes a line a while later.
-    test::Child locker(int lock_type, unsigned milliseconds) {
-        return test::Child([=, this](int out) {
+    Child locker(int lock_type, unsigned milliseconds) {
+        return Child([=, this](int out) {
             const int fd = open(path.c_str(), O_RDWR | O_APPEND);
             lseek(fd, 2, SEEK_SET);
             dprintf(out, "%d", OSLockFileFd(fd, lock_type, 0));
             usleep(milliseconds * 1000);
-            if (write(fd, "late\n", 5) != 5) abort();
+            if (write(fd, "late\n", 5) != 5)
+                abort();
         });
     }
-    const test::Folder folder;
+    const Folder folder;
     const std::string path = folder / "file";
 };
 
 TEST_F(Files, LocksExcludeASecondProcess) {
-    test::write_file(path, "text");
+    write_file(path, "text");
     const OpenFile ours(path, "r+");
     const int types[] = {ZV_LOCK_WRITE, ZV_LOCK_READ, 0, 7};
     for (const int theirs : types) {
-        test::Child other = locker(theirs, 60000);
+        Child other = locker(theirs, 60000);
         ASSERT_EQ(other.await(), '1');
         struct flock seen {};
         seen.l_type = F_WRLCK;
@@ -57,6 +62,7 @@ TEST_F(Files, LocksExcludeASecondProcess) {
         EXPECT_EQ(seen.l_pid, other.process);
         EXPECT_EQ(seen.l_start + seen.l_len, 0) << "all of the file, wherever its end comes to be";
         for (const int type : types) {
+            SCOPED_TRACE(testing::Message() << "their lock " << theirs << ", ours " << type);
             const bool granted = theirs != ZV_LOCK_WRITE && type != ZV_LOCK_WRITE;
             EXPECT_EQ(OSLockFileFd(ZVfileno(ours.zv), type, 0), granted);
             EXPECT_EQ(OSLockFile(ours.standard, type, 0), granted);
@@ -74,17 +80,17 @@ TEST_F(Files, LocksExcludeASecondProcess) {
     unlocks(OSUnLockFileFd, ZVfileno(ours.zv));
     const auto lock = [&] { return int{OSLockZVFile(ours.zv, ZV_LOCK_WRITE, 1)}; };
     for (const int error : {ENOLCK, EINTR})
-        EXPECT_EQ(test::with_fault(1, lock, {"once", test::kLock, error}), std::pair(1, true))
+        EXPECT_EQ(with_fault(1, lock, {"once", kLock, error}), std::pair(1, true))
             << "tries a second time";
     EXPECT_EQ(OSUnLockZVFile(ours.zv), 1);
 
-    test::Child other = locker(ZV_LOCK_WRITE, 200);
+    Child other = locker(ZV_LOCK_WRITE, 200);
     ASSERT_EQ(other.await(), '1');
     EXPECT_EQ(OSLockZVFile(ours.zv, ZV_LOCK_WRITE, 1), 1) << "waits";
 }
 
 TEST_F(Files, StatusTruncationAndNames) {
-    test::write_file(path, "0123456789");
+    write_file(path, "0123456789");
     const timespec times[2] = {{0, UTIME_OMIT}, {987654321, 999999999}};
     ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
     const OpenFile ours(path, "r+"), reader(path, "r");
@@ -96,12 +102,12 @@ TEST_F(Files, StatusTruncationAndNames) {
     EXPECT_EQ(OSFileTruncate(ours.standard, 6), 1);
     EXPECT_EQ(OSZVFileTruncate(reader.zv, 0), 0);
     EXPECT_EQ(OSFileTruncate(reader.standard, 0), 0);
-    EXPECT_EQ(test::content(path), std::string("0123\0\0", 6));
+    EXPECT_EQ(content(path), std::string("0123\0\0", 6));
     EXPECT_EQ(OSFileTruncateFd(ZVfileno(ours.zv), -5), 1);
     EXPECT_EQ(OSFileSize(path.c_str()), 0);
     for (const off_t size : {0x7FFFFFFFLL, 0x80000000LL}) {
         ASSERT_EQ(truncate(path.c_str(), size), 0);
-        EXPECT_EQ(OSFileSize(path.c_str()), size == 0x7FFFFFFF ? size : -1);
+        EXPECT_EQ(OSFileSize(path.c_str()), size == 0x7FFFFFFF ? size : -1) << size;
     }
     EXPECT_EQ(errno, EOVERFLOW);
     EXPECT_EQ(OSRename(path.c_str(), (folder / "new").c_str()), 0);
@@ -109,56 +115,46 @@ TEST_F(Files, StatusTruncationAndNames) {
     EXPECT_EQ(OSFileSize(path.c_str()), -1);
     EXPECT_EQ(OSFileExists(path.c_str()), 0);
 
-    test::GuardedRoom out(256);
+    GuardedRoom out(256);
     EXPECT_EQ(OSBuildFilename(nullptr, "/x.log", out.data()), 1);
     EXPECT_EQ(OSTmpPath() + out.text(), "/var/tmp//x.log");
 }
 
 TEST_F(Files, FailuresSayWhy) {
-    errno = 0;
-    const auto with = [](int error, long result) {
-        return std::exchange(errno, 0) == error ? result : 99;
-    };
-    test::write_file(path, "");
+    write_file(path, "");
     const OpenFile reader(path, "r");
-    const std::pair<const char*, long> refused[] = {
-        {"write lock of a reader", with(EBADF, OSLockZVFile(reader.zv, ZV_LOCK_WRITE, 1))},
-        {"OSLockFile", with(EBADF, OSLockFile(nullptr, ZV_LOCK_READ, 1))},
-        {"OSLockZVFile", with(EBADF, OSLockZVFile(nullptr, ZV_LOCK_READ, 1))},
-        {"OSUnLockFile", with(EBADF, OSUnLockFile(nullptr))},
-        {"OSUnLockZVFile", with(EBADF, OSUnLockZVFile(nullptr))},
-        {"OSFileModifiedTime", with(EBADF, OSFileModifiedTime(nullptr))},
-        {"OSFileTruncate", with(EBADF, OSFileTruncate(nullptr, 0))}};
-    for (const auto& [call, result] : refused) EXPECT_EQ(result, 0) << call;
-    EXPECT_EQ(with(ENOENT, OSFindLineInFile("/no/such", "x")), -1);
-    EXPECT_EQ(with(EISDIR, OSFindLineInFile("/tmp", "x")), -1);
-    EXPECT_EQ(with(ENOENT, OSAppendLineToFile("/no/such", "x")), -1);
-    EXPECT_EQ(with(EISDIR, OSAppendLineToFile("/tmp", "x")), -1);
+    expect_each(0, EBADF, CALL(OSLockZVFile(reader.zv, ZV_LOCK_WRITE, 1)),
+                CALL(OSLockFile(nullptr, ZV_LOCK_READ, 1)),
+                CALL(OSLockZVFile(nullptr, ZV_LOCK_READ, 1)), CALL(OSUnLockFile(nullptr)),
+                CALL(OSUnLockZVFile(nullptr)), CALL(OSFileModifiedTime(nullptr)),
+                CALL(OSFileTruncate(nullptr, 0)));
+    expect_each(-1, ENOENT, CALL(OSFindLineInFile("/no/such", "x")),
+                CALL(OSAppendLineToFile("/no/such", "x")));
+    expect_each(-1, EISDIR, CALL(OSFindLineInFile("/tmp", "x")),
+                CALL(OSAppendLineToFile("/tmp", "x")));
 }
 
 TEST_F(Files, WhatStandsBehindATornLineKeepsIt) {
-    test::write_file(path, "first\n");
+    write_file(path, "first\n");
     // What a writer without a lock has put behind the torn line keeps it there.
     static const std::string* shared;
     shared = &path;
-    const test::Fault fault = {
-        "another writer", test::kWrite, ENOSPC,
-        test::kForever,   true,         [] {
-                                   std::ofstream(*shared, std::ios::app) << "foreign"; }};
+    const auto write_foreign = [] { std::ofstream(*shared, std::ios::app) << "foreign"; };
+    const Fault fault = {"another writer", kWrite, ENOSPC, kForever, true, write_foreign};
     const auto append = [&] { return OSAppendLineToFile(path.c_str(), "0123456789"); };
-    EXPECT_EQ(test::with_fault(1, append, fault), std::pair(-1, true));
-    EXPECT_EQ(test::content(path), "first\n01234foreign");
+    EXPECT_EQ(with_fault(1, append, fault), std::pair(-1, true));
+    EXPECT_EQ(content(path), "first\n01234foreign");
 }
 
 TEST_F(Files, ALineThatDoesNotFitLeavesNothing) {
     const size_t page = size_t(sysconf(_SC_PAGESIZE));
     const auto refuses = [&](int error) {
-        test::write_file(path, "first\n");
+        write_file(path, "first\n");
         errno = 0;
         EXPECT_EQ(OSAppendLineToFile(path.c_str(), std::string(page, 'l').c_str()), -1) << error;
         EXPECT_EQ(errno, error);
         EXPECT_EQ(OSAppendLineToFile(path.c_str(), "second"), 0) << error;
-        EXPECT_EQ(test::content(path), "first\nsecond\n") << error;
+        EXPECT_EQ(content(path), "first\nsecond\n") << error;
     };
     signal(SIGXFSZ, SIG_IGN);
     const rlimit small = {1000, RLIM_INFINITY}, large = {RLIM_INFINITY, RLIM_INFINITY};
@@ -166,16 +162,15 @@ TEST_F(Files, ALineThatDoesNotFitLeavesNothing) {
     refuses(EFBIG);
     setrlimit(RLIMIT_FSIZE, &large);
     const std::string place = folder / "";
-    if (!test::enter_private_namespaces() ||
-        mount("none", place.c_str(), "tmpfs", 0, "nr_blocks=1") != 0)
+    if (!enter_private_namespaces() || mount("none", place.c_str(), "tmpfs", 0, "nr_blocks=1") != 0)
         GTEST_SKIP() << "a file system of a page is refused: " << strerror(errno);
     refuses(ENOSPC);
     umount2(place.c_str(), MNT_DETACH);
 }
 
 TEST_F(Files, SearchesWaitForWriters) {
-    test::write_file(path, "");
-    test::Child writer = locker(ZV_LOCK_WRITE, 100);
+    write_file(path, "");
+    Child writer = locker(ZV_LOCK_WRITE, 100);
     ASSERT_EQ(writer.await(), '1');
     EXPECT_EQ(OSFindLineInFile(path.c_str(), "late\n"), 1);
 }
@@ -186,36 +181,40 @@ TEST_F(Files, EightProcessesAppendAtOnce) {
         // A few need memory to be formatted, but only with the line's end behind them.
         return (std::to_string(number) + "%s" + digits).substr(0, 16383);
     };
-    std::list<test::Child> writers;
+    std::list<Child> writers;
     for (int writer = 0; writer < 8; ++writer)
         writers.emplace_back([&](int) {
             for (size_t number = 0; number < 200; ++number)
-                if (OSAppendLineToFile(path.c_str(), line(writer, number).c_str()) != 0) abort();
+                if (OSAppendLineToFile(path.c_str(), line(writer, number).c_str()) != 0)
+                    abort();
         });
-    for (auto& writer : writers) EXPECT_EQ(writer.finish(), "");
+    for (auto& writer : writers)
+        EXPECT_EQ(writer.finish(), "");
     size_t next[8] = {};
     std::ifstream lines(path);
     for (std::string text; std::getline(lines, text);) {
         const int writer = text.back() == 's' ? 0 : text.back() - '0';
         ASSERT_EQ(text, line(writer, next[writer & 7]++));
     }
-    for (const size_t count : next) EXPECT_EQ(count, 200U);
+    for (const size_t count : next)
+        EXPECT_EQ(count, 200U);
 }
 
 TEST_F(Files, SweepsRemoveWhatMatchesAndFits) {
     const std::string deep = std::string(200, 'd') + "/" + std::string(200, 'e'),
                       base = folder / deep.c_str();
-    fs::create_directories(base + "/d.tmp");
+    std::filesystem::create_directories(base + "/d.tmp");
     const std::string fits = std::string(511 - base.size() - 5, 'f') + ".tmp";
     for (const std::string& name : {fits, "f" + fits, std::string(".b.tmp"), std::string("a.txt")})
-        test::write_file(base + "/" + name, "");
+        write_file(base + "/" + name, "");
     EXPECT_EQ(OSRemoveFiles("/no/such", "*"), 1);
     EXPECT_EQ(OSRemoveFiles(base.c_str(), "*.tmp"), 1);
     EXPECT_EQ(OSRemoveFiles(base.c_str(), "\\a*"), 1);
     for (const size_t slashes : {511u, 512u, 2000u})
         EXPECT_EQ(OSRemoveFiles((base + std::string(slashes - base.size(), '/')).c_str(), "*"), 1);
     std::set<std::string> left;
-    for (const auto& entry : fs::directory_iterator(base)) left.insert(entry.path().filename());
+    for (const auto& entry : std::filesystem::directory_iterator(base))
+        left.insert(entry.path().filename());
     EXPECT_EQ(left, (std::set<std::string>{"d.tmp", "f" + fits}));
 }
 
@@ -239,15 +238,18 @@ void expect_private_files() {
         EXPECT_STREQ(bytes, "abc");
     }
     char bytes[8] = "";
-    ZVrewind(zv), rewind(standard);
+    ZVrewind(zv);
     EXPECT_EQ(ZVfputs("X", zv), 1);
     EXPECT_EQ(ZVfgets(bytes, 8, zv), bytes);
     EXPECT_STREQ(bytes, "bc") << "written over what was there";
+    rewind(standard);
     EXPECT_EQ(fputc('X', standard), 'X');
     rewind(standard);
     EXPECT_EQ(fgets(bytes, 8, standard), bytes);
     EXPECT_STREQ(bytes, "Xbc");
-    ZVfclose(zv), fclose(standard), close(own);
+    ZVfclose(zv);
+    fclose(standard);
+    close(own);
 }
 
 TEST_F(Files, TemporaryOnesAreKnownToNobodyElse) {
@@ -257,9 +259,9 @@ TEST_F(Files, TemporaryOnesAreKnownToNobodyElse) {
     EXPECT_NE(linkat(AT_FDCWD, link.c_str(), AT_FDCWD, path.c_str(), AT_SYMLINK_FOLLOW), 0)
         << "nor can they be given a name";
     close(fd);
-    test::inject(1, {"no files without names", test::kOpen, EOPNOTSUPP});
+    inject(1, {"no files without names", kOpen, EOPNOTSUPP});
     expect_private_files();
-    EXPECT_TRUE(test::inject(0));
+    EXPECT_TRUE(inject(0));
     close(STDIN_FILENO);
     EXPECT_EQ(OSTmpFileFd(), 0) << "the first descriptor serves, too";
     close(STDIN_FILENO);

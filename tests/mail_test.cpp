@@ -7,12 +7,14 @@
 
 namespace {
 
+using namespace test;
+
 TEST(MailLines, NothingIsReadWithoutRoomOrTransfer) {
     InitMbutilExt(ZV_EUC);
     char room[] = "kept";
     EXPECT_EQ(getLine(room, 5, nullptr, ZV_EUC, ZV_TRANSFER_NOTHING, ZV_EUC), room);
-    EXPECT_FALSE(getLine(room, 0, nullptr, ZV_EUC, 0, ZV_EUC) ||
-                 getLine(nullptr, 5, nullptr, ZV_EUC, 0, ZV_EUC));
+    EXPECT_EQ(getLine(room, 0, nullptr, ZV_EUC, 0, ZV_EUC), nullptr);
+    EXPECT_EQ(getLine(nullptr, 5, nullptr, ZV_EUC, 0, ZV_EUC), nullptr);
     EXPECT_STREQ(room, "kept");
     FILE* const zeros = fopen("/dev/zero", "r");
     EXPECT_STREQ(getLine(room, 1, zeros, ZV_EUC, 0, ZV_EUC), "");
@@ -23,11 +25,13 @@ TEST(MailMemory, IsTakenForLongTextsAlone) {
     InitMbutilExt(ZV_SJIS);
     std::string text, line, out(20000, '#');
     // A line in many parts that grows into JIS as much as text can.
-    for (; text.size() < 6000; text += "=B1a=\n") line += "\x1B$B%\"\x1B(Ja";
+    for (; text.size() < 6000; text += "=B1a=\n")
+        line += "\x1B$B%\"\x1B(Ja";
     const std::string subject(9000, 'x');
     FILE* const stream = tmpfile();
     setvbuf(stream, nullptr, _IONBF, 0);
-    fputs((text + "\n").c_str(), stream), rewind(stream);
+    fputs((text + "\n").c_str(), stream);
+    rewind(stream);
     const auto read_line = [&](int size) {
         return getLine(out.data(), size, stream, ZV_SJIS, ZV_TRANSFER_QUOTED_PRINTABLE, ZV_JIS) !=
                nullptr;
@@ -42,12 +46,12 @@ TEST(MailMemory, IsTakenForLongTextsAlone) {
         convertSubjectForMail(out.data(), subject.c_str() + 8000, ZV_JIS, ZV_SJIS);
         return fseek(stream, -6, SEEK_END) == 0 && read_line(80);
     };
-    EXPECT_EQ(test::with_fault(1, short_texts), std::pair(true, false));
+    EXPECT_EQ(with_fault(1, short_texts), std::pair(true, false));
     const auto long_subject = [&] {
         return *convertSubjectForMail(out.data(), subject.c_str(), ZV_8859_2, ZV_8859_2) != '\0';
     };
-    EXPECT_EQ(test::with_fault(1, long_subject), std::pair(false, true));
-    EXPECT_EQ(test::with_fault(2, long_subject), std::pair(true, false)) << "takes two blocks";
+    EXPECT_EQ(with_fault(1, long_subject), std::pair(false, true));
+    EXPECT_EQ(with_fault(2, long_subject), std::pair(true, false)) << "takes two blocks";
     fclose(stream);
 }
 

@@ -18,13 +18,15 @@
 
 namespace {
 
+using namespace test;
+
 TEST(Process, LogsEachValueInOrder) {
-    const test::Folder devices;
+    const Folder devices;
     const int log = socket(AF_UNIX, SOCK_DGRAM | SOCK_NONBLOCK, 0);
     sockaddr_un address{AF_UNIX, ""};
     strcpy(address.sun_path, (devices / "log").c_str());
     ASSERT_EQ(bind(log, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
-    if (!test::enter_private_namespaces() || !test::mount_over("/dev", devices / ""))
+    if (!enter_private_namespaces() || !mount_over("/dev", devices / ""))
         GTEST_SKIP() << "a private /dev/log is refused";
     openlog("host", LOG_PID, LOG_DAEMON);
     const intptr_t text = reinterpret_cast<intptr_t>("text");
@@ -80,13 +82,14 @@ TEST(Process, AlarmsGoOffAndEndASleep) {
 
 TEST(Process, SignalsNobodyByANegativeId) {
     sigset_t urgent;
-    sigemptyset(&urgent), sigaddset(&urgent, SIGURG);
+    sigemptyset(&urgent);
+    sigaddset(&urgent, SIGURG);
     sigprocmask(SIG_BLOCK, &urgent, nullptr); // It disturbs nobody, should it go too far.
     const auto took_it = [&] {
         const timespec at_once{};
         return sigtimedwait(&urgent, nullptr, &at_once) == SIGURG;
     };
-    test::Child child([&](int out) {
+    Child child([&](int out) {
         setpgid(0, 0);
         for (const pid_t process : {-1, -getpid(), 0, getpid()}) {
             OSSignalProcess(process, SIGURG);
@@ -113,48 +116,53 @@ TEST(Process, RaisesTheLimitAndLeavesPriorityAndStreamModes) {
 
 TEST(Process, CompletesTheLanguageEnvironment) {
     const std::string system = "/usr/lib/locale/%L/LC_MESSAGES/%N";
-    const auto completed = [](const char* language, const char* catalogues) {
-        setenv("LANG", language, 1), setenv("NLSPATH", catalogues, 1);
+    const auto completed = [] {
         OSInitLanguage();
         return getenv("LANG") + std::string(" ") + getenv("NLSPATH");
     };
-    EXPECT_EQ(completed("", ""), "C " + system);
-    EXPECT_EQ(completed("ja", system.c_str()), "ja " + system + ":" + system);
-    setenv("NLSPATH", "/opt/more/%N", 1);
-    const auto value = [] { return OSInitLanguage(), getenv("NLSPATH"); };
-    for (const int nth : {1, 2}) EXPECT_STREQ(test::with_fault(nth, value).first, "/opt/more/%N");
+    unsetenv("LANG");
+    unsetenv("NLSPATH");
+    EXPECT_EQ(completed(), "C " + system);
+    setenv("LANG", "", 1);
+    setenv("NLSPATH", "", 1);
+    EXPECT_EQ(completed(), "C " + system);
+    setenv("LANG", "ja", 1);
+    setenv("NLSPATH", "/opt/some/%N", 1);
+    EXPECT_EQ(completed(), "ja /opt/some/%N:" + system);
     // The environment keeps a block for every new value; nothing else stays.
-    const auto blocks_for = [](auto action) {
-        const long before = test::live_blocks();
-        return action(), test::live_blocks() - before;
-    };
-    const long kept = blocks_for([] { setenv("NLSPATH", "/opt/some/%N", 1); });
-    EXPECT_EQ(blocks_for(OSInitLanguage), kept);
-    unsetenv("LANG"), unsetenv("NLSPATH");
-    EXPECT_EQ(value(), system);
-    EXPECT_STREQ(getenv("LANG"), "C");
+    const long before = live_blocks();
+    setenv("NLSPATH", "/opt/more/%N", 1);
+    const long kept = live_blocks() - before;
+    for (const int nth : {1, 2}) {
+        inject(nth);
+        OSInitLanguage();
+        EXPECT_TRUE(inject(0)) << nth;
+        EXPECT_STREQ(getenv("NLSPATH"), "/opt/more/%N") << nth;
+    }
+    OSInitLanguage();
+    EXPECT_EQ(live_blocks() - before, 2 * kept);
 }
 
 TEST(Process, DescribesTheSystem) {
-    test::GuardedRoom hardware(258), system(516);
+    GuardedRoom hardware(258), system(516);
     EXPECT_EQ(OSGetHardware(hardware.data()), 1);
     EXPECT_EQ(OSGetOS(system.data()), 1);
-    EXPECT_EQ(system.text() + "\n", test::output_of("uname -sr"));
+    EXPECT_EQ(system.text() + "\n", output_of("uname -sr"));
     utsname told; // an emulated one differs from what another program is told
     ASSERT_EQ(uname(&told), 0);
     EXPECT_EQ(hardware.text(), told.machine);
     EXPECT_EQ(hardware.data()[257], '#') << "written behind the answer";
-    const test::Fault refused = {"no answer", test::kMachine, EFAULT};
+    const Fault refused = {"no answer", kMachine, EFAULT};
     for (const int nth : {1, 2}) {
         memset(system.data(), '#', 516);
         const auto os = [&] { return int{OSGetOS(system.data())}; };
-        EXPECT_EQ(test::with_fault(nth, os, refused), std::pair(0, true)) << nth;
+        EXPECT_EQ(with_fault(nth, os, refused), std::pair(0, true)) << nth;
         EXPECT_EQ(system.text(), "") << nth;
     }
     const auto machine = [&] { return int{OSGetHardware(hardware.data())}; };
-    EXPECT_EQ(test::with_fault(1, machine, refused), std::pair(0, true));
+    EXPECT_EQ(with_fault(1, machine, refused), std::pair(0, true));
     EXPECT_EQ(hardware.text(), "");
-    EXPECT_EQ(test::with_fault(1, InitializeSrvUtil, refused), std::pair(0, true));
+    EXPECT_EQ(with_fault(1, InitializeSrvUtil, refused), std::pair(0, true));
     ZVStatsTime stamp{};
     OSGetTimeForStats(&stamp);
     EXPECT_NEAR(double(stamp.seconds), double(time(nullptr)), 2);

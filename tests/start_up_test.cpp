@@ -14,10 +14,11 @@
 
 namespace {
 
-const std::string kHosts = "10.1.2.3 alpha.beta.gamma alpha\n";
+using namespace test;
 
-TEST(StartUp, FillsWhatANewDirectoryEmpties) {
-    if (!test::enter_private_host("alpha", kHosts)) GTEST_SKIP() << "a private host is refused";
+using StartUpOnHost = PrivateHost;
+
+TEST_F(StartUpOnHost, FillsWhatANewDirectoryEmpties) {
     setenv("ZVCONFIGDIR", "", 1);
     SetZVInstallPath("");
     SetZVInstallPath(nullptr);
@@ -37,30 +38,31 @@ TEST(StartUp, FillsWhatANewDirectoryEmpties) {
     EXPECT_STREQ(OSGetAuditConfigPath(), "/opt/p/conf/zvaudit.conf");
     EXPECT_STREQ(OSGetDBConfigPath(), "/opt/p/conf/zvdb.conf");
     EXPECT_STREQ(OSGetZVQDirectory(), "/usr/zv/conf/zv") << "kept";
-    test::GuardedRoom separator(2), line_end(2);
-    OSGetDirSeparator(separator.data()), OSGetEol(line_end.data());
-    EXPECT_EQ(separator.text() + line_end.text(), "/\n");
+    GuardedRoom separator(2), line_end(2);
+    OSGetDirSeparator(separator.data());
+    EXPECT_EQ(separator.text(), "/");
+    OSGetEol(line_end.data());
+    EXPECT_EQ(line_end.text(), "\n");
 }
 
-TEST(StartUp, WithoutAHostNameResolvesNothing) {
-    if (!test::enter_private_host("nowhere", kHosts)) GTEST_SKIP() << "a private host is refused";
+TEST_F(StartUpOnHost, WithoutAnAddressResolvesNothing) {
+    sethostname("nowhere", 7);
     EXPECT_EQ(InitializeSrvUtil(), 0);
     setenv("ZVCONFIGDIR", "/later", 1);
     EXPECT_STREQ(OSGetZVConfigPath(), "/later");
 }
 
-TEST(StartUp, ReadsTheConfigurationFileOnce) {
-    if (!test::enter_private_host("alpha", kHosts)) GTEST_SKIP() << "a private host is refused";
-    const test::Folder folder;
+TEST_F(StartUpOnHost, ReadsTheConfigurationFileOnce) {
+    const Folder folder;
     const auto configure = [&](const std::string& database) {
-        test::write_file(folder / "zv.conf", "Server-directory:" + database + "\nKey: v\n");
+        write_file(folder / "zv.conf", "Server-directory:" + database + "\nKey: v\n");
     };
     setenv("ZVCONFIGDIR", (folder / "").c_str(), 1);
     configure("/first");
     EXPECT_EQ(InitializeSrvUtil(), 1);
     configure("/second");
     sethostname("later", 5);
-    test::GuardedRoom name(65);
+    GuardedRoom name(65);
     OSGetHostnameNoDomain(name.data());
     EXPECT_EQ(name.text(), "alpha") << "resolved at start-up";
     EXPECT_STREQ(OSGetServerDbPath(), "/first/");
@@ -72,10 +74,10 @@ TEST(StartUp, ReadsTheConfigurationFileOnce) {
 }
 
 TEST(StartUp, IsNotNeededToReadASetting) {
-    const test::Folder folder;
-    test::write_file(folder / "zv.conf", "Key:  value \n");
+    const Folder folder;
+    write_file(folder / "zv.conf", "Key:  value \n");
     setenv("ZVCONFIGDIR", (folder / "").c_str(), 1);
-    test::GuardedRoom value(256);
+    GuardedRoom value(256);
     GetLineFromServerConfigFileDup("Key:", value.data());
     EXPECT_EQ(value.text(), "value");
 }
@@ -84,13 +86,15 @@ TEST(StartUp, IsNotNeededToReadASetting) {
 void start_up(int out) {
     OSInitLanguage();
     InitMbutil();
-    test::GuardedRoom name(65);
+    GuardedRoom name(65);
     OSGetServerNameNoDomain(name.data());
-    if (mbGetLocaleCodeSet() != ZV_WESTERN || mbmaxcharlen() != 1) dprintf(out, "code set");
+    if (mbGetLocaleCodeSet() != ZV_WESTERN || mbmaxcharlen() != 1)
+        dprintf(out, "code set");
     for (const char* path :
          {OSGetZVInstallPath(), OSGetZVConfigPath(), OSGetServerConfigPath(), OSGetDBConfigPath(),
           OSGetAuditConfigPath(), OSGetZVQDirectory(), OSGetServerDbPath()})
-        if (*path == '\0' || strnlen(path, 256) > 255) dprintf(out, "path %.300s", path);
+        if (*path == '\0' || strnlen(path, 256) > 255)
+            dprintf(out, "path %.300s", path);
     const char* const monitor = getenv("ZVMCONFIGFILE");
     const bool fits = monitor != nullptr && strnlen(monitor, 256) - 1 < 255;
     if (OSGetZVMonitorConfigFile(nullptr) != std::string(fits ? monitor : "../conf/zvmonitor.conf"))
@@ -98,27 +102,31 @@ void start_up(int out) {
     struct stat status {};
     for (int i = 0; i < 20; ++i) {
         char* const temporary = OSTmpName("zv");
-        if (temporary == nullptr) break; // as for a directory with too long a name
+        if (temporary == nullptr)
+            break; // as for a directory with too long a name
         // Whoever plants a link at such a name does not get the next one.
         if (lstat(temporary, &status) == 0 || symlink("/no/such", temporary) != 0)
             dprintf(out, "name %s", temporary);
-        unlink(temporary), free(temporary);
+        unlink(temporary);
+        free(temporary);
     }
-    if (OSTmpFileFd() == -1) dprintf(out, "temporary file");
+    if (OSTmpFileFd() == -1)
+        dprintf(out, "temporary file");
 }
 
 TEST(StartUp, SucceedsInAnyEnvironment) {
-    const test::Folder folder;
-    test::write_file(folder / "file", "");
+    const Folder folder;
+    write_file(folder / "file", "");
     std::vector<std::string> values = {
         "", "/", "%s%n%L%N", "\x1B[2J\xFF\x80\x8E", "../../../etc", "LC_CTYPE=;LC_NUMERIC=/;"};
     for (const size_t length : {255u, 256u, 5000u, 1u << 20})
         values.push_back("en." + std::string(length - 3, '8'));
-    for (const char* name : {"file", "file/none"}) values.push_back(folder / name);
+    for (const char* name : {"file", "file/none"})
+        values.push_back(folder / name);
     for (const char* variable : {"LANG", "LC_ALL", "LC_CTYPE", "LOCPATH", "NLSPATH", "ZVCONFIGDIR",
                                  "ZVMCONFIGFILE", "TMPDIR"}) {
         for (const std::string& value : values) {
-            test::Child child([&](int out) {
+            Child child([&](int out) {
                 clearenv();
                 setenv(variable, value.c_str(), 1);
                 start_up(out);
@@ -129,7 +137,7 @@ TEST(StartUp, SucceedsInAnyEnvironment) {
 }
 
 TEST(StartUp, ReadsAnythingInTheConfigurationFilesPlace) {
-    const test::Folder folder;
+    const Folder folder;
     std::filesystem::current_path(folder / "");
     const std::pair<const char*, const char*> cases[] = {
         {"mkfifo zv.conf", "./"},
@@ -143,14 +151,15 @@ TEST(StartUp, ReadsAnythingInTheConfigurationFilesPlace) {
     };
     for (const auto& [making, database] : cases) {
         ASSERT_EQ(system(making), 0) << making;
-        test::Child child([](int out) {
+        Child child([](int out) {
             rusage before{}, after{};
             getrusage(RUSAGE_SELF, &before);
             alarm(100);
             setenv("ZVCONFIGDIR", ".", 1);
             dprintf(out, "%s", OSGetServerDbPath());
             getrusage(RUSAGE_SELF, &after);
-            if (after.ru_maxrss - before.ru_maxrss > 4096) dprintf(out, " grew");
+            if (after.ru_maxrss - before.ru_maxrss > 4096)
+                dprintf(out, " grew");
         });
         EXPECT_EQ(child.finish(), database) << making;
         std::filesystem::remove_all("zv.conf");

@@ -7,13 +7,15 @@
 #include <climits>
 #include <csignal>
 #include <cstdint>
-#include <utility>
 
 #include "faults/faults.h"
+#include "support/calls.h"
 #include "support/folder.h"
 #include "zvstdio.h"
 
 namespace {
+
+using namespace test;
 
 struct Stream {
     ZVFILE* handle;
@@ -25,14 +27,15 @@ Stream open_stream(const std::string& path, const char* mode) {
 }
 
 TEST(Stream, TakesADescriptorOver) {
-    const test::Folder folder;
-    test::write_file(folder / "file", "0123456789");
+    const Folder folder;
+    write_file(folder / "file", "0123456789");
     const int descriptor = open((folder / "file").c_str(), O_RDWR);
     lseek(descriptor, 4, SEEK_SET);
     const Stream stream{ZVfdopen(descriptor, "r+a")};
     EXPECT_EQ(ZVfgetc(stream), '4');
     for (const int room : {1 + 4, 4096}) {
-        for (int i = 0; i < room; ++i) EXPECT_EQ(ZVungetc('p', stream), 'p');
+        for (int i = 0; i < room; ++i)
+            EXPECT_EQ(ZVungetc('p', stream), 'p');
         EXPECT_EQ(ZVungetc('p', stream), -1);
         EXPECT_EQ(ZVftell(stream), (room == 5 ? 1 : 11) - room);
         EXPECT_EQ(ZVfputc('x', stream), 'x') << "drops what was pushed back";
@@ -43,45 +46,32 @@ TEST(Stream, TakesADescriptorOver) {
 }
 
 TEST(Stream, FailuresGiveTheirValuesAndErrno) {
-    const auto with = [](int error, auto result) {
-        return std::exchange(errno, 0) == error ? long(result) : 99;
-    };
-    const auto bad = [&](auto result) { return with(EBADF, result); };
     long position = 7;
     char s[16];
     alignas(16) static char no_stream[8192];
-    errno = 0;
     for (ZVFILE* f : {static_cast<ZVFILE*>(nullptr), reinterpret_cast<ZVFILE*>(no_stream)}) {
-        const std::pair<const char*, long> failing[] = {
-            {"ZVfclose", bad(ZVfclose(f))},      {"ZVfgetc", bad(ZVfgetc(f))},
-            {"ZVungetc", bad(ZVungetc('c', f))}, {"ZVfread", bad(ZVfread(s, 0, 1, f))},
-            {"ZVfputc", bad(ZVfputc('c', f))},   {"ZVfputs", bad(ZVfputs("", f))},
-            {"ZVftell", bad(ZVftell(f))},        {"ZVferror", bad(ZVferror(f))},
-            {"ZVfseek", bad(ZVfseek(f, 0, 0))},  {"ZVfflush", bad(ZVfflush(f))},
-            {"ZVfileno", with(0, ZVfileno(f))},  {"ZVfgetpos", bad(ZVfgetpos(f, &position))}};
-        for (const auto& [call, result] : failing) EXPECT_EQ(result, -1) << call;
+        SCOPED_TRACE(f == nullptr ? "NULL" : "no stream");
+        expect_each(-1, EBADF, CALL(ZVfclose(f)), CALL(ZVfgetc(f)), CALL(ZVungetc('c', f)),
+                    CALL(ZVfread(s, 0, 1, f)), CALL(ZVfputc('c', f)), CALL(ZVfputs("", f)),
+                    CALL(ZVftell(f)), CALL(ZVferror(f)), CALL(ZVfseek(f, 0, 0)), CALL(ZVfflush(f)),
+                    CALL(ZVfgetpos(f, &position)));
+        expect_each(0, EBADF, CALL(ZVfgets(s, 1, f)), CALL(ZVfwrite("c", 0, 1, f)),
+                    CALL(ZVfprintf(f, "%s", "x")), CALL(ZVfeof(f)), CALL((ZVrewind(f), 0)),
+                    CALL((ZVclearerr(f), 0)));
+        expect_each(-1, 0, CALL(ZVfileno(f)));
         EXPECT_EQ(position, 7);
-        const std::pair<const char*, long> doing_nothing[] = {
-            {"ZVfgets", bad(ZVfgets(s, 1, f) != nullptr)},
-            {"ZVfwrite", bad(ZVfwrite("c", 0, 1, f))},
-            {"ZVfprintf", bad(ZVfprintf(f, "%s", "x"))},
-            {"ZVfeof", bad(ZVfeof(f))},
-            {"ZVrewind", bad((ZVrewind(f), 0))},
-            {"ZVclearerr", bad((ZVclearerr(f), 0))}};
-        for (const auto& [call, result] : doing_nothing) EXPECT_EQ(result, 0) << call;
     }
     const Stream full = open_stream("/dev/full", "w"), directory = open_stream("/", "r");
-    EXPECT_EQ(with(ENOSPC, ZVfwrite("abc", 1, 3, full)), 0);
-    EXPECT_EQ(with(EOVERFLOW, ZVfwrite(s, SIZE_MAX / 2, 3, full)), 0);
-    EXPECT_EQ(with(0, ZVfread(s, 0, 1, full)), 0) << "not asked for anything";
-    EXPECT_EQ(with(EISDIR, ZVfgetc(directory)), -1);
-    EXPECT_EQ(with(EISDIR, ZVfread(s, 1, 8, directory)), 0);
-    EXPECT_EQ(with(EISDIR, !!ZVfgets(s, 8, directory)), 0);
-    EXPECT_EQ(ZVfeof(directory), 0);
-    EXPECT_EQ(with(EISDIR, open_stream("/", "w") != nullptr), 0);
-    EXPECT_EQ(with(EILSEQ, ZVfprintf(full, "%ls", L"\x7FFFFFFF")), -1);
+    expect_each(0, ENOSPC, CALL(ZVfwrite("abc", 1, 3, full)));
+    expect_each(0, EOVERFLOW, CALL(ZVfwrite(s, SIZE_MAX / 2, 3, full)));
+    expect_each(-1, EILSEQ, CALL(ZVfprintf(full, "%ls", L"\x7FFFFFFF")));
+    expect_each(-1, EISDIR, CALL(ZVfgetc(directory)));
+    expect_each(0, EISDIR, CALL(ZVfread(s, 1, 8, directory)), CALL(ZVfgets(s, 8, directory)),
+                CALL(ZVfopen("/", "w")));
+    // Not asked for anything, and not at the end.
+    expect_each(0, 0, CALL(ZVfread(s, 0, 1, full)), CALL(ZVfeof(directory)));
 
-    const test::Folder folder;
+    const Folder folder;
     const Stream stream = open_stream(folder / "file", "w");
     signal(SIGXFSZ, SIG_IGN);
     const rlimit small = {1000, RLIM_INFINITY}, large = {RLIM_INFINITY, RLIM_INFINITY};
@@ -92,18 +82,19 @@ TEST(Stream, FailuresGiveTheirValuesAndErrno) {
     EXPECT_EQ(ZVftell(stream), 1000) << "what was written stays";
     EXPECT_EQ(ZVfflush(stream), 0);
     EXPECT_EQ(ZVfseek(stream, INT_MAX, SEEK_SET), 0);
-    EXPECT_EQ(with(EOVERFLOW, ZVfseek(stream, LONG_MAX, SEEK_CUR)), -1);
-    EXPECT_EQ(with(EBADF, ZVfgetc(stream)), -1) << "not readable, wherever it stands";
+    expect_each(-1, EOVERFLOW, CALL(ZVfseek(stream, LONG_MAX, SEEK_CUR)));
+    expect_each(-1, EBADF, CALL(ZVfgetc(stream))); // not readable, wherever it stands
 }
 
 TEST(Stream, FilesReachBeyondTheLastPosition) {
-    const test::Folder folder;
+    const Folder folder;
     const std::string path = folder / "file";
     constexpr int64_t kSize = (int64_t{1} << 32) + 2; // 2 in an int
-    test::write_file(path, "012");
+    write_file(path, "012");
     ASSERT_EQ(truncate(path.c_str(), kSize), 0);
     const Stream stream = open_stream(path, "r+"), appending = open_stream(path, "a");
-    ASSERT_TRUE(stream && appending);
+    ASSERT_NE(stream, nullptr);
+    ASSERT_NE(appending, nullptr);
     EXPECT_EQ(ZVfgetc(stream), '0');
     EXPECT_EQ(ZVfseek(stream, 0, SEEK_END), -1);
     EXPECT_EQ(ZVferror(stream), EOVERFLOW);
@@ -114,17 +105,17 @@ TEST(Stream, FilesReachBeyondTheLastPosition) {
     EXPECT_EQ(ZVfseek(stream, INT_MAX, SEEK_SET), 0);
     char byte;
     const auto read = [&] { return ZVfread(&byte, 1, 1, stream) == 0 ? errno : 0; };
-    EXPECT_EQ(test::with_fault(1, read, {"as a pipe", test::kSeek, ESPIPE, test::kForever}),
+    EXPECT_EQ(with_fault(1, read, {"as a pipe", kSeek, ESPIPE, kForever}),
               std::pair(EOVERFLOW, true));
 }
 
 TEST(Stream, ClosedOnesAreNotOpen) {
     EXPECT_EQ(ZVfclose(ZVfopen("/dev/null", "r")), 0);
-    EXPECT_EQ(test::last_released(), 0u) << "the mark of an open stream";
+    EXPECT_EQ(last_released(), 0u) << "the mark of an open stream";
 }
 
 TEST(Stream, FormatsWhatACatalogueHolds) {
-    const test::Folder folder;
+    const Folder folder;
     const Stream stream = open_stream(folder / "file", "w");
     int before = 0;
     // In writable memory, as translations are: one counts, one leaves its first argument out.
@@ -132,7 +123,7 @@ TEST(Stream, FormatsWhatACatalogueHolds) {
     EXPECT_EQ(ZVfprintf(stream, counting, 123, &before), 4);
     EXPECT_EQ(before, 3);
     EXPECT_EQ(ZVfprintf(stream, second, 1, "two"), 4);
-    EXPECT_EQ(test::content(folder / "file"), "123;two;");
+    EXPECT_EQ(content(folder / "file"), "123;two;");
 }
 
 TEST(Stream, PipesHaveNoPositions) {

@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 
 #include "mbutil.h"
+#include "support/calls.h"
 #include "support/child.h"
 #include "support/folder.h"
 #include "support/guarded.h"
@@ -45,21 +46,19 @@ TEST(Dispatch, TheWindowsFormItsLengthAndTheByteSum) {
         InitMbutilExt(current);
         const bool euc = current == ZV_EUC || current == ZV_SJIS;
         const bool grows = current == ZV_BIG5 || current == ZV_SJIS;
+        SCOPED_TRACE(current);
         EXPECT_STREQ(UnixCodingToWindowsCodingExt("\xB0\xA1", out), euc ? "\x88\x9F" : "\xB0\xA1");
         EXPECT_STREQ(WindowsCodingToUnixCodingExt("\x88\x9F", out), euc ? "\xB0\xA1" : "\x88\x9F");
-        EXPECT_EQ(MaxStringLengthOnWinAndUnix("\xC8\x79\xB1"), grows ? 5 : 3) << current;
+        EXPECT_EQ(MaxStringLengthOnWinAndUnix("\xC8\x79\xB1"), grows ? 5 : 3);
         EXPECT_EQ(AccumulateAsciiForStr(std::string(5000, '\xB1').c_str()), 5000 * 0xB1);
     }
-    const std::pair<const char*, bool> refused[] = {
-        {"mbconvertnativestring, to", mbconvertnativestring(nullptr, "a", 3)},
-        {"mbconvertnativestring, from", mbconvertnativestring(out, nullptr, 3)},
-        {"UnixCodingToWindowsCodingExt, from", UnixCodingToWindowsCodingExt(nullptr, out)},
-        {"UnixCodingToWindowsCodingExt, to", UnixCodingToWindowsCodingExt("a", nullptr)},
-        {"WindowsCodingToUnixCodingExt, from", WindowsCodingToUnixCodingExt(nullptr, out)},
-        {"WindowsCodingToUnixCodingExt, to", WindowsCodingToUnixCodingExt("a", nullptr)},
-        {"AccumulateAsciiForStr, none", AccumulateAsciiForStr(nullptr)},
-        {"AccumulateAsciiForStr, empty", AccumulateAsciiForStr("")}};
-    for (const auto& [call, result] : refused) EXPECT_FALSE(result) << call;
+    expect_each(0, 0, CALL(mbconvertnativestring(nullptr, "a", 3)),
+                CALL(mbconvertnativestring(out, nullptr, 3)),
+                CALL(UnixCodingToWindowsCodingExt(nullptr, out)),
+                CALL(UnixCodingToWindowsCodingExt("a", nullptr)),
+                CALL(WindowsCodingToUnixCodingExt(nullptr, out)),
+                CALL(WindowsCodingToUnixCodingExt("a", nullptr)),
+                CALL(AccumulateAsciiForStr(nullptr)), CALL(AccumulateAsciiForStr("")));
 }
 
 TEST(Numbers, AreThoseThatIconvKnows) {
@@ -74,6 +73,7 @@ TEST(Numbers, AreThoseThatIconvKnows) {
                  {ZV_BIG5, Mb2SbNumberTableInBIG5, "BIG5", "﹕∕（）﹒", ":/()."},
                  {ZV_EUC_H, Mb2SbNumberTableInEUC_H, "BIG5", "﹕∕（）‘”", ":/().:"}};
     for (const auto& c : cases) {
+        SCOPED_TRACE(c.charset);
         std::string wide;
         for (const MbToSbNumber* row = c.table; row->mb[0] != 0; ++row)
             wide += reinterpret_cast<const char*>(row->mb);
@@ -110,39 +110,40 @@ TEST(TextStreams, TellWhatCannotBeReadOrWritten) {
 TEST(FileConversion, AppendsRefusesAndKeepsWhatItMay) {
     const Folder folder;
     const std::string in = folder / "in", out = folder / "out";
-    const auto converts = [&](const char* source, const char* target, char append, int from) {
-        return mbconvertfile2native_ex((folder / source).c_str(), (folder / target).c_str(), append,
-                                       from);
+    const auto converts = [](const std::string& from, const std::string& to, int append, int set) {
+        return mbconvertfile2native_ex(from.c_str(), to.c_str(), char(append), set) != 0;
     };
     InitMbutilExt(ZV_EUC);
     write_file(in, "\x88\x9F");
-    EXPECT_FALSE(converts("in", "out", 0, ZV_EUC));
-    EXPECT_FALSE(converts("none", "out", 0, ZV_SJIS));
-    EXPECT_FALSE(converts("in", "no/such", 0, ZV_SJIS));
+    EXPECT_FALSE(converts(in, out, 0, ZV_EUC));
+    EXPECT_FALSE(converts(folder / "none", out, 0, ZV_SJIS));
+    EXPECT_FALSE(converts(in, folder / "no/such", 0, ZV_SJIS));
     EXPECT_FALSE(std::filesystem::exists(out));
-    EXPECT_TRUE(converts("in", "out", 0, ZV_SJIS));
-    for (const int append : {1, 2, -1}) EXPECT_TRUE(converts("in", "out", char(append), ZV_SJIS));
-    EXPECT_EQ(content(out), "\xB0\xA1\xB0\xA1\xB0\xA1\xB0\xA1");
-    EXPECT_TRUE(converts("in", "out", 0, ZV_SJIS));
-    EXPECT_EQ(content(out), "\xB0\xA1");
-    write_file(in, std::string("a\x82\0b\x88\x9F", 6) + std::string(20993, 'c') + "\x88\x9F");
-    EXPECT_TRUE(converts("in", "out", 0, ZV_SJIS));
-    EXPECT_EQ(content(out), "a\x82\xB0\xA1") << "a zero byte ends its block's text";
-    write_file(in, std::string("\x1B$B0!\0", 6) + std::string(20994, 'c') + "0!");
-    EXPECT_TRUE(converts("in", "out", 0, ZV_JIS));
-    EXPECT_EQ(content(out), "\xB0\xA1"
-                            "0!")
-        << "and its shift state";
-    write_file(in, "");
-    EXPECT_TRUE(converts("in", "out", 0, ZV_SJIS));
-    EXPECT_EQ(content(out), "");
+    const struct {
+        const char* what;
+        int from, append;
+        std::string text, result;
+    } cases[] = {{"made", ZV_SJIS, 0, "\x88\x9F", "\xB0\xA1"},
+                 {"appended", ZV_SJIS, 1, "\x88\x9F", "\xB0\xA1\xB0\xA1"},
+                 {"any other value appends", ZV_SJIS, -2, "x", "\xB0\xA1\xB0\xA1x"},
+                 {"emptied first", ZV_SJIS, 0, "\x88\x9F", "\xB0\xA1"},
+                 {"a zero byte ends its block's text", ZV_SJIS, 0,
+                  std::string("a\x82\0b\x88\x9F", 6) + std::string(20993, 'c') + "\x88\x9F",
+                  "a\x82\xB0\xA1"},
+                 {"and its shift state", ZV_JIS, 0,
+                  std::string("\x1B$B0!\0", 6) + std::string(20994, 'c') + "V!", "\xB0\xA1V!"},
+                 {"nothing", ZV_SJIS, 0, "", ""}};
+    for (const auto& c : cases) {
+        write_file(in, c.text);
+        EXPECT_TRUE(converts(in, out, c.append, c.from)) << c.what;
+        EXPECT_EQ(content(out), c.result) << c.what;
+    }
 }
 
 TEST(FileConversion, TakesPipesThatGiveALittleAtATime) {
     const Folder folder;
     const std::string in = folder / "in", out = folder / "out";
-    std::string text;
-    while (text.size() < 1'000'000) text += "\x88\x9F\xB1 x\n";
+    const std::string text = repeated("\x88\x9F\xB1 x\n", 200'000);
     ASSERT_EQ(mkfifo(in.c_str(), 0600), 0);
     const Child writer([&](int) { write_file(in, text); });
     InitMbutilExt(ZV_EUC);

@@ -17,17 +17,20 @@
 #ifndef __SANITIZE_THREAD__
 static std::atomic<const pthread_mutex_t*> destroyed;
 extern "C" int pthread_mutex_destroy(pthread_mutex_t* mutex) noexcept {
-    return destroyed = mutex, 0;
+    destroyed = mutex;
+    return 0;
 }
 #endif
 
 namespace {
 
+using namespace test;
+
 template <class Action>
 void in_threads(Action action) {
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i) threads.emplace_back(action, i);
-    for (std::thread& thread : threads) thread.join();
+    std::vector<std::jthread> threads;
+    for (int i = 0; i < 4; ++i)
+        threads.emplace_back(action, i);
 }
 
 TEST(Threads, ExcludeEachOtherAndKeepTheirValuesApart) {
@@ -44,7 +47,8 @@ TEST(Threads, ExcludeEachOtherAndKeepTheirValuesApart) {
         for (int i = 0; i < 2000; ++i) {
             OSEnterCriticalSection(&section);
             const int before = rounds;
-            if (i % 100 == 0) std::this_thread::yield();
+            if (i % 100 == 0)
+                std::this_thread::yield();
             rounds = before + 1;
             OSLeaveCriticalSection(&section);
         }
@@ -67,17 +71,17 @@ TEST(Threads, ExcludeEachOtherAndKeepTheirValuesApart) {
     }
 }
 
-TEST(Threads, LookUpHostsIntoTheirOwnMemory) {
-    if (!test::enter_private_host("alpha", "10.1.2.0 alpha.one a0\n10.1.2.1 alpha.two a1\n"
-                                           "10.1.2.2 alpha.three a2\n10.1.2.3 alpha.four a3\n"))
-        GTEST_SKIP() << "a private host is refused";
+using ThreadsOnHost = PrivateHost;
+
+TEST_F(ThreadsOnHost, LookUpHostsIntoTheirOwnMemory) {
     in_threads([](int thread) {
         const std::string alias = {'a', char('0' + thread)};
-        const in_addr address = {htonl(0x0A010200u + unsigned(thread))};
-        test::GuardedRoom room(1024);
+        const in_addr address = {htonl(0x0A010300u + unsigned(thread))};
+        GuardedRoom room(1024);
         hostent entry;
-        int error;
+        int error = 0;
         for (const bool by_name : {true, false}) {
+            SCOPED_TRACE(by_name ? "by name" : "by address");
             const auto look_up = [&](const char* name, int length) {
                 char* buffer = room.data() + 1024 - length;
                 return by_name ? OSGetHostByName(name, &entry, buffer, length, &error)
@@ -85,9 +89,8 @@ TEST(Threads, LookUpHostsIntoTheirOwnMemory) {
                                                  buffer, length, &error);
             };
             int length = -8;
-            for (; error = 0, look_up(alias.c_str(), length) == nullptr && length < 1024;
-                 length += 8)
-                EXPECT_EQ(error, NETDB_INTERNAL) << length;
+            for (; look_up(alias.c_str(), length) == nullptr && length < 1024; length += 8)
+                EXPECT_EQ(std::exchange(error, 0), NETDB_INTERNAL) << length;
             EXPECT_EQ(entry.h_aliases[0], alias);
             EXPECT_EQ(memcmp(entry.h_addr_list[0], &address, sizeof address), 0);
             EXPECT_EQ(look_up("nowhere", 1024), nullptr);
@@ -96,14 +99,13 @@ TEST(Threads, LookUpHostsIntoTheirOwnMemory) {
     });
 }
 
-TEST(Threads, ReadNamesThatAreResolvedAgain) {
-    if (!test::enter_private_host("alpha", "10.1.2.3 alpha.beta.gamma alpha\n"))
-        GTEST_SKIP() << "a private host is refused";
+TEST_F(ThreadsOnHost, ReadNamesThatAreResolvedAgain) {
     ASSERT_EQ(InitHostnameWithDomain(), 1);
     in_threads([](int thread) {
         for (int i = 0; i < 500; ++i) {
             char name[65];
-            if (thread == 0) InitHostnameWithDomain();
+            if (thread == 0)
+                InitHostnameWithDomain();
             ASSERT_EQ(OSGetHostnameWithDomain(name), 1);
             ASSERT_STREQ(name, "alpha.beta.gamma");
         }
@@ -115,15 +117,17 @@ TEST(Threads, ConvertTimesAtOnce) {
     in_threads([](int thread) {
         tm local;
         for (time_t when = thread; when < 40000000; when += 86400) {
-            ASSERT_EQ(OSLocalTime(&when, &local), &local);
-            ASSERT_EQ(timegm(&local), when - 5 * 3600);
+            ASSERT_EQ(OSLocalTime(&when, &local), &local) << when;
+            ASSERT_EQ(timegm(&local), when - 5 * 3600) << when;
         }
         // No year that an int holds, but where seconds end in 2038.
         const time_t last = std::numeric_limits<time_t>::max();
         EXPECT_EQ(OSLocalTime(&last, &local), sizeof last > 4 ? nullptr : &local);
     });
     ZVStatsTime stamp[2];
-    OSGetStatsTime(&stamp[0]), usleep(1500), OSGetStatsTime(&stamp[1]);
+    OSGetStatsTime(&stamp[0]);
+    usleep(1500);
+    OSGetStatsTime(&stamp[1]);
     const double seconds = stamp[1].seconds - stamp[0].seconds +
                            (double(stamp[1].microseconds) - stamp[0].microseconds) / 1e6;
     EXPECT_GT(seconds, 0.001);

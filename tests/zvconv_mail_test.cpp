@@ -1,62 +1,51 @@
 // Mail headers that zvconv writes and reads.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <sstream>
 
-#include "support/oracle.h"
 #include "support/zvconv.h"
 
 namespace {
 
-using test::Zvconv;
-using ZvconvMail = test::WithConverters;
-
-const struct {
-    const char *sample, *from, *to;
-} kSamples[] = {{"japanese.euc", "EUC", "EUC"},       {"japanese.sjis", "SJIS", "JIS"},
-                {"japanese.jis", "JIS", "UTF-8"},     {"chinese.big5", "BIG5", "EUC_H"},
-                {"russian.8859-5", "8859_5", "1251"}, {"polish.8859-2", "8859_2", "8859_2"}};
+using namespace test;
+using ZvconvMail = WithConverters;
 
 TEST_F(ZvconvMail, StandardSubjectsAreReadByAllAndDecodedAgain) {
     const Zvconv tool;
-    for (const auto& c : kSamples) {
+    const struct {
+        std::string sample, from, to;
+    } cases[] = {{"japanese.euc", "EUC", "EUC"},       {"japanese.sjis", "SJIS", "JIS"},
+                 {"japanese.jis", "JIS", "UTF-8"},     {"chinese.big5", "BIG5", "EUC_H"},
+                 {"russian.8859-5", "8859_5", "1251"}, {"polish.8859-2", "8859_2", "8859_2"}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.sample);
         // The sample, all of it in one line, and what needs care at the edges of a word.
-        const std::string sample = tool.convert(
-            std::string("--katakana=keep -t UTF-8 -f ") + c.from, test::sample(c.sample));
-        const std::string kanji = sample.substr(0, sample.find('\n'));
-        std::string long_line = sample;
-        for (char& byte : long_line)
-            if (byte == '\n') byte = ' ';
-        std::string text = sample + "x" + long_line + "x\n" + "Re: " + kanji + " is  it\n" +
+        const std::string lines =
+            tool.convert("--katakana=keep -t UTF-8 -f " + c.from, sample(c.sample));
+        const std::string kanji = lines.substr(0, lines.find('\n'));
+        std::string long_line = lines;
+        std::replace(long_line.begin(), long_line.end(), '\n', ' ');
+        std::string text = lines + "x" + long_line + "x\n" + "Re: " + kanji + " is  it\n" +
                            "two  spaces " + kanji + "\nlast \n x =?x?= _ = ?\n" +
                            std::string(100, 'w') + " " + kanji + "\n" + std::string(70, 'v') + " " +
                            kanji + "\n";
-        const bool widens = c.from == std::string("SJIS") || c.from == std::string("EUC");
-        if (widens) { // what becomes JIS has full-width katakana
-            const std::string jis = tool.convert("-f UTF-8 -t JIS", text);
-            text = tool.convert("-f JIS -t UTF-8", jis);
-        }
+        if (c.from == "SJIS" || c.from == "EUC") // what becomes JIS has full-width katakana
+            text = tool.convert("-f JIS -t UTF-8", tool.convert("-f UTF-8 -t JIS", text));
         tool.write("in", text);
-        EXPECT_EQ(tool.run(std::string("-f UTF-8 -s --standard in -o out -t ") + c.to), 0)
-            << tool.read("stderr");
+        tool.expect(0, "-f UTF-8 -s --standard in -o out -t " + c.to);
         // Folded lines are joined first, as a parser of mail does.
-        EXPECT_EQ(test::output_of("sed -z 's/\\n / /g' " + tool.folder / "out" +
-                                  " | PYTHONIOENCODING=utf-8 python3 " ZVUTIL_TEXTS
-                                  "/../read_subjects.py"),
-                  text)
-            << c.sample;
-        std::istringstream lines(tool.read("out"));
-        for (std::string line; std::getline(lines, line);) {
+        EXPECT_EQ(tool.subjects_by("sed -z 's/\\n / /g' out"), text);
+        std::istringstream folded(tool.read("out"));
+        for (std::string line; std::getline(folded, line);) {
             const size_t word = line.find("=?");
-            if (word == std::string::npos) continue;
+            if (word == line.npos)
+                continue;
             EXPECT_LE(line.size(), 76u) << line;
-            EXPECT_LE(line.find("?= ", word) == std::string::npos ? line.size() - word : 0, 75u)
-                << line;
+            EXPECT_LE(line.find("?= ", word) == line.npos ? line.size() - word : 0, 75u) << line;
         }
-        EXPECT_EQ(tool.run("--decode-headers -t UTF-8 out -o decoded && sed 's/^Subject: //' " +
-                           tool.folder / "decoded"),
-                  0);
-        EXPECT_EQ(tool.read("stdout"), text) << c.sample;
+        tool.expect(0, "--decode-headers -t UTF-8 out -o decoded");
+        EXPECT_EQ(output_of("sed 's/^Subject: //' " + tool.folder / "decoded"), text);
     }
 }
 
@@ -79,16 +68,14 @@ TEST_F(ZvconvMail, HeadersAreDecodedFromAnyCharset) {
         {1, "A: x\nB: =?utf-8?Q?y?=\n =?utf-8?Q?=FF?=\n", "A: x\nB: y\xEF\xBF\xBD\n"}};
     for (const auto& c : cases) {
         tool.write("in", c.header);
-        EXPECT_EQ(tool.run("--decode-headers -t UTF-8 in"), c.status)
-            << c.header << tool.read("stderr");
+        tool.expect(c.status, "--decode-headers -t UTF-8 in");
         EXPECT_EQ(tool.read("stdout"), c.text) << c.header;
     }
     EXPECT_TRUE(tool.says("in:2: offset 5: malformed UTF-8: FF")) << tool.read("stderr");
     EXPECT_EQ(tool.convert("--decode-headers -f EUC -t SJIS", "\xB0\xA1 =?utf-8?B?5LqcCg==?="),
               "\x88\x9F \x88\x9F\n");
     tool.write("in", std::string("a\0b\n", 4));
-    EXPECT_EQ(tool.run("-f EUC -t EUC -s --standard in"), 1);
-    EXPECT_TRUE(tool.says("in:1: a zero byte in a subject"));
+    tool.expect(1, "-f EUC -t EUC -s --standard in", "in:1: a zero byte in a subject");
 }
 
 } // namespace

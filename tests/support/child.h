@@ -17,7 +17,8 @@ public:
     template <class Action>
     explicit Child(Action action) {
         int ends[2];
-        if (pipe(ends) != 0 || (process = fork()) < 0) abort();
+        if (pipe(ends) != 0 || (process = fork()) < 0)
+            abort();
         if (process == 0) {
             action(ends[1]);
             std::quick_exit(0);
@@ -41,7 +42,8 @@ public:
     // The rest of its answer, and what it ended with if that is not 0.
     std::string finish() {
         std::string answer;
-        while (const char byte = await()) answer.push_back(byte);
+        while (const char byte = await())
+            answer.push_back(byte);
         siginfo_t end{};
         waitid(P_PID, static_cast<id_t>(process), &end, WEXITED | WNOWAIT);
         return end.si_status == 0 ? answer : answer + " died of " + std::to_string(end.si_status);

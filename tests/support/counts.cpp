@@ -4,4 +4,4 @@
 // that was killed or had a fault does not.
 extern "C" void __gcov_dump();
 
-[[gnu::constructor]] static void dump_at_quick_exit() { std::at_quick_exit(__gcov_dump); }
+[[maybe_unused]] static const int registered = std::at_quick_exit(__gcov_dump);

@@ -31,6 +31,13 @@ inline std::string content(const std::string& path, std::streamoff from = 0) {
     return {std::istreambuf_iterator<char>(in), {}};
 }
 
+inline std::string repeated(const std::string& unit, int times) {
+    std::string text;
+    while (times-- > 0)
+        text += unit;
+    return text;
+}
+
 inline void write_file(const std::string& path, const std::string& text) {
     std::ofstream(path, std::ios::binary | std::ios::trunc) << text;
 }

@@ -44,12 +44,15 @@ private:
     static std::vector<char*>& unused(size_t capacity) {
         static thread_local std::map<size_t, std::vector<char*>> all;
         std::vector<char*>& ends = all[capacity];
-        if (!ends.empty()) return ends;
+        if (!ends.empty())
+            return ends;
         void* mapping =
             mmap(nullptr, capacity + 2 * page(), PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-        if (mapping == MAP_FAILED) abort();
+        if (mapping == MAP_FAILED)
+            abort();
         char* const first = static_cast<char*>(mapping) + page();
-        if (mprotect(first, capacity, PROT_READ | PROT_WRITE) != 0) abort();
+        if (mprotect(first, capacity, PROT_READ | PROT_WRITE) != 0)
+            abort();
         ends.push_back(first + capacity);
         return ends;
     }
@@ -74,10 +77,12 @@ inline char* repeated_piece(size_t size, char byte, int sharing) {
     const int flags = MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, both = PROT_READ | PROT_WRITE;
     const int piece = memfd_create("piece", 0);
     const std::string bytes(kPiece, byte);
-    if (write(piece, bytes.data(), kPiece) != ssize_t{kPiece}) abort();
+    if (write(piece, bytes.data(), kPiece) != ssize_t{kPiece})
+        abort();
     auto* const start = static_cast<char*>(mmap(nullptr, size, PROT_NONE, flags, -1, 0));
     for (size_t at = 0; at < size; at += kPiece)
-        if (mmap(start + at, kPiece, both, sharing | MAP_FIXED, piece, 0) != start + at) abort();
+        if (mmap(start + at, kPiece, both, sharing | MAP_FIXED, piece, 0) != start + at)
+            abort();
     close(piece);
     return start;
 }

@@ -1,9 +1,6 @@
 #include "support/oracle.h"
 
-#include <fcntl.h>
 #include <iconv.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -16,7 +13,8 @@ std::optional<std::string> iconv_text(const char* from, const char* to, std::str
     std::exit(0);
 #endif
     const iconv_t converter = iconv_open(to, from);
-    if (converter == reinterpret_cast<iconv_t>(-1)) return std::nullopt;
+    if (converter == reinterpret_cast<iconv_t>(-1))
+        return std::nullopt;
     std::string out(text.size() * 8 + 16, '\0');
     char *in_at = const_cast<char*>(text.data()), *out_at = out.data();
     size_t in_left = text.size(), out_left = out.size();
@@ -24,32 +22,18 @@ std::optional<std::string> iconv_text(const char* from, const char* to, std::str
         iconv(converter, &in_at, &in_left, &out_at, &out_left) != static_cast<size_t>(-1) &&
         iconv(converter, nullptr, nullptr, &out_at, &out_left) != static_cast<size_t>(-1);
     iconv_close(converter);
-    if (!converted) return std::nullopt;
+    if (!converted)
+        return std::nullopt;
     out.resize(out.size() - out_left);
     return out;
-}
-
-int in_fresh_locale(const char* lang, const std::function<int()>& action) {
-    const pid_t child = fork();
-    if (child == 0) {
-        const char* const converters = getenv("GCONV_PATH");
-        clearenv();
-        if (converters != nullptr) setenv("GCONV_PATH", converters, 1);
-        setenv("LOCPATH", ZVUTIL_TEST_LOCALES, 1);
-        setenv("LANG", lang, 1);
-        std::quick_exit(action());
-    }
-    int status = 0;
-    waitpid(child, &status, 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
 std::string output_of(const std::string& command) {
     std::string text;
     FILE* pipe = popen(command.c_str(), "r");
-    if (pipe == nullptr) return text;
     char buffer[4096];
-    for (size_t n; (n = fread(buffer, 1, sizeof buffer, pipe)) > 0;) text.append(buffer, n);
+    for (size_t n; (n = fread(buffer, 1, sizeof buffer, pipe)) > 0;)
+        text.append(buffer, n);
     pclose(pipe);
     return text;
 }

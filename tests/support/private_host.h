@@ -1,6 +1,7 @@
 #ifndef ZVUTIL_TESTS_PRIVATE_HOST_H
 #define ZVUTIL_TESTS_PRIVATE_HOST_H
 
+#include <gtest/gtest.h>
 #include <sched.h>
 #include <sys/mount.h>
 #include <unistd.h>
@@ -29,16 +30,20 @@ inline bool mount_over(const char* system_path, const std::string& own) {
     return mount(own.c_str(), system_path, nullptr, MS_BIND, nullptr) == 0;
 }
 
-// Gives the process a machine of its own: a node name, and a resolver that knows the hosts of a
-// text alone; false where the system grants none.
-inline bool enter_private_host(const std::string& node_name, const std::string& hosts) {
-    const Folder folder;
-    write_file(folder / "hosts", hosts);
-    write_file(folder / "order", "hosts: files\n");
-    return enter_private_namespaces() && mount_over("/etc/hosts", folder / "hosts") &&
-           mount_over("/etc/nsswitch.conf", folder / "order") &&
-           sethostname(node_name.data(), node_name.size()) == 0;
-}
+// A machine of a test's own: its node is "alpha", and its resolver knows these hosts alone.
+struct PrivateHost : testing::Test {
+    void SetUp() override {
+        const Folder folder;
+        write_file(folder / "hosts", "10.1.2.3 alpha.beta.gamma alpha mirror\n"
+                                     "10.1.2.4 delta.beta.gamma delta beta\n"
+                                     "10.1.3.0 one.a a0\n10.1.3.1 two.a a1\n"
+                                     "10.1.3.2 three.a a2\n10.1.3.3 four.a a3\n");
+        write_file(folder / "order", "hosts: files\n");
+        if (!enter_private_namespaces() || !mount_over("/etc/hosts", folder / "hosts") ||
+            !mount_over("/etc/nsswitch.conf", folder / "order") || sethostname("alpha", 5) != 0)
+            GTEST_SKIP() << "a private host is refused";
+    }
+};
 
 } // namespace test
 

@@ -40,11 +40,15 @@ constinit thread_local uint32_t released = 0;
 enum class Fate { goes_on, comes_short, fails };
 
 Fate fate_of(Calls call) {
-    if (until_fault == 0 || (injected.calls & call) == 0) return Fate::goes_on;
-    if (until_fault > 1) return --until_fault, Fate::goes_on;
+    if (until_fault == 0 || (injected.calls & call) == 0)
+        return Fate::goes_on;
+    if (until_fault > 1)
+        return --until_fault, Fate::goes_on;
     const bool first = !std::exchange(has_failed, true);
-    if (--injected.times == 0) until_fault = 0;
-    if (injected.error == 0 || (first && injected.begins_short)) return Fate::comes_short;
+    if (--injected.times == 0)
+        until_fault = 0;
+    if (injected.error == 0 || (first && injected.begins_short))
+        return Fate::comes_short;
     if (injected.meanwhile != nullptr) {
         const int left = std::exchange(until_fault, 0);
         injected.meanwhile();
@@ -72,7 +76,8 @@ public:
     }
     void take_away() {
         const auto intact = [](unsigned char byte) { return byte == kByte; };
-        if (end_->mark != mark(end_->size)) return;
+        if (end_->mark != mark(end_->size))
+            return;
         if (!std::all_of(block_ + end_->size, reinterpret_cast<unsigned char*>(end_), intact))
             abort();
         end_->mark = 0;
@@ -92,11 +97,13 @@ private:
 
 void* allocated(void* block, size_t size) {
     live += block != nullptr;
-    if (block != nullptr && Fence::stands()) Fence(block).put(size);
+    if (block != nullptr && Fence::stands())
+        Fence(block).put(size);
     return block;
 }
 void release(void* block) {
-    if (block != nullptr && Fence::stands()) Fence(block).take_away();
+    if (block != nullptr && Fence::stands())
+        Fence(block).take_away();
 }
 
 // Calls that handle offsets have a second form with offsets of 64 bits. It is the one that the
@@ -110,11 +117,14 @@ Function* next_in_line(Function*, const char* name, const char* large) {
 template <class Transfer>
 ssize_t transfer(Calls call, size_t size, Transfer beneath) {
     const Fate fate = fate_of(call);
-    if (fate == Fate::fails) return -1;
+    if (fate == Fate::fails)
+        return -1;
     return beneath(fate == Fate::comes_short && size > 1 ? size / 2 : size);
 }
 
-int descriptor_of(void* cookie) { return static_cast<int>(reinterpret_cast<intptr_t>(cookie)); }
+int descriptor_of(void* cookie) {
+    return static_cast<int>(reinterpret_cast<intptr_t>(cookie));
+}
 
 // A stream whose system calls are those here, which a standard stream's own are not.
 FILE* stream_over(int descriptor, const char* mode) {
@@ -190,12 +200,15 @@ extern "C" int fcntl(int fd, int command, ...) {
 
 extern "C" FILE* fopen(const char* path, const char* mode) {
     NEXT(fopen);
-    if (until_fault == 0) return beneath(path, mode);
+    if (until_fault == 0)
+        return beneath(path, mode);
     const int writing = O_WRONLY | O_CREAT | (*mode == 'a' ? O_APPEND : O_TRUNC);
     const int fd = open(path, *mode == 'r' ? O_RDONLY : writing, 0666);
-    if (fd < 0) return nullptr;
+    if (fd < 0)
+        return nullptr;
     FILE* stream = stream_over(fd, mode);
-    if (stream == nullptr) close(fd);
+    if (stream == nullptr)
+        close(fd);
     return stream;
 }
 extern "C" FILE* fdopen(int fd, const char* mode) noexcept {
@@ -204,18 +217,23 @@ extern "C" FILE* fdopen(int fd, const char* mode) noexcept {
 }
 
 extern "C" void* malloc(size_t size) {
-    if (fate_of(kMemory) == Fate::fails) return nullptr;
+    if (fate_of(kMemory) == Fate::fails)
+        return nullptr;
     return allocated(BENEATH(malloc)(Fence::with_block(size)), size);
 }
 extern "C" void* calloc(size_t count, size_t size) {
     size_t total;
-    if (__builtin_mul_overflow(count, size, &total)) total = SIZE_MAX;
-    if (fate_of(kMemory) == Fate::fails) return nullptr;
+    if (__builtin_mul_overflow(count, size, &total))
+        total = SIZE_MAX;
+    if (fate_of(kMemory) == Fate::fails)
+        return nullptr;
     return allocated(BENEATH(calloc)(1, Fence::with_block(total)), total);
 }
 extern "C" void* realloc(void* block, size_t size) {
-    if (fate_of(kMemory) == Fate::fails) return nullptr;
-    if (block != nullptr && size == 0) return free(block), nullptr;
+    if (fate_of(kMemory) == Fate::fails)
+        return nullptr;
+    if (block != nullptr && size == 0)
+        return free(block), nullptr;
     release(block);
     void* moved = BENEATH(realloc)(block, Fence::with_block(size));
     live -= block != nullptr && moved != nullptr; // the old block is gone where it has moved
@@ -224,13 +242,20 @@ extern "C" void* realloc(void* block, size_t size) {
 extern "C" void free(void* block) {
     live -= block != nullptr;
     release(block);
-    if (block != nullptr) memcpy(&released, block, sizeof released); // no block is smaller
+    if (block != nullptr)
+        memcpy(&released, block, sizeof released); // no block is smaller
     BENEATH(free)(block);
 }
 
-long test::live_blocks() { return live; }
-long test::inherited_descriptors() { return inherited; }
-unsigned test::last_released() { return released; }
+long test::live_blocks() {
+    return live;
+}
+long test::inherited_descriptors() {
+    return inherited;
+}
+unsigned test::last_released() {
+    return released;
+}
 
 bool test::inject(int nth, const Fault& fault) {
     until_fault = nth;

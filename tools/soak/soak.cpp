@@ -31,7 +31,8 @@ std::string japanese(unsigned seed) {
     const char* const units[] = {"\xC5\xEC", "\xB5\xFE", "\x8E\xB1", "a",
                                  "Z9",       " ",        "\n",       "\xA4\xA2"};
     std::string text;
-    for (auto n = 20 + random() % 400; n != 0; --n) text += units[random() % 8];
+    for (auto n = 20 + random() % 400; n != 0; --n)
+        text += units[random() % 8];
     return text;
 }
 
@@ -46,7 +47,8 @@ std::string conversions(unsigned seed) {
     all += converted(converted(euc, ZV_EUC, ZV_JIS), ZV_JIS, ZV_EUC);
     const int pairs[][2] = {{ZV_BIG5, ZV_EUC_H},    {ZV_EUC_H, ZV_BIG5},    {ZV_8859_2, ZV_CP1250},
                             {ZV_CP1250, ZV_8859_2}, {ZV_8859_5, ZV_CP1251}, {ZV_CP1251, ZV_8859_5}};
-    for (const auto& [from, to] : pairs) all += converted(euc, from, to);
+    for (const auto& [from, to] : pairs)
+        all += converted(euc, from, to);
     return all;
 }
 
@@ -73,9 +75,11 @@ std::string mail(unsigned seed) {
     all += convertToQuotedPrintable(out.data(), text.c_str());
     all += mbGetMIMECharset(int(seed));
     FILE* const stream = fmemopen(text.data(), text.size(), "r");
-    while (mbfgets(out.data(), 60, stream, ZV_SJIS)) all += out.c_str();
+    while (mbfgets(out.data(), 60, stream, ZV_SJIS))
+        all += out.c_str();
     rewind(stream);
-    while (getLine(out.data(), 900, stream, ZV_EUC, 0, ZV_JIS)) all += out.c_str();
+    while (getLine(out.data(), 900, stream, ZV_EUC, 0, ZV_JIS))
+        all += out.c_str();
     fclose(stream);
     return all;
 }
@@ -105,7 +109,8 @@ std::string containers(unsigned seed) {
     ZVFILE* const file = OSTmpZVFile();
     ZVfprintf(file, "%s\n", japanese(seed).c_str());
     ZVrewind(file);
-    for (char line[64]; ZVfgets(line, sizeof line, file);) all += line;
+    for (char line[64]; ZVfgets(line, sizeof line, file);)
+        all += line;
     ZVfclose(file);
     return all;
 }
@@ -147,21 +152,24 @@ public:
         test::write_file(folder_ / "conf/zv.conf", "Known: value\nServer-directory: /db\n");
         test::write_file(counter_, std::string(sizeof(long), '\0'));
         std::string known;
-        for (unsigned i = 0; i < kKnownLines; ++i) known += known_line(i);
+        for (unsigned i = 0; i < kKnownLines; ++i)
+            known += known_line(i);
         test::write_file(shared_, known);
         SetZVInstallPath((folder_ / "").c_str());
         InitializeSrvUtil();
         InitMbutilExt(ZV_EUC);
         OSInitializeCriticalSection(&section_);
         for (const auto job : kJobs)
-            for (unsigned seed = 0; seed < kSeeds; ++seed) expected_.push_back(job(seed));
+            for (unsigned seed = 0; seed < kSeeds; ++seed)
+                expected_.push_back(job(seed));
     }
 
     bool run() {
         std::vector<pid_t> children;
         for (unsigned process = 0; process < processes_; ++process) {
             children.push_back(fork());
-            if (children.back() == 0) run_process(process), _exit(0);
+            if (children.back() == 0)
+                run_process(process), _exit(0);
         }
         bool ended_well = true;
         for (const pid_t child : children) {
@@ -171,7 +179,8 @@ public:
         }
         const long lost = lost_lines();
         long lines = 0;
-        for (const auto& count : report_->lines) lines += count;
+        for (const auto& count : report_->lines)
+            lines += count;
         printf("%.0f s, %u processes of %u threads: %ld results, %ld lines, %ld searches;\n"
                "%ld wrong, %ld lines lost; of %ld KiB, memory grew by %ld KiB at most\n",
                std::chrono::duration<double>(Clock::now() - start_).count(), processes_, threads_,
@@ -201,7 +210,8 @@ private:
         const long warm = resident_kib();
         std::this_thread::sleep_until(end_ - (end_ - start_) / 50);
         const long grown = resident_kib() - warm;
-        for (std::thread& thread : threads) thread.join();
+        for (std::thread& thread : threads)
+            thread.join();
         long most = report_->growth;
         while (grown > most && !report_->growth.compare_exchange_weak(most, grown))
             ;
@@ -213,7 +223,8 @@ private:
             const unsigned which = round * 11 % unsigned(expected_.size());
             check(kJobs[which / kSeeds](which % kSeeds) == expected_[which], "result");
             ++report_->rounds;
-            if (round % 16 == 0) share(writer, round);
+            if (round % 16 == 0)
+                share(writer, round);
         }
     }
 
@@ -242,7 +253,8 @@ private:
     }
 
     void check(bool holds, const char* what) {
-        if (holds) return;
+        if (holds)
+            return;
         fprintf(stderr, "soak: a wrong %s\n", what);
         ++report_->wrong;
     }
@@ -252,7 +264,8 @@ private:
         std::vector<long> next(kMostWriters);
         std::ifstream in(shared_);
         std::string text;
-        for (unsigned i = 0; i < kKnownLines; ++i) std::getline(in, text);
+        for (unsigned i = 0; i < kKnownLines; ++i)
+            std::getline(in, text);
         long strays = 0, count = 0;
         while (std::getline(in, text)) {
             const auto writer = strtoul(text.c_str(), nullptr, 10) % kMostWriters;
