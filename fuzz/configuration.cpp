@@ -15,7 +15,8 @@ std::string model(const std::string& file, const std::string& key) {
     for (size_t at = 0, end; at < file.size(); at = end) {
         end = std::min({file.find('\n', at), file.size() - 1, at + kPiece - 1}) + 1;
         std::string line = file.substr(at, end - at).c_str();
-        if (line.compare(0, key.size(), key) != 0) continue;
+        if (line.compare(0, key.size(), key) != 0)
+            continue;
         line.resize(line.find_last_not_of(" \t\r\n") + 1);
         value = line.size() > key.size() ? line.substr(key.size()) : "";
         value.erase(0, value.find_first_not_of(" \t"));
@@ -29,7 +30,8 @@ int model_of_search(const std::string& file, const std::string& text) {
     int number = 1;
     for (size_t at = 0, end; (end = std::min(file.find('\n', at), at + 350)) < file.size();
          at = end + 1, ++number)
-        if (file.compare(at, end + 1 - at, text) == 0) return number;
+        if (file.compare(at, end + 1 - at, text) == 0)
+            return number;
     return 0;
 }
 
@@ -84,7 +86,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
              "OSFindLineInFile");
     check_filename(deep, key);
     check_append(path, file, key);
-    if (key.empty()) return 0;
+    if (key.empty())
+        return 0;
     fuzz::Text name(key);
     fuzz::Room value(256);
     GetLineFromServerConfigFileDup(name.data(), value.data());

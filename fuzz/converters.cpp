@@ -24,9 +24,12 @@ constexpr struct {
 // By the rules, by the rows of the master table, or byte by byte.
 std::string model(const Direction& direction, const std::string& text) {
     static const test::Big5CnsModel big5_cns;
-    if (direction.from <= ZV_SJIS) return test::japanese_model(direction, text);
-    if (direction.from == ZV_BIG5) return big5_cns.euc_tw_of(text);
-    if (direction.from == ZV_EUC_H) return big5_cns.big5_of(text);
+    if (direction.from <= ZV_SJIS)
+        return test::japanese_model(direction, text);
+    if (direction.from == ZV_BIG5)
+        return big5_cns.euc_tw_of(text);
+    if (direction.from == ZV_EUC_H)
+        return big5_cns.big5_of(text);
     std::string out;
     for (const char c : text) {
         const char one[] = {c, '\0'};
@@ -56,11 +59,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     fuzz::Text source(text);
     for (const auto& [convert, length] : kLengths) {
         int told = 0;
-        if (direction.convert != convert) continue;
+        if (direction.convert != convert)
+            continue;
         fuzz::without_memory([&, length = length] { told = length(source.data()); }, "length");
         same(told, expected.size(), "length");
     }
-    if (which < 8) return 0;
+    if (which < 8)
+        return 0;
     same(direction.convert(source.data(), source.data()), source.data(), "result");
     same(source.text(), seen, "in place");
     return 0;

@@ -21,13 +21,16 @@ const LoadedCurrencies kMalformed = {ZV_CURRENCY_MALFORMED, {}};
 LoadedCurrencies model(const std::string& text) {
     std::vector<std::string> fields;
     for (size_t i = 0, begin = 0; i < text.size(); i += size_t(mbbytesinchar(&text[i])))
-        if (text[i] == '\\') fields.push_back(text.substr(begin, i - begin)), begin = i + 1;
+        if (text[i] == '\\')
+            fields.push_back(text.substr(begin, i - begin)), begin = i + 1;
     const long long count = fields.empty() ? -1 : atoll(fields[0].c_str());
-    if (count < 0 || count >= (std::ssize(fields) + 1) / 2) return kMalformed;
+    if (count < 0 || count >= (std::ssize(fields) + 1) / 2)
+        return kMalformed;
     LoadedCurrencies loaded = {0, {}};
     for (size_t i = 1; i <= 2 * size_t(count); i += 2) {
         const long long value = atoll(fields[i + 1].c_str());
-        if (fields[i].size() > 3 || value < INT_MIN || value > INT_MAX) return kMalformed;
+        if (fields[i].size() > 3 || value < INT_MIN || value > INT_MAX)
+            return kMalformed;
         loaded.records.emplace_back(fields[i], value);
     }
     return loaded;
@@ -69,7 +72,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     same(list.details != nullptr, list.count != 0, "an empty list is no memory");
     fuzz::require(read == model(text), "LoadCurrencyDetailList");
     const Loaded poor(text, true);
-    if (list.status != 0) return 0;
+    if (list.status != 0)
+        return 0;
 
     std::string plain = std::to_string(list.count) + "\\";
     for (const auto& [code, value] : read.records)
@@ -80,15 +84,18 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     unsigned position = start;
     const int status = ZVCurrencyDetailListToText(&list, &position, room, buffer.data());
     std::string expected(room, '\0');
-    if (fits) expected.replace(start, plain.size(), plain);
+    if (fits)
+        expected.replace(start, plain.size(), plain);
     same(status, fits ? 0 : ZV_CURRENCY_NO_ROOM, "ZVCurrencyDetailListToText");
     same(std::string(buffer.data(), room), expected, "the text and nothing else");
     same(size_t{position}, fits ? start + plain.size() : start, "position");
     same(ZVCurrencyDetailListToText(nullptr, &position, room, buffer.data()), 0, "no list");
     same(std::string(buffer.data(), room), std::string(room, '\0'), "no list");
     // A code cut out of malformed text may swallow its separator when it stands by itself.
-    if (fits) fuzz::require(Loaded(plain).records() == model(plain), "read again");
-    if (list.count == 0) return 0;
+    if (fits)
+        fuzz::require(Loaded(plain).records() == model(plain), "read again");
+    if (list.count == 0)
+        return 0;
     memcpy(list.details[list.count - 1].code, "CODE", 4);
     position = start;
     same(ZVCurrencyDetailListToText(&list, &position, room, buffer.data()), ZV_CURRENCY_NO_ROOM,

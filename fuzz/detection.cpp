@@ -18,8 +18,12 @@ const struct {
               {0xE0, 0xEF, 0x40, 0x7E, ZV_SJIS},        {0xE0, 0xEF, 0x80, 0xA0, ZV_SJIS},
               {0xE0, 0xEF, 0xA1, 0xFC, ZV_EUC_OR_SJIS}, {0xE0, 0xEF, 0xFD, 0xFE, ZV_EUC}};
 
-bool in(int byte, int first, int last) { return byte >= first && byte <= last; }
-bool is_shift_jis_alone(int byte) { return in(byte, 0x81, 0x9F) && byte != 0x8E; }
+bool in(int byte, int first, int last) {
+    return byte >= first && byte <= last;
+}
+bool is_shift_jis_alone(int byte) {
+    return in(byte, 0x81, 0x9F) && byte != 0x8E;
+}
 
 struct Model {
     const std::string& text;
@@ -32,9 +36,11 @@ struct Model {
         for (const auto& pair : kPairs)
             if (in(first, pair.first, pair.last) && in(second, pair.second_first, pair.second_last))
                 answer = pair.answer;
-        if (first == 0x1B && second == '$') return in(next(), '@', 'B') && last != 'A' ? 3 : kSame;
+        if (first == 0x1B && second == '$')
+            return in(next(), '@', 'B') && last != 'A' ? 3 : kSame;
         // A katakana before one of these begins a run in which every byte may tell.
-        if (!in(first, 0xA1, 0xDF) || !in(second, 0xE0, 0xEF)) return answer;
+        if (!in(first, 0xA1, 0xDF) || !in(second, 0xE0, 0xEF))
+            return answer;
         for (; second >= 0x40 && answer == ZV_EUC_OR_SJIS; second = next())
             answer = is_shift_jis_alone(second) ? ZV_SJIS
                      : in(second, 0xFD, 0xFE)   ? ZV_EUC
@@ -60,7 +66,8 @@ struct Model {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::string text = fuzz::Input(data, size).rest();
-    if (text.empty()) return 0; // fmemopen() takes no empty text
+    if (text.empty())
+        return 0; // fmemopen() takes no empty text
     fuzz::Text readable(text);
     FILE* stream = fmemopen(readable.data(), text.size(), "r");
     Model model{text};

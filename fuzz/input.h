@@ -22,7 +22,8 @@ inline constinit bool digesting = false;
 
 template <class Value>
 void add_to_digest(const Value& value) {
-    if (!digesting) return;
+    if (!digesting)
+        return;
     if constexpr (std::is_same_v<Value, char>) {
         digest = (digest ^ static_cast<unsigned char>(value)) * 0x100000001B3;
     } else if constexpr (std::is_integral_v<Value>) {
@@ -30,7 +31,8 @@ void add_to_digest(const Value& value) {
             add_to_digest(static_cast<char>(static_cast<uint64_t>(value) >> shift));
     } else if constexpr (std::ranges::sized_range<Value>) {
         add_to_digest(std::ranges::size(value));
-        for (const auto& part : value) add_to_digest(part);
+        for (const auto& part : value)
+            add_to_digest(part);
     }
 }
 
@@ -38,7 +40,8 @@ void add_to_digest(const Value& value) {
 class Input {
 public:
     Input(const uint8_t* data, size_t size) : left_(reinterpret_cast<const char*>(data), size) {
-        for (const char c : left_) chances_ = (chances_ ^ static_cast<unsigned char>(c)) * kPrime;
+        for (const char c : left_)
+            chances_ = (chances_ ^ static_cast<unsigned char>(c)) * kPrime;
     }
 
     bool empty() const { return left_.empty(); }
@@ -73,10 +76,12 @@ public:
         static constexpr size_t kSizes[] = {1023, 1024,  1025,  1026,  2048,  4097, 5440,
                                             5472, 16383, 16384, 16385, 22000, 50000};
         const std::string unit = text();
-        if (unit.empty() || chance(50) != 0) return unit;
+        if (unit.empty() || chance(50) != 0)
+            return unit;
         const size_t most = kSizes[chance(std::size(kSizes))], size = most - chance(2) * chance(50);
         std::string all;
-        while (all.size() < size) all.append(unit, 0, size - all.size());
+        while (all.size() < size)
+            all.append(unit, 0, size - all.size());
         return all;
     }
     // Everything, zero bytes too.
@@ -99,7 +104,8 @@ void print(const char* label, const auto& value) {
 
 // A property that does not hold ends the process: the input becomes a finding.
 inline void require(bool holds, const char* property) {
-    if (holds) return;
+    if (holds)
+        return;
     std::fprintf(stderr, "\nDoes not hold: %s\n", property);
     abort();
 }
@@ -110,13 +116,15 @@ inline const auto same = [](const auto& actual, const auto& expected, const char
         equal = static_cast<long long>(actual) == static_cast<long long>(expected);
     else
         equal = actual == expected;
-    if (!equal) print("\nactual:   ", actual), print("\nexpected: ", expected);
+    if (!equal)
+        print("\nactual:   ", actual), print("\nexpected: ", expected);
     require(equal, property);
 };
 
 // Runs what promises to take no memory.
 void without_memory(auto action, const char* function) {
-    if (takes_memory(action)) std::fputs("\nTakes memory", stderr), require(false, function);
+    if (takes_memory(action))
+        std::fputs("\nTakes memory", stderr), require(false, function);
 }
 
 // What a function (const char* source, char* output) writes into exactly that room.

@@ -58,7 +58,8 @@ std::optional<std::string> model_of_line(std::string_view& left, size_t size, in
                                          int wanted) {
     std::string raw, text;
     do {
-        if (left.empty()) return std::nullopt;
+        if (left.empty())
+            return std::nullopt;
         raw = left.substr(0, size - 1);
         raw.resize(std::min(raw.find('\n'), raw.size() - 1) + 1);
         left.remove_prefix(raw.size());
@@ -69,7 +70,8 @@ std::optional<std::string> model_of_line(std::string_view& left, size_t size, in
 }
 
 void check_lines(const std::string& text, size_t size, int from, int wanted) {
-    if (text.empty()) return; // fmemopen() takes no empty text
+    if (text.empty())
+        return; // fmemopen() takes no empty text
     fuzz::Text bytes(text);
     for (const int kind : {0, int{ZV_TRANSFER_QUOTED_PRINTABLE}}) {
         FILE* stream = fmemopen(bytes.data(), text.size(), "r");
@@ -79,7 +81,8 @@ void check_lines(const std::string& text, size_t size, int from, int wanted) {
             const auto line = model_of_line(left, size, from, kind != 0, wanted);
             more = getLine(room.data(), int(size), stream, from, kind, wanted) != nullptr;
             same(more, line.has_value(), "getLine");
-            if (more) same(room.text(), *line, "getLine");
+            if (more)
+                same(room.text(), *line, "getLine");
         }
         fclose(stream);
     }
@@ -95,7 +98,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     size_t room = 2 + input.byte();
     const std::string charset(input.byte() % 90, 'c'), text = input.text_of_any_size();
     // A long text as one line, or nearly.
-    if (text.size() > 1000 && input.chance(2) == 0) room = text.size() - 2 + input.chance(8);
+    if (text.size() > 1000 && input.chance(2) == 0)
+        room = text.size() - 2 + input.chance(8);
     InitMbutilExt(code_set);
     check_quoted_printable(text);
     check_base64(text, charset);

@@ -58,8 +58,12 @@ bool takes_memory(auto action) {
 }
 
 // The sanitizer counts by itself, and its own allocations do not fail.
-inline long live_blocks() { return 0; }
-bool without_its_memory(auto action, int = 1) { return action(), false; }
+inline long live_blocks() {
+    return 0;
+}
+bool without_its_memory(auto action, int = 1) {
+    return action(), false;
+}
 
 #else
 
@@ -82,7 +86,8 @@ bool without_its_memory(auto action, int nth = 1) {
     test::inject(nth);
     action();
     const bool failed = test::inject(0);
-    if (failed && test::live_blocks() != blocks) std::fputs("\nKeeps memory\n", stderr), abort();
+    if (failed && test::live_blocks() != blocks)
+        std::fputs("\nKeeps memory\n", stderr), abort();
     return failed;
 }
 

@@ -28,8 +28,10 @@ extern "C" int gethostbyname_r(const char* name, hostent* entry, char* buffer, s
                                hostent** found, int* error) {
     const std::string& official = official_name(name);
     *found = nullptr, *error = HOST_NOT_FOUND;
-    if (official.size() >= length) return ERANGE;
-    if (official.empty()) return 0;
+    if (official.size() >= length)
+        return ERANGE;
+    if (official.empty())
+        return 0;
     *entry = {};
     entry->h_name = strcpy(buffer, official.c_str());
     *found = entry;
@@ -51,14 +53,20 @@ bool same_name(const std::string& a, const std::string& b) {
 // Whether a name designates the server that is called so; the machine has that full name.
 bool model_of_server(const std::string& name, const std::string& listed,
                      const std::string& configured, const std::string& full) {
-    if (name.empty() || name == "*" || name[0] == '$') return false;
+    if (name.empty() || name == "*" || name[0] == '$')
+        return false;
     const size_t dot = std::min(full.find('.'), full.size());
     const std::string domain = full.substr(dot);
-    if (name == "@" || same_name(name, listed) || same_name(name, full)) return true;
-    if (!configured.empty() && same_name(name, configured)) return true;
-    if (!domain.empty() && configured.size() + domain.size() > 64) return false;
-    if (!domain.empty() && !configured.empty() && same_name(name, configured + domain)) return true;
-    if (!domain.empty() && same_name(name, full.substr(0, dot))) return true;
+    if (name == "@" || same_name(name, listed) || same_name(name, full))
+        return true;
+    if (!configured.empty() && same_name(name, configured))
+        return true;
+    if (!domain.empty() && configured.size() + domain.size() > 64)
+        return false;
+    if (!domain.empty() && !configured.empty() && same_name(name, configured + domain))
+        return true;
+    if (!domain.empty() && same_name(name, full.substr(0, dot)))
+        return true;
     return !official_name(name).empty() && same_name(official_name(name), full);
 }
 
@@ -74,8 +82,10 @@ void check_hosts(fuzz::Input& input) {
     const auto resolved = [](const std::string& official) {
         return !official.empty() && official.size() < 1024;
     };
-    if (!resolved(machine)) machine = "";
-    if (!resolved(other)) other = "";
+    if (!resolved(machine))
+        machine = "";
+    if (!resolved(other))
+        other = "";
     same(InitHostnameWithDomain(), !machine.empty(), "InitHostnameWithDomain");
     const std::string full = machine.empty() ? node : cut(machine);
     const std::string domain = full.substr(std::min(full.find('.'), full.size()));
@@ -85,7 +95,8 @@ void check_hosts(fuzz::Input& input) {
     same(OSGetServerNameWithDomain(out.data()), fits, "OSGetServerNameWithDomain");
     same(out.text(), configured.empty() ? full : configured + (fits ? domain : ""), "server");
     same(OSGetRemoteHostnameWithDomain("other", out.data()), !other.empty(), "remote host");
-    if (!other.empty()) same(out.text(), cut(other), "OSGetRemoteHostnameWithDomain");
+    if (!other.empty())
+        same(out.text(), cut(other), "OSGetRemoteHostnameWithDomain");
     const char* const names[] = {"none", listed.c_str()};
     const NameList list = {2, names};
     same(IsCurrentServerName(fuzz::Text(name).data(), &list),
@@ -109,7 +120,8 @@ void check_forms(int current, const std::string& text) {
     same(MaxStringLengthOnWinAndUnix(text.c_str()),
          grows ? std::max(strlen(other_form.c_str()), text.size()) : text.size(), "both forms fit");
     int sum = 0;
-    for (const char c : text) sum += static_cast<unsigned char>(c);
+    for (const char c : text)
+        sum += static_cast<unsigned char>(c);
     same(AccumulateAsciiForStr(text.c_str()), sum, "of a locale without a converter");
 }
 
@@ -125,7 +137,8 @@ void check_locale(const std::string& locale) {
     const std::string name = corrected(locale), language = locale.substr(0, std::min(dot, at));
     fuzz::require(name.starts_with(language), "the language stays");
     fuzz::require(name.ends_with(locale.substr(at)), "the modifier stays");
-    if (locale.size() < 90) same(corrected(name), name, "a corrected name stays");
+    if (locale.size() < 90)
+        same(corrected(name), name, "a corrected name stays");
     const std::string page = convert_in_room(SetCodePage, locale, 8, "SetCodePage");
     same(mbGetCodeSet(page.c_str()) == ZV_WESTERN, page == "WESTERN" || page == "UTF8", "page");
 }
@@ -137,7 +150,8 @@ std::string model_of_numbers(const std::string& text, const MbToSbNumber* row) {
         length = static_cast<size_t>(mbbytesinchar(&text[i]));
         const std::string character = text.substr(i, length);
         const MbToSbNumber* at = row;
-        while (at->mb[0] != 0 && character != reinterpret_cast<const char*>(at->mb)) ++at;
+        while (at->mb[0] != 0 && character != reinterpret_cast<const char*>(at->mb))
+            ++at;
         out += at->mb[0] != 0 ? std::string(1, at->sb) : character;
     }
     return out;

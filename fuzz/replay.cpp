@@ -43,7 +43,8 @@ Texts inputs_of(char** begin, char** end) {
     }
     std::sort(paths.begin(), paths.end());
     Texts inputs;
-    for (const auto& path : paths) inputs.push_back(content(path).substr(0, kLongest));
+    for (const auto& path : paths)
+        inputs.push_back(content(path).substr(0, kLongest));
     return inputs;
 }
 
@@ -52,7 +53,8 @@ Texts words_of(const char* path) {
     Texts words;
     std::ifstream in(path);
     for (std::string line; std::getline(in, line);) {
-        if (!line.starts_with('"')) continue;
+        if (!line.starts_with('"'))
+            continue;
         std::string word;
         for (size_t i = 1; i + 1 < line.size(); ++i) {
             const bool number = line.compare(i, 2, "\\x") == 0;
@@ -72,8 +74,10 @@ public:
 
     std::string input() {
         std::string made = one_of(seeds_);
-        if (below(2) != 0) made.resize(std::min(made.size(), below(80))); // short ones are quick
-        for (size_t changes = 1 + below(6); changes != 0; --changes) change(made);
+        if (below(2) != 0)
+            made.resize(std::min(made.size(), below(80))); // short ones are quick
+        for (size_t changes = 1 + below(6); changes != 0; --changes)
+            change(made);
         made.resize(std::min(made.size(), kLongest));
         return made;
     }
@@ -123,7 +127,8 @@ private:
             made.erase(at, put.size());
             break;
         default:
-            if (choices != 0) made[below(choices)] = byte();
+            if (choices != 0)
+                made[below(choices)] = byte();
         }
     }
 
@@ -150,14 +155,17 @@ void run(const std::string& input, Progress& progress) {
         return fuzz::live_blocks() - before;
     };
     // What an input is the first to need, the next one finds.
-    if (blocks_left() > 0) fuzz::require(blocks_left() <= 0, "all memory is released");
+    if (blocks_left() > 0)
+        fuzz::require(blocks_left() <= 0, "all memory is released");
 }
 
 void run_all(const Texts& seeds, const Texts& words, size_t count, Progress& progress) {
     Maker maker(seeds, words);
     fuzz::digesting = true;
-    for (const std::string& seed : seeds) run(seed, progress);
-    for (size_t made = 0; made < count; ++made) run(maker.input(), progress);
+    for (const std::string& seed : seeds)
+        run(seed, progress);
+    for (size_t made = 0; made < count; ++made)
+        run(maker.input(), progress);
     alarm(0);
     progress.digest = fuzz::digest;
     progress.finished = true;
@@ -166,17 +174,22 @@ void run_all(const Texts& seeds, const Texts& words, size_t count, Progress& pro
 } // namespace
 
 int main(int argc, char** argv) {
-    if (argc < 4) return std::fprintf(stderr, "usage: %s COUNT WORDS INPUT...\n", argv[0]), 2;
+    if (argc < 4)
+        return std::fprintf(stderr, "usage: %s COUNT WORDS INPUT...\n", argv[0]), 2;
     // The files of some targets change thousands of times a second.
-    if (access("/dev/shm", W_OK) == 0) setenv("TMPDIR", "/dev/shm", 0);
+    if (access("/dev/shm", W_OK) == 0)
+        setenv("TMPDIR", "/dev/shm", 0);
     const Texts seeds = inputs_of(argv + 3, argv + argc), words = words_of(argv[2]);
-    if (seeds.empty() || words.empty()) return std::fputs("no seeds or no words\n", stderr), 2;
+    if (seeds.empty() || words.empty())
+        return std::fputs("no seeds or no words\n", stderr), 2;
     void* const shared =
         mmap(nullptr, sizeof(Progress), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
-    if (shared == MAP_FAILED) return std::perror("mmap"), 2;
+    if (shared == MAP_FAILED)
+        return std::perror("mmap"), 2;
     auto& progress = *static_cast<Progress*>(shared);
     const pid_t child = fork();
-    if (child == 0) return run_all(seeds, words, std::stoul(argv[1]), progress), 0;
+    if (child == 0)
+        return run_all(seeds, words, std::stoul(argv[1]), progress), 0;
     int status = -1;
     if (waitpid(child, &status, 0) == child && status == 0 && progress.finished)
         return std::printf("Digest of all results: %016" PRIx64 "\n", progress.digest), 0;

@@ -43,7 +43,8 @@ test::StreamCall choose(fuzz::Input& input, int64_t base) {
     call.count = input.byte() % 8 == 0 ? input.below(600) : input.byte() % 9;
     static const std::string pattern = [] {
         std::string bytes;
-        for (size_t i = 0; i < 8000; ++i) bytes += "a \n\x01\x80\xFE\xFF"[(i * i + i / 7) % 7];
+        for (size_t i = 0; i < 8000; ++i)
+            bytes += "a \n\x01\x80\xFE\xFF"[(i * i + i / 7) % 7];
         return bytes;
     }();
     call.text = pattern.substr(input.byte(), call.bytes());
@@ -54,7 +55,8 @@ test::StreamCall choose(fuzz::Input& input, int64_t base) {
     if (base != 0 && input.byte() % 4 == 0)
         call.place = test::kLastPosition - static_cast<int>(call.bytes()) + input.byte() % 5 - 2;
     // From the start, a long of 32 bits reaches no further.
-    if (call.whence == 0) call.place = std::min(call.place, test::kLastPosition);
+    if (call.whence == 0)
+        call.place = std::min(call.place, test::kLastPosition);
     return call;
 }
 
@@ -74,7 +76,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     fuzz::Input input(data, size);
     const Mode& mode = input.one_of(kModes);
     fuzz::Text mode_name(mode.name);
-    if (created.insert(mode.name).second) check_creation(mode_name.data(), folder / "created");
+    if (created.insert(mode.name).second)
+        check_creation(mode_name.data(), folder / "created");
     const bool empties = mode.name[0] == 'w';
     // Either an ordinary file or one whose end lies at the last positions.
     const int64_t base = input.coin() && !empties ? test::kLastPosition - int{kFromLast} : 0;

@@ -31,7 +31,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     std::string s = input.text_of_any_size(), part = input.text();
     InitMbutilExt(code_set);
     if (shape % 7 == 6) // no ASCII
-        for (char& c : s) c |= '\x80';
+        for (char& c : s)
+            c |= '\x80';
     if (shape % 3 == 2 && !s.empty()) {
         const std::string taken = s.substr(position % s.size(), 1 + position % 40 * (n + 1));
         part = n % 2 == 0 ? taken : taken + part;

@@ -72,18 +72,21 @@ void check_written(const char* text, size_t size, int from, int to) {
 
 void check_file(std::string text, int from, int to) {
     // What needs several reads goes on over the ends of several writes.
-    for (int i = 0; text.size() > 20000 && i < 3; ++i) text += text;
+    for (int i = 0; text.size() > 20000 && i < 3; ++i)
+        text += text;
     static const test::Folder folder;
     static const std::string in = folder / "in", out = folder / "out";
     test::write_file(in, text);
     const bool supported = IsConversionSupport(from, to) != 0;
     same(mbconvertfile2native_ex(in.c_str(), out.c_str(), 0, from), supported,
          "mbconvertfile2native_ex");
-    if (!supported) return;
+    if (!supported)
+        return;
     std::string expected = converted(text, from, to), actual = test::content(out);
     // A pair of JIS bytes above 7F can become a zero byte; the file goes on behind it.
     const auto is_high = [](char byte) { return (byte & 0x80) != 0; };
-    if (from == ZV_JIS && std::ranges::any_of(text, is_high)) actual.resize(expected.size());
+    if (from == ZV_JIS && std::ranges::any_of(text, is_high))
+        actual.resize(expected.size());
     same(actual, expected, "one conversion");
 }
 
@@ -94,14 +97,17 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const auto [from, to] = input.one_of(kPairs);
     const unsigned room = 1 + input.byte() % 80, choice = input.byte();
     const std::string text = input.text_of_any_size();
-    if (text.empty()) return 0;
+    if (text.empty())
+        return 0;
     // A long text as one line, or nearly.
     const size_t wide = text.size() > 1000 ? text.size() - 2 + input.chance(8) : 11 * room;
     const auto size_of_room = static_cast<unsigned>(choice % 2 == 0 ? room : wide);
     InitMbutilExt(to);
     fuzz::Text readable(text);
-    if (choice / 2 % 4 == 0) return check_file(text, from, to), 0;
-    if (choice / 2 % 4 == 1) return check_written(readable.data(), text.size(), from, to), 0;
+    if (choice / 2 % 4 == 0)
+        return check_file(text, from, to), 0;
+    if (choice / 2 % 4 == 1)
+        return check_written(readable.data(), text.size(), from, to), 0;
     FILE* const stream =
         choice % 16 == 7 ? pipe_of(text) : fmemopen(readable.data(), text.size(), "r");
     if (choice / 2 % 4 == 2)

@@ -10,13 +10,15 @@ std::string model(const std::string& document, const std::string& charset) {
     const std::string head = document.substr(
         0, mbIsMultiByte() ? test::boundary(document, 80) : std::min(document.size(), size_t{80}));
     const auto behind = [&](size_t from, const std::string& mark) {
-        if (from == head.npos) return from;
+        if (from == head.npos)
+            return from;
         const long at = test::Characters(head.substr(from)).find_text(mark, false);
         return at < 0 ? head.npos : from + static_cast<size_t>(at) + mark.size();
     };
     const size_t attribute = behind(0, "encoding="), value = behind(attribute, "\"");
     const size_t end = behind(value, "\""), declaration = behind(end, "?>");
-    if (declaration == head.npos || behind(0, "?xml version=") == head.npos) return "";
+    if (declaration == head.npos || behind(0, "?xml version=") == head.npos)
+        return "";
     const size_t rest = std::min(document.find_first_not_of(' ', declaration), document.size());
     return document.substr(0, attribute) + "\"" + charset + "\"" +
            document.substr(end, declaration - end) + document.substr(rest);
@@ -31,7 +33,8 @@ std::string charset_of(int code_set) {
                                                            {"iso-8859-5", "windows-1251"},
                                                            {"iso-8859-7", "windows-1253"}};
     for (const auto& [iso, page] : windows)
-        if (iso == name) return page;
+        if (iso == name)
+            return page;
     return name;
 }
 
@@ -47,7 +50,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     fuzz::Text document(text);
     char* result = document.data();
     const auto declare = [&] { SetEncodingForXMLDoc(document.data(), code_set, &result); };
-    if (fuzz::without_its_memory(declare)) fuzz::same(result != nullptr, false, "without memory");
+    if (fuzz::without_its_memory(declare))
+        fuzz::same(result != nullptr, false, "without memory");
     free(result);
     declare();
     fuzz::same(document.text(), text, "the document stays");

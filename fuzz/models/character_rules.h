@@ -38,14 +38,17 @@ inline const Rules kRules[] = {
 
 inline int length_by_rules(const Rules& rules, const std::string& text, size_t n) {
     const auto at = [](std::string_view s, size_t i) { return i < s.size() ? s[i] & 0xFF : 0; };
-    if (at(text, 0) < 0x80) return at(text, 0) != 0;
+    if (at(text, 0) < 0x80)
+        return at(text, 0) != 0;
     for (const std::string_view ranges : rules.characters) {
         size_t fit = 0;
         const auto fits = [&](size_t i) {
             return at(text, i) >= at(ranges, 2 * i) && at(text, i) <= at(ranges, 2 * i + 1);
         };
-        while (fit < ranges.size() / 2 && fit < n && fits(fit)) ++fit;
-        if (fit == std::min(n, ranges.size() / 2)) return static_cast<int>(ranges.size() / 2);
+        while (fit < ranges.size() / 2 && fit < n && fits(fit))
+            ++fit;
+        if (fit == std::min(n, ranges.size() / 2))
+            return static_cast<int>(ranges.size() / 2);
     }
     return -1;
 }

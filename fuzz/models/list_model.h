@@ -11,8 +11,12 @@
 namespace test {
 
 // Small numbers serve as items.
-inline void* item(intptr_t value) { return reinterpret_cast<void*>(value); }
-inline intptr_t value_of(const void* listed) { return reinterpret_cast<intptr_t>(listed); }
+inline void* item(intptr_t value) {
+    return reinterpret_cast<void*>(value);
+}
+inline intptr_t value_of(const void* listed) {
+    return reinterpret_cast<intptr_t>(listed);
+}
 
 // The order times the datum.
 inline int order(const void* a, const void* b, void* datum) {
@@ -35,26 +39,32 @@ struct ListModel {
     int count() const { return int(items.size()); }
     bool holds(int position) const { return position >= 0 && position < count(); }
     bool grow(int used, int wanted) {
-        if (used < kMost) capacity = std::min(wanted, kMost);
+        if (used < kMost)
+            capacity = std::min(wanted, kMost);
         return used < kMost;
     }
     bool reach(int position) {
         return position < kMost && grow(position, position + std::clamp(capacity / 5, 10, 100));
     }
     intptr_t append(intptr_t value) {
-        if (count() == capacity && !grow(capacity, capacity + capacity / 5 + 5)) return -3;
+        if (count() == capacity && !grow(capacity, capacity + capacity / 5 + 5))
+            return -3;
         cursor = count();
         return items.push_back(value), 0;
     }
     intptr_t store(int position, intptr_t value) {
-        if (position < 0) return -5;
-        if (position >= capacity && !reach(position)) return -3;
+        if (position < 0)
+            return -5;
+        if (position >= capacity && !reach(position))
+            return -3;
         items.resize(size_t(std::max(count(), position + 1)));
         return items[size_t(cursor = position)] = value, 0;
     }
     intptr_t insert(int position, intptr_t value) {
-        if (!holds(position)) return store(position, value);
-        if (count() == capacity && !reach(capacity)) return -3;
+        if (!holds(position))
+            return store(position, value);
+        if (count() == capacity && !reach(capacity))
+            return -3;
         items.insert(items.begin() + position, value);
         return cursor = position, 0;
     }
@@ -66,11 +76,13 @@ struct ListModel {
     }
     intptr_t remove(int position, intptr_t otherwise) {
         const intptr_t removed = go(position, otherwise);
-        if (holds(position)) items.erase(items.begin() + position), cursor = position - 1;
+        if (holds(position))
+            items.erase(items.begin() + position), cursor = position - 1;
         return removed;
     }
     intptr_t go_back() {
-        if (cursor < 1) return -1;
+        if (cursor < 1)
+            return -1;
         // A cursor that list_removeAll() left behind comes down through slots without items.
         return --cursor < count() ? items[size_t(cursor)] : 0;
     }
@@ -87,7 +99,8 @@ struct ListModel {
         return position < 0 || sign == 2 ? append(value) : insert(position, value);
     }
     intptr_t exchange(int i, int j) {
-        if (!holds(i) || !holds(j)) return 0;
+        if (!holds(i) || !holds(j))
+            return 0;
         return std::swap(items[size_t(i)], items[size_t(j)]), 1;
     }
     intptr_t sort(int sign) {

@@ -16,7 +16,8 @@ inline std::string model_of_encoder(const std::string& text) {
         if (static_cast<signed char>(c) <= 0x20 || c == 0x7F || c == '=')
             std::snprintf(token, sizeof token, "=%02X", static_cast<unsigned char>(c));
         out += token;
-        if (out.size() - line >= 50) line = out.append("=\n\r").size();
+        if (out.size() - line >= 50)
+            line = out.append("=\n\r").size();
     }
     return out;
 }
@@ -72,7 +73,8 @@ inline std::string model_of_base64_words(const std::string& text, const std::str
         for (size_t k = 0; k < 3; ++k)
             bits = bits << 8 | (k < group.size() ? static_cast<unsigned char>(group[k]) : 0);
         std::string digits;
-        for (int shift = 18; shift >= 0; shift -= 6) digits += kBase64[bits >> shift & 63];
+        for (int shift = 18; shift >= 0; shift -= 6)
+            digits += kBase64[bits >> shift & 63];
         remembered = remembered.empty() ? digits : remembered;
         out += digits.replace(group.size() + 1, 4, 3 - group.size(), '=');
         fresh = is_cut || out.size() - line >= 72;
@@ -97,10 +99,12 @@ inline std::string model_of_subject(const std::string& subject, int mail_code_se
         out += (i == 0 ? "" : fold) +
                model_of_base64_words(convert(subject.substr(i, length)), charset);
     }
-    if (mail_code_set == ZV_JIS || subject.empty()) return out;
+    if (mail_code_set == ZV_JIS || subject.empty())
+        return out;
     const std::string opening = "=?" + charset + "?Q?";
     out = opening + model_of_encoder(convert(subject));
-    if (out.ends_with("\r")) out.resize(out.size() - 3);
+    if (out.ends_with("\r"))
+        out.resize(out.size() - 3);
     for (size_t at = 0; (at = out.find("=\n\r", at)) != out.npos;)
         out.replace(at, 3, "?=" + fold + opening);
     return out + "?=";

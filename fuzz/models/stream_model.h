@@ -30,11 +30,15 @@ struct StreamModel {
     bool fail(int number) { return error = raised = number, false; }
     bool take_byte() {
         const bool from_file = pushed.empty();
-        if (from_file && access == O_WRONLY) return fail(EBADF);
-        if (from_file && position >= size()) return at_end = 1, false;
-        if (position == kLastPosition) return fail(EOVERFLOW);
+        if (from_file && access == O_WRONLY)
+            return fail(EBADF);
+        if (from_file && position >= size())
+            return at_end = 1, false;
+        if (position == kLastPosition)
+            return fail(EOVERFLOW);
         taken += !from_file ? pushed.back() : position < origin ? '\0' : file[at(position)];
-        if (!from_file) pushed.pop_back();
+        if (!from_file)
+            pushed.pop_back();
         return ++position, true;
     }
     // Byte by byte, or the run of the file that is there.
@@ -43,7 +47,8 @@ struct StreamModel {
         while (taken.size() < most && (taken.empty() || taken.back() != last)) {
             const int64_t run = std::min(size(), kLastPosition) - position;
             if (!pushed.empty() || position < origin || run <= 0 || access == O_WRONLY) {
-                if (!take_byte()) break;
+                if (!take_byte())
+                    break;
                 continue;
             }
             const size_t end = last > UCHAR_MAX ? file.npos : file.find(char(last), at(position));
@@ -51,25 +56,31 @@ struct StreamModel {
             taken.append(file, at(position), std::min({most - taken.size(), size_t(run), whole}));
             position = start + int64_t(taken.size());
         }
-        if (raised == EOVERFLOW) position = start;
+        if (raised == EOVERFLOW)
+            position = start;
         return long(taken.size());
     }
     long push(int c) { return pushed += char(c), --position, at_end = 0, c; }
     bool write(const std::string& text) {
         const int64_t place = append ? size() : position, length = int64_t(text.size());
-        if (place < 0) return fail(EINVAL);
+        if (place < 0)
+            return fail(EINVAL);
         pushed = "";
-        if (place > kLastPosition - length) return fail(EOVERFLOW);
+        if (place > kLastPosition - length)
+            return fail(EOVERFLOW);
         position = place;
-        if (text.empty()) return false;
-        if (access == O_RDONLY) return fail(EBADF);
+        if (text.empty())
+            return false;
+        if (access == O_RDONLY)
+            return fail(EBADF);
         file.resize(std::max(file.size(), at(place) + text.size()));
         file.replace(at(place), text.size(), text);
         return position += length, true;
     }
     size_t at(int64_t place) const { return size_t(place - origin); }
     bool seek(int64_t place) {
-        if (place < 0 || place > kLastPosition) return fail(place < 0 ? EINVAL : EOVERFLOW);
+        if (place < 0 || place > kLastPosition)
+            return fail(place < 0 ? EINVAL : EOVERFLOW);
         return position = place, pushed = "", at_end = 0, true;
     }
 };
@@ -106,7 +117,8 @@ struct StreamCall {
         } else if (operation == 5) {
             result = long(ZVfread(room, item, count, f));
             expected = model.take(text.size(), 256) / long(item);
-            if (model.raised != 0) expected = 0;
+            if (model.raised != 0)
+                expected = 0;
         } else if (operation == 6) {
             result = ZVfgets(room, int(n), f) == room;
             expected = n > 1 && model.take(text.size() - 1, '\n') && model.raised != EOVERFLOW;
@@ -123,7 +135,8 @@ struct StreamCall {
         } else if (operation >= 9) {
             operation == 9 ? ZVclearerr(f) : ZVrewind(f);
             model.at_end = model.error = 0;
-            if (operation == 10) model.seek(0);
+            if (operation == 10)
+                model.seek(0);
         }
         return {result, expected};
     }

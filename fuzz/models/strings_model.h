@@ -20,28 +20,39 @@ inline constexpr int kCodeSets[] = {ZV_JIS,         ZV_EUC,         ZV_SJIS, ZV_
 
 // The models are the plainest statements of the operations: they walk by mbbytesinchar() from the
 // start.
-inline size_t step(const char* p) { return static_cast<size_t>(mbbytesinchar(p)); }
-inline int as_signed(char c) { return static_cast<signed char>(c); }
-inline char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; }
-inline int sign(int order) { return (order > 0) - (order < 0); }
+inline size_t step(const char* p) {
+    return static_cast<size_t>(mbbytesinchar(p));
+}
+inline int as_signed(char c) {
+    return static_cast<signed char>(c);
+}
+inline char lower(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
+}
+inline int sign(int order) {
+    return (order > 0) - (order < 0);
+}
 
 inline size_t boundary(const std::string& s, size_t n) {
     size_t at = 0;
-    for (size_t i = 0; i <= std::min(n, s.size()); i += step(&s[i])) at = i;
+    for (size_t i = 0; i <= std::min(n, s.size()); i += step(&s[i]))
+        at = i;
     return at;
 }
 
 // The characters of a text, walked through once: where each of them begins, and the end.
 struct Characters {
     explicit Characters(const std::string& whole) : s(whole) {
-        for (size_t i = 0; i < s.size(); i += step(&s[i])) starts.push_back(i);
+        for (size_t i = 0; i < s.size(); i += step(&s[i]))
+            starts.push_back(i);
         starts.push_back(s.size());
     }
     // The first or the last position at which a condition holds; -1 for none.
     long find(bool last, auto holds) const {
         long found = -1;
         for (size_t k = 0; k + 1 < starts.size() && (last || found < 0); ++k)
-            if (holds(starts[k])) found = static_cast<long>(starts[k]);
+            if (holds(starts[k]))
+                found = static_cast<long>(starts[k]);
         return found;
     }
     long find_text(const std::string& text, bool last) const {
@@ -54,7 +65,8 @@ struct Characters {
     size_t member_at(const std::string& text, size_t i) const {
         for (size_t k = 0; k + 1 < starts.size(); ++k) {
             const size_t length = starts[k + 1] - starts[k];
-            if (text.compare(i, length, s, starts[k], length) == 0) return length;
+            if (text.compare(i, length, s, starts[k], length) == 0)
+                return length;
         }
         return 0;
     }
@@ -66,7 +78,8 @@ struct Characters {
 inline std::string changed(std::string s, int (*change)(int)) {
     for (size_t i = 0, length; i < s.size(); i += length) {
         length = step(&s[i]);
-        if (length == 1) s[i] = static_cast<char>(change(s[i] & 0xFF));
+        if (length == 1)
+            s[i] = static_cast<char>(change(s[i] & 0xFF));
     }
     return s;
 }
@@ -77,7 +90,8 @@ inline std::string sort_key(std::string s) {
     s = changed(s, tolower);
     for (size_t i = 0; i < s.size(); i += step(&s[i]))
         key.append(1, static_cast<char>(step(&s[i]))).append(s, i, step(&s[i]));
-    for (char& c : key) c ^= '\x80';
+    for (char& c : key)
+        c ^= '\x80';
     return key;
 }
 
@@ -99,7 +113,8 @@ inline std::vector<std::string> tokens(const std::string& s, const Characters& s
             all.back() += s.substr(i, step(&s[i]));
         i += delimiter != 0 ? delimiter : step(&s[i]);
     }
-    if (!mbIsMultiByte()) std::erase(all, ""); // single-byte text has no empty tokens
+    if (!mbIsMultiByte())
+        std::erase(all, ""); // single-byte text has no empty tokens
     return all;
 }
 
@@ -114,24 +129,29 @@ inline size_t bad_position(const std::string& s, int code_set, int check) {
                         : mbIsMultiByte()                              ? !ismbcprint(byte)
                                                                        : !isprint(byte);
         length = mblenExt(&s[i], 4, code_set);
-        if (length < 1 || (length == 1 && bad)) break;
+        if (length < 1 || (length == 1 && bad))
+            break;
     }
     return i;
 }
 
 // How much of a text mbfreadstring() reads at once: no character that the end of the room may cut.
 inline size_t block_size(const char* text, size_t size, size_t room) {
-    if (size < room) return size;
+    if (size < room)
+        return size;
     size_t at = 0;
     for (int length; at < room; at += static_cast<size_t>(std::max(length, 1))) {
         const int left = static_cast<int>(room - at);
         length = mb_mblen(text + at, static_cast<unsigned>(left));
-        if (length > left || (length < 0 && left == 1)) break;
+        if (length > left || (length < 0 && left == 1))
+            break;
     }
     return at;
 }
 
-inline long offset(const char* found, const char* s) { return found == nullptr ? -1 : found - s; }
+inline long offset(const char* found, const char* s) {
+    return found == nullptr ? -1 : found - s;
+}
 
 // What holds for any texts, each handed to same(actual, expected, the function). Text and Room
 // are memory that ends where the text or the room does.
@@ -182,7 +202,8 @@ struct StringProperties {
         size_t at = boundary(s, first), behind = 0;
         for (size_t i = first; i <= last; ++i) {
             const auto n = static_cast<unsigned>(i);
-            while ((behind = at + step(&s[at])) <= std::min(i, s.size())) at = behind;
+            while ((behind = at + step(&s[at])) <= std::min(i, s.size()))
+                at = behind;
             const size_t next = behind < s.size() ? behind : 0;
             same(mbidx(text.data(), n), at, "mbidx");
             same(mbnextidx(text.data(), n), next, "mbnextidx");
@@ -201,9 +222,11 @@ struct StringProperties {
         // A text that begins alike, but for letter case, and has an end of its own or goes on.
         const size_t cut = tail.size() % 3 == 0 ? 0 : std::min(s.size(), tail.size());
         std::string other = s.substr(0, s.size() - cut) + tail;
-        if (tail.size() % 2 == 0 && other.size() > 2) other[other.size() - 3] ^= 0x20;
+        if (tail.size() % 2 == 0 && other.size() > 2)
+            other[other.size() - 3] ^= 0x20;
         other.resize(strlen(other.c_str())); // a blank has become its end
-        if (tail.size() % 2 == 1) std::swap(s, other);
+        if (tail.size() % 2 == 1)
+            std::swap(s, other);
         Text a(s), b(other);
         const char *p = a.data(), *q = b.data();
         const bool multibyte = mbIsMultiByte();
@@ -220,7 +243,8 @@ struct StringProperties {
         for (size_t end = 0; end < s.size(); ends.push_back(end)) {
             const int first = s[end] & 0xFF, most = mbmaxcharlen();
             const bool lead = mb_isleadbyte(first) != 0;
-            if (!lead) small[end] = lower(s[end]), other_small[end] = lower(other_small[end]);
+            if (!lead)
+                small[end] = lower(s[end]), other_small[end] = lower(other_small[end]);
             const bool longest = most > 2 && first == (most == 3 ? 0x8F : 0x8E);
             end += static_cast<size_t>(longest ? most : 1 + lead);
         }
@@ -252,7 +276,8 @@ struct StringProperties {
         const int other = kCodeSets[part.size() * 2 % std::size(kCodeSets)];
         for (const int check : {0, 103, 104, 105, 106}) {
             size_t at = bad_position(s, check == 0 ? other : current, check);
-            if (check == 0 && !mbIsMultiByte()) at = s.size();
+            if (check == 0 && !mbIsMultiByte())
+                at = s.size();
             unsigned bad = 77;
             same(check == 0 ? mbvalidatestring(text.data(), &bad, other)
                             : mbvalidatestringtype(text.data(), &bad, check),
