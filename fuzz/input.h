@@ -93,6 +93,14 @@ private:
     uint64_t chances_ = 0xCBF29CE484222325;
 };
 
+// Takes the next line off a text, with its end, or the piece of it that there is room for.
+inline std::string take_line(std::string_view& left, size_t room) {
+    const std::string_view piece = left.substr(0, room);
+    const std::string_view line = piece.substr(0, std::min(piece.find('\n'), piece.size() - 1) + 1);
+    left.remove_prefix(line.size());
+    return std::string(line);
+}
+
 void print(const char* label, const auto& value) {
     std::fputs(label, stderr);
     if constexpr (std::is_integral_v<std::remove_cvref_t<decltype(value)>>)

@@ -26,11 +26,6 @@ void check_quoted_printable(const std::string& text) {
     }
 }
 
-std::string converted(const std::string& text, int from, int to) {
-    std::string out(5 * text.size() + 4, '\0');
-    return convertStrExt(text.c_str(), from, out.data(), to);
-}
-
 void check_subject(const std::string& text, int mail_code_set, int code_set) {
     const std::string model = test::model_of_subject(text, mail_code_set, code_set);
     fuzz::require(model.size() < 64 * text.size() + 64, "stated room of convertSubjectForMail");
@@ -60,13 +55,10 @@ std::optional<std::string> model_of_line(std::string_view& left, size_t size, in
     do {
         if (left.empty())
             return std::nullopt;
-        raw = left.substr(0, size - 1);
-        raw.resize(std::min(raw.find('\n'), raw.size() - 1) + 1);
-        left.remove_prefix(raw.size());
+        raw = fuzz::take_line(left, size - 1);
         text += quoted ? test::model_of_decoder(raw) : raw;
     } while (quoted && raw.size() > 1 && raw[raw.size() - 2] == '=');
-    text = converted(quoted ? text + "\n" : text, from, wanted);
-    return text.substr(0, test::boundary(text, size - 1));
+    return test::cut(test::converted(quoted ? text + "\n" : text, from, wanted), size - 1);
 }
 
 void check_lines(const std::string& text, size_t size, int from, int wanted) {

@@ -8,7 +8,7 @@
 #include "models/strings_model.h"
 #include "support/folder.h"
 
-using fuzz::same;
+using fuzz::same, test::converted;
 
 namespace {
 
@@ -17,26 +17,15 @@ const std::pair<int, int> kPairs[] = {
     {ZV_BIG5, ZV_EUC_H}, {ZV_EUC_H, ZV_BIG5},   {ZV_SJIS, ZV_JIS}, {ZV_EUC, ZV_JIS},
     {0, ZV_EUC},         {ZV_CP1251, ZV_8859_5}};
 
-std::string converted(const std::string& text, int from, int to) {
-    std::string out(5 * text.size() + 4, '\0');
-    return convertStrExt(text.c_str(), from, out.data(), to);
-}
-
 // Each line converted by itself, in pieces where the room is small.
 void check_lines(FILE* stream, const std::string& text, int size, int from, int to) {
     const auto room = static_cast<size_t>(size) - 1;
     fuzz::Room line(room + 1);
-    for (size_t at = 0; room != 0 && at < text.size();) {
-        const size_t end = std::min(text.find('\n', at), text.size() - 1) + 1;
-        const std::string raw = text.substr(at, std::min(end - at, room));
-        std::string wanted = raw;
-        if (from != 0 && mbIsMultiByte()) {
-            wanted = converted(raw, from, to);
-            wanted.resize(test::boundary(wanted, room));
-        }
+    for (std::string_view left = text; room != 0 && !left.empty();) {
+        const std::string raw = fuzz::take_line(left, room);
+        const bool converts = from != 0 && mbIsMultiByte();
         same(mbfgets(line.data(), size, stream, from), line.data(), "mbfgets");
-        same(line.text(), wanted, "mbfgets");
-        at += raw.size();
+        same(line.text(), converts ? test::cut(converted(raw, from, to), room) : raw, "mbfgets");
     }
     same(room != 0 && mbfgets(line.data(), size, stream, from) != nullptr, false, "end of file");
 }

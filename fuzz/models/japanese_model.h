@@ -14,13 +14,15 @@ struct Direction {
     char* (*convert)(const char*, char*);
     int from, to;
     size_t growth, extra; // room: growth * length + extra
+    int (*length)(const char*) = nullptr;
 };
-inline constexpr Direction kJapanese[] = {{"shift2eucx", shift2eucx, ZV_SJIS, ZV_EUC, 2, 1},
-                                          {"euc2shiftx", euc2shiftx, ZV_EUC, ZV_SJIS, 1, 1},
-                                          {"shift2jisx", shift2jisx, ZV_SJIS, ZV_JIS, 5, 4},
-                                          {"euc2jisx", euc2jisx, ZV_EUC, ZV_JIS, 3, 4},
-                                          {"jis2shiftx", jis2shiftx, ZV_JIS, ZV_SJIS, 1, 1},
-                                          {"jis2eucx", jis2eucx, ZV_JIS, ZV_EUC, 1, 1}};
+inline constexpr Direction kJapanese[] = {
+    {"shift2eucx", shift2eucx, ZV_SJIS, ZV_EUC, 2, 1, eucLength},
+    {"euc2shiftx", euc2shiftx, ZV_EUC, ZV_SJIS, 1, 1, shiftLength},
+    {"shift2jisx", shift2jisx, ZV_SJIS, ZV_JIS, 5, 4},
+    {"euc2jisx", euc2jisx, ZV_EUC, ZV_JIS, 3, 4},
+    {"jis2shiftx", jis2shiftx, ZV_JIS, ZV_SJIS, 1, 1},
+    {"jis2eucx", jis2eucx, ZV_JIS, ZV_EUC, 1, 1}};
 
 inline bool between(int byte, int first, int last) {
     return byte >= first && byte <= last;

@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <string>
 
-#include "mbutil.h"
+#include "models/strings_model.h"
 
 namespace test {
 
@@ -89,20 +89,17 @@ inline std::string model_of_base64_words(const std::string& text, const std::str
 // Pieces of whole characters for JIS, lines of quoted-printable for the others.
 inline std::string model_of_subject(const std::string& subject, int mail_code_set, int code_set) {
     const std::string fold = "\n \t", charset = mbGetMIMECharset(mail_code_set);
-    const auto convert = [&](const std::string& text) {
-        std::string converted(5 * text.size() + 4, '\0');
-        return std::string(convertStrExt(text.c_str(), code_set, converted.data(), mail_code_set));
-    };
     std::string out;
     for (size_t i = 0, length; mail_code_set == ZV_JIS && i < subject.size(); i += length) {
         length = mbidx(&subject[i], 20);
         out += (i == 0 ? "" : fold) +
-               model_of_base64_words(convert(subject.substr(i, length)), charset);
+               model_of_base64_words(converted(subject.substr(i, length), code_set, mail_code_set),
+                                     charset);
     }
     if (mail_code_set == ZV_JIS || subject.empty())
         return out;
     const std::string opening = "=?" + charset + "?Q?";
-    out = opening + model_of_encoder(convert(subject));
+    out = opening + model_of_encoder(converted(subject, code_set, mail_code_set));
     if (out.ends_with("\r"))
         out.resize(out.size() - 3);
     for (size_t at = 0; (at = out.find("=\n\r", at)) != out.npos;)
