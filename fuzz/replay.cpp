@@ -28,11 +28,6 @@ using Texts = std::vector<std::string>;
 constexpr size_t kLongest = 1000;
 constexpr unsigned kSecondsForOne = 20;
 
-std::string content(const std::filesystem::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
-}
-
 Texts inputs_of(char** begin, char** end) {
     std::vector<std::filesystem::path> paths;
     for (char** place = begin; place != end; ++place) {
@@ -43,29 +38,12 @@ Texts inputs_of(char** begin, char** end) {
     }
     std::sort(paths.begin(), paths.end());
     Texts inputs;
-    for (const auto& path : paths)
-        inputs.push_back(content(path).substr(0, kLongest));
-    return inputs;
-}
-
-// The words of a dictionary, each in quotes on a line of its own with \xHH, \\ and \" in it.
-Texts words_of(const char* path) {
-    Texts words;
-    std::ifstream in(path);
-    for (std::string line; std::getline(in, line);) {
-        if (!line.starts_with('"'))
-            continue;
-        std::string word;
-        for (size_t i = 1; i + 1 < line.size(); ++i) {
-            const bool number = line.compare(i, 2, "\\x") == 0;
-            i += line[i] == '\\';
-            word +=
-                number ? static_cast<char>(std::stoi(line.substr(i + 1, 2), nullptr, 16)) : line[i];
-            i += number ? 2 : 0;
-        }
-        words.push_back(word);
+    for (const auto& path : paths) {
+        std::ifstream in(path, std::ios::binary);
+        const std::string content{std::istreambuf_iterator<char>(in), {}};
+        inputs.push_back(content.substr(0, kLongest));
     }
-    return words;
+    return inputs;
 }
 
 class Maker {
@@ -116,20 +94,15 @@ private:
     void change(std::string& made) {
         const std::string put = piece(made);
         const size_t at = below(made.size() + 1), choices = std::min(made.size(), size_t{5});
-        switch (below(4)) {
-        case 0:
+        const size_t kind = below(4);
+        if (kind == 0)
             made.insert(at, put);
-            break;
-        case 1:
+        else if (kind == 1)
             made.replace(at, put.size(), put);
-            break;
-        case 2:
+        else if (kind == 2)
             made.erase(at, put.size());
-            break;
-        default:
-            if (choices != 0)
-                made[below(choices)] = byte();
-        }
+        else if (choices != 0)
+            made[below(choices)] = byte();
     }
 
     const Texts &seeds_, &words_;
@@ -179,7 +152,7 @@ int main(int argc, char** argv) {
     // The files of some targets change thousands of times a second.
     if (access("/dev/shm", W_OK) == 0)
         setenv("TMPDIR", "/dev/shm", 0);
-    const Texts seeds = inputs_of(argv + 3, argv + argc), words = words_of(argv[2]);
+    const Texts seeds = inputs_of(argv + 3, argv + argc), words = inputs_of(argv + 2, argv + 3);
     if (seeds.empty() || words.empty())
         return std::fputs("no seeds or no words\n", stderr), 2;
     void* const shared =

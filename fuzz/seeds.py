@@ -1,14 +1,17 @@
-"""Writes a small corpus for every fuzz target: python3 fuzz/seeds.py TEXTS FOLDER
+"""Writes a small corpus for every fuzz target: python3 fuzz/seeds.py TEXTS WORDS FOLDER WORDS_FOLDER
 
 A target takes its choices from the first bytes and its texts behind them, each up to a zero byte.
+The words of a dictionary of libFuzzer's become a file each.
 """
 
+import ast
 import pathlib
 import random
 import sys
 
 texts = {path.name: path.read_bytes() for path in sorted(pathlib.Path(sys.argv[1]).iterdir())}
-folder = pathlib.Path(sys.argv[2])
+words = [line for line in pathlib.Path(sys.argv[2]).read_text().splitlines() if line.startswith('"')]
+folder = pathlib.Path(sys.argv[3])
 made_up = random.Random(1)
 
 japanese = [texts[f"japanese.{form}.txt"] for form in ("sjis", "euc", "jis")]
@@ -93,7 +96,12 @@ seeds = {
     ],
 }
 
-for target, inputs in seeds.items():
-    (folder / target).mkdir(parents=True, exist_ok=True)
+def write(folder, inputs):
+    folder.mkdir(parents=True, exist_ok=True)
     for number, data in enumerate(inputs):
-        (folder / target / f"seed-{number:02}").write_bytes(data)
+        (folder / f"{number:03}").write_bytes(data)
+
+
+for target, inputs in seeds.items():
+    write(folder / target, inputs)
+write(pathlib.Path(sys.argv[4]), [ast.literal_eval(f"b{word}") for word in words])

@@ -60,12 +60,6 @@ test::StreamCall choose(fuzz::Input& input, int64_t base) {
     return call;
 }
 
-// How much the file holds behind the base: often up to the last position, or one byte more or less.
-size_t choose_length(fuzz::Input& input, int64_t base) {
-    const size_t length = input.below(10000);
-    return base == 0 || length % 2 == 0 ? length : kFromLast - 1 + length % 3;
-}
-
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
@@ -81,7 +75,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const bool empties = mode.name[0] == 'w';
     // Either an ordinary file or one whose end lies at the last positions.
     const int64_t base = input.coin() && !empties ? test::kLastPosition - int{kFromLast} : 0;
-    const std::string text = std::string(choose_length(input, base), 'o') + "\nold";
+    size_t length = input.below(10000);
+    if (base != 0 && length % 2 != 0) // up to the last position, or one byte more or less
+        length = kFromLast - 1 + length % 3;
+    const std::string text = std::string(length, 'o') + "\nold";
     fuzz::require(ftruncate(file, 0) == 0, "file");
     fuzz::require(pwrite(file, text.data(), text.size(), base) == ssize_t(text.size()), "file");
     ZVFILE* stream = ZVfopen(path.c_str(), mode_name.data());

@@ -18,7 +18,7 @@ inline constexpr int64_t kLastPosition = INT_MAX;
 
 // A file in memory, with a position and pushed back bytes, the next one last.
 struct StreamModel {
-    std::string file; // its bytes from `origin` on, where it has no others but zero
+    std::string file; // its bytes from `origin` on
     int64_t origin;
     int access;
     bool append;
@@ -36,26 +36,16 @@ struct StreamModel {
             return at_end = 1, false;
         if (position == kLastPosition)
             return fail(EOVERFLOW);
-        taken += !from_file ? pushed.back() : position < origin ? '\0' : file[at(position)];
+        taken += from_file ? file[at(position)] : pushed.back();
         if (!from_file)
             pushed.pop_back();
         return ++position, true;
     }
-    // Byte by byte, or the run of the file that is there.
+    // Up to the last byte wanted; 256 is none.
     long take(size_t most, int last) {
         const int64_t start = position;
-        while (taken.size() < most && (taken.empty() || taken.back() != last)) {
-            const int64_t run = std::min(size(), kLastPosition) - position;
-            if (!pushed.empty() || position < origin || run <= 0 || access == O_WRONLY) {
-                if (!take_byte())
-                    break;
-                continue;
-            }
-            const size_t end = last > UCHAR_MAX ? file.npos : file.find(char(last), at(position));
-            const size_t whole = end == file.npos ? file.npos : end + 1 - at(position);
-            taken.append(file, at(position), std::min({most - taken.size(), size_t(run), whole}));
-            position = start + int64_t(taken.size());
-        }
+        while (taken.size() < most && take_byte() && taken.back() != last)
+            continue;
         if (raised == EOVERFLOW)
             position = start;
         return long(taken.size());
