@@ -56,7 +56,11 @@ public:
         return high * 256 + byte();
     }
     // A number below a bound of at most 65536.
-    size_t below(size_t bound) { return (bound > 256 ? two_bytes() : byte()) % bound; }
+    template <class Number>
+    Number below(Number bound) {
+        const unsigned number = bound > 256 ? two_bytes() : byte();
+        return static_cast<Number>(number % static_cast<unsigned>(bound));
+    }
     bool coin() { return byte() % 2 != 0; }
     const auto& one_of(const auto& choices) { return choices[below(std::size(choices))]; }
     std::string text() {

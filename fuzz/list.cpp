@@ -1,14 +1,10 @@
 // Sequences of list operations, with and without memory, against a vector with a cursor.
-#include <climits>
-
 #include "input.h"
 #include "models/list_model.h"
 
 using fuzz::same, test::item, test::value_of;
 
 namespace {
-
-constexpr int kPositions = 128;
 
 struct Notes {
     intptr_t last;
@@ -48,7 +44,7 @@ void check_no_list(test::ListRun& run, fuzz::Input& input) {
     same(run.actual, operation < run.kOperations - 2 ? -2 : 0, "operation without a list");
     same(list_free(nullptr, nullptr, nullptr), -2, "list_free");
     same(list_perform(nullptr, nullptr, nullptr), -2, "list_perform");
-    fuzz::require(list_copy(nullptr, nullptr, nullptr) == nullptr, "list_copy");
+    same(list_copy(nullptr, nullptr, nullptr), nullptr, "list_copy");
 }
 
 // Goes through the whole list and its copies, and releases them.
@@ -57,7 +53,7 @@ void check_whole(test::ListRun& run, intptr_t last) {
     for (const int nth : {1, 2}) {
         LIST* copy = nullptr;
         if (fuzz::without_its_memory([&] { copy = list_copyShallow(run.l); }, nth))
-            fuzz::require(copy == nullptr, "no copy without memory");
+            same(copy, nullptr, "no copy without memory");
         else
             list_free(copy, nullptr, nullptr);
     }
@@ -79,7 +75,7 @@ void check_whole(test::ListRun& run, intptr_t last) {
     same(list_free(boxes, freeListData, nullptr), 0, "list_free");
     list_sort(run.l, nullptr, nullptr);
     void *low = item(-1), *high = item(1);
-    same(list_qsort_compare(&low, &high) < 0, true, "list_qsort_compare");
+    fuzz::require(list_qsort_compare(&low, &high) < 0, "list_qsort_compare");
 }
 
 } // namespace
@@ -96,20 +92,17 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     same(run.l != nullptr, capacity >= 0 && capacity <= test::kMost, "list_create");
     if (run.l == nullptr)
         return check_no_list(run, input), 0;
-    const auto last = static_cast<intptr_t>(input.below(40)) - 10;
+    const intptr_t last = input.below(40) - 10;
     run.m = {capacity == 0 ? 10 : capacity};
     const bool is_far = capacity > 10000; // whose items are slow to sort and to copy
     const int steps = is_far ? 15 : 400;
     // So that it allocates nothing below: each step adds one item, behind the last position.
-    run.m.items.reserve(static_cast<size_t>(capacity + 2 * kPositions + steps));
+    run.m.items.reserve(static_cast<size_t>(capacity + 256 + steps));
     for (int step = 0; !input.empty() && step < steps; ++step) {
         const size_t operation = input.below(run.kOperations);
         if (is_far && operation == 0)
             continue;
-        run.choose([&](int n) { return static_cast<int>(input.below(static_cast<size_t>(n))); },
-                   capacity);
-        if (input.below(32) == 0)
-            run.p = INT_MAX - static_cast<int>(input.below(2));
+        run.choose(input, capacity);
         const bool may_fail = operation != 0 && input.below(8) == 0;
         const auto before = may_fail ? run.m : test::ListModel{0};
         if (!may_fail)

@@ -40,7 +40,7 @@ test::StreamCall choose(fuzz::Input& input, int64_t base) {
     test::StreamCall call;
     call.operation = input.below(base == 0 ? 11 : 10); // going to the start would leave the base
     call.item = 1 + input.byte() % 9;
-    call.count = input.byte() % 8 == 0 ? input.below(600) : input.byte() % 9;
+    call.count = input.byte() % 8 == 0 ? input.below(600u) : input.byte() % 9;
     static const std::string pattern = [] {
         std::string bytes;
         for (size_t i = 0; i < 8000; ++i)
@@ -48,9 +48,9 @@ test::StreamCall choose(fuzz::Input& input, int64_t base) {
         return bytes;
     }();
     call.text = pattern.substr(input.byte(), call.bytes());
-    call.c = static_cast<int>(input.below(400)) - 100;
+    call.c = input.below(400) - 100;
     call.whence = input.byte() % 3;
-    call.place = base + static_cast<int>(input.below(13000)) + (base == 0 ? -1000 : 1000);
+    call.place = base + input.below(13000) + (base == 0 ? -1000 : 1000);
     // Or where a write of so many bytes ends at the last position, or near it.
     if (base != 0 && input.byte() % 4 == 0)
         call.place = test::kLastPosition - static_cast<int>(call.bytes()) + input.byte() % 5 - 2;
@@ -75,7 +75,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const bool empties = mode.name[0] == 'w';
     // Either an ordinary file or one whose end lies at the last positions.
     const int64_t base = input.coin() && !empties ? test::kLastPosition - int{kFromLast} : 0;
-    size_t length = input.below(10000);
+    size_t length = input.below(10000u);
     if (base != 0 && length % 2 != 0) // up to the last position, or one byte more or less
         length = kFromLast - 1 + length % 3;
     const std::string text = std::string(length, 'o') + "\nold";

@@ -2,10 +2,12 @@
 #define ZVUTIL_FUZZ_LIST_MODEL_H
 
 #include <algorithm>
+#include <climits>
 #include <cstdint>
 #include <functional>
 #include <vector>
 
+#include "input.h"
 #include "list.h"
 
 namespace test {
@@ -113,6 +115,7 @@ struct ListModel {
 struct ListRun {
     LIST* l = nullptr;
     ListModel m{0};
+    static constexpr int kSigns[] = {-1, 1, 2};
     // What the operations work with: one of the two names, an item, a search for others, an order.
     int p = 0, q = 0, sign = 1;
     intptr_t v = 0, sought = 0, same = 0, actual = 0, expected = 0;
@@ -120,17 +123,21 @@ struct ListRun {
     bool other = false;
     ListCompare match = nullptr, sorting = nullptr;
 
-    // Chooses all that anew, from numbers int(int below); the positions lie here or that far on.
-    void choose(auto number, int far_on) {
-        p = number(128) - 5 + (number(2) == 0 ? far_on : 0);
-        q = p + number(9) - 4;
-        v = number(40) - 10, x = item(v);
-        other = number(2) == 0;
-        match = number(2) == 0 ? distance : nullptr;
-        far = item(number(3)), sorting = number(3) == 0 ? nullptr : order;
-        const int orders[] = {-1, 1, 2};
-        sign = sorting == nullptr ? 1 : orders[number(3)];
-        sought = match ? v - 1 - value_of(far) : v, same = match ? v + 1 + value_of(far) : v;
+    // Chooses all that anew; the positions lie here, that far on or where no list reaches.
+    void choose(fuzz::Input& input, int far_on) {
+        p = input.below(128) - 5 + (input.coin() ? far_on : 0);
+        q = p + input.below(9) - 4;
+        v = input.below(40) - 10;
+        x = item(v);
+        other = input.coin();
+        match = input.coin() ? distance : nullptr;
+        far = item(input.below(3));
+        sorting = input.below(3) == 0 ? nullptr : order;
+        sign = sorting == nullptr ? 1 : input.one_of(kSigns);
+        sought = match ? v - 1 - value_of(far) : v;
+        same = match ? v + 1 + value_of(far) : v;
+        if (input.below(32) == 0)
+            p = INT_MAX - input.below(2);
     }
     void check(auto result, intptr_t model) { actual = intptr_t(result), expected = model; }
 
