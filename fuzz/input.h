@@ -15,8 +15,9 @@
 
 namespace fuzz {
 
-// All that was held against a model so far, as one number (FNV-1a): on every machine the same
-// inputs give the same. Addresses do not count.
+// All that was held against a model so far, as one number: on every machine the same inputs give
+// the same. Addresses do not count.
+inline constexpr uint64_t kPrime = 0x100000001B3; // as FNV-1a has it
 inline constinit uint64_t digest = 0xCBF29CE484222325;
 inline constinit bool digesting = false;
 
@@ -25,10 +26,9 @@ void add_to_digest(const Value& value) {
     if (!digesting)
         return;
     if constexpr (std::is_same_v<Value, char>) {
-        digest = (digest ^ static_cast<unsigned char>(value)) * 0x100000001B3;
+        add_to_digest(static_cast<unsigned char>(value));
     } else if constexpr (std::is_integral_v<Value>) {
-        for (int shift = 0; shift < 64; shift += 8)
-            add_to_digest(static_cast<char>(static_cast<uint64_t>(value) >> shift));
+        digest = (digest ^ static_cast<uint64_t>(value)) * kPrime;
     } else if constexpr (std::ranges::sized_range<Value>) {
         add_to_digest(std::ranges::size(value));
         for (const auto& part : value)
@@ -92,7 +92,6 @@ public:
     std::string rest() { return std::string(std::exchange(left_, {})); }
 
 private:
-    static constexpr uint64_t kPrime = 0x100000001B3; // as FNV-1a has it
     std::string_view left_;
     uint64_t chances_ = 0xCBF29CE484222325;
 };
