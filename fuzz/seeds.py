@@ -25,10 +25,6 @@ declaration = b'<?xml version="1.0" encoding="x" standalone="yes"?>  <r/>'
 zeros = [(0x82, 0x4F), *[(0xA3, 0xB0)] * 3, *[(0xA2, 0xAF)] * 2]
 
 
-def sequence(size):
-    return made_up.randbytes(size)
-
-
 seeds = {
     "strings": [
         bytes([code_set, 4 + 6 * properties, 0, 30]) + text[:90] + b"\0" + part
@@ -68,8 +64,8 @@ seeds = {
                      b"1\\A\\2147483648\\")
     ] + [bytes([0, position, 4]) + b"1\\USD\\2\\" for position in range(248, 256)]
       + [b"\0\3\4%d\\" % count + b"\\7\\" * 290 for count in (256, 257, 290, 291)],
-    "list": [bytes([capacity]) + sequence(400) for capacity in (*range(8), *range(250, 256))],
-    "streams": [bytes([mode, limit]) + sequence(300) for mode in range(12) for limit in (0, 1)],
+    "list": [bytes([capacity]) + made_up.randbytes(400) for capacity in (*range(8), *range(250, 256))],
+    "streams": [bytes([mode, limit]) + made_up.randbytes(300) for mode in range(12) for limit in (0, 1)],
     "names": [
         bytes([table]) + locale + b"\0" + b"".join(
             bytes([row, first + i]) for row, first in (zero, (0xA1, 0xA1), (0xA1, 0x40)) for i in range(16))

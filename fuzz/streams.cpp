@@ -37,7 +37,7 @@ void check_creation(const char* mode, const std::string& path) {
 }
 
 test::StreamCall choose(fuzz::Input& input, int64_t base) {
-    test::StreamCall call;
+    test::StreamCall call{};
     call.operation = input.below(base == 0 ? 11 : 10); // going to the start would leave the base
     call.item = 1 + input.byte() % 9;
     call.count = input.byte() % 8 == 0 ? input.below(600u) : input.byte() % 9;

@@ -1,6 +1,7 @@
 #ifndef ZVUTIL_FUZZ_MAIL_MODEL_H
 #define ZVUTIL_FUZZ_MAIL_MODEL_H
 
+#include <cctype>
 #include <cstdio>
 #include <string>
 
@@ -24,21 +25,18 @@ inline std::string model_of_encoder(const std::string& text) {
 
 // As a caller sees it: up to the first zero byte, which "=00" gives.
 inline std::string model_of_decoder(const std::string& text) {
-    const auto digit = [](char c) {
-        constexpr std::string_view digits = "0123456789abcdef0123456789ABCDEF";
-        return c == '\0' ? digits.npos : digits.find(c) % 16 + (digits.find(c) & ~size_t{31});
-    };
+    const auto is_digit = [](char c) { return std::isxdigit(static_cast<unsigned char>(c)) != 0; };
     std::string out;
     size_t i = 0;
     const auto next = [&] { return i < text.size() ? text[i++] : '\0'; };
     for (char c = next(); c != '\0' && c != '\n' && c != '\r'; c = next()) {
         const char c1 = c == '=' ? next() : c;
-        const char c2 = c == '=' && digit(c1) < 16 ? next() : '\0';
+        const char c2 = c == '=' && is_digit(c1) ? next() : '\0';
         if (c != '=')
             out += c == '\t' || (c >= 0x20 && c < 0x7F) ? std::string(1, c) : "";
-        else if (digit(c1) < 16 && digit(c2) < 16)
-            out += static_cast<char>(16 * digit(c1) + digit(c2));
-        else if (digit(c1) < 16)
+        else if (is_digit(c1) && is_digit(c2))
+            out += static_cast<char>(std::stoi(std::string{c1, c2}, nullptr, 16));
+        else if (is_digit(c1))
             out += {c1, c2};
         else if (c1 != '\n' && c1 != '\r')
             out += {c1 == '\0' ? '\0' : '=', c1};

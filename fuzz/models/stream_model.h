@@ -77,10 +77,10 @@ struct StreamModel {
 
 // One call on a stream and on its model.
 struct StreamCall {
-    size_t operation = 0, item = 1, count = 0;
-    std::string text{}; // of bytes() bytes without a zero
-    int c = 0, whence = 0;
-    int64_t place = 0; // where a long reaches from the start of the file
+    size_t operation, item, count;
+    std::string text; // of bytes() bytes without a zero
+    int c, whence;
+    int64_t place; // where a long reaches from the start of the file
     size_t bytes() const { return item * count; }
 
     // Makes the call, with `room` for bytes() bytes. Gives its result and the model's.

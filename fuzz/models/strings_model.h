@@ -26,9 +26,6 @@ inline size_t step(const char* p) {
 inline int as_signed(char c) {
     return static_cast<signed char>(c);
 }
-inline char lower(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
-}
 inline int sign(int order) {
     return (order > 0) - (order < 0);
 }
@@ -114,7 +111,7 @@ inline std::vector<size_t> announced(const std::string& s) {
 inline std::string lower_at(const std::vector<size_t>& places, std::string s) {
     for (const size_t place : places)
         if (place < s.size())
-            s[place] = lower(s[place]);
+            s[place] = char(tolower(s[place] & 0xFF));
     return s;
 }
 
@@ -180,36 +177,29 @@ inline size_t block_size(const char* text, size_t size, size_t room) {
     return at;
 }
 
-inline long offset(const char* found, const char* s) {
-    return found == nullptr ? -1 : found - s;
-}
-
 // What holds for any texts, each handed to same(actual, expected, the function). Text and Room
 // are memory that ends where the text or the room does.
 template <class Text, class Room>
 struct StringProperties {
     static void searches(const std::string& s, const std::string& part, auto same) {
         Text hay(s), needle(part);
-        const Characters hay_characters(s);
+        const Characters places(s);
         const std::vector<std::string> set = characters(part);
         const char *h = hay.data(), *p = needle.data();
+        const auto offset = [&](const char* found) { return found == nullptr ? -1 : found - h; };
         for (const int c : {*p & 0xFF, as_signed(*p), -1, 300, INT_MAX, INT_MAX - 127, 0}) {
             const int wanted = mbIsMultiByte() ? c : static_cast<signed char>(c);
             const auto holds = [&](size_t i) { return as_signed(s[i]) == wanted; };
-            const long end = mbIsMultiByte() ? -1 : offset(h + s.size(), h);
-            same(offset(mbstrchr(h, c), h), c == 0 ? end : hay_characters.find(false, holds),
-                 "mbstrchr");
+            const long end = mbIsMultiByte() ? -1 : std::ssize(s);
+            same(offset(mbstrchr(h, c)), c == 0 ? end : places.find(false, holds), "mbstrchr");
             same(mbstrchrEncr(h, c), mbstrchr(h, c), "mbstrchrEncr");
-            same(offset(mbstrrchr(h, c), h), c == 0 ? end : hay_characters.find(true, holds),
-                 "mbstrrchr");
+            same(offset(mbstrrchr(h, c)), c == 0 ? end : places.find(true, holds), "mbstrrchr");
         }
-        const long any =
-            hay_characters.find(false, [&](size_t i) { return member_at(set, s, i) != 0; });
-        same(offset(mbstrpbrk(h, p), h), any, "mbstrpbrk");
+        const long any = places.find(false, [&](size_t i) { return member_at(set, s, i) != 0; });
+        same(offset(mbstrpbrk(h, p)), any, "mbstrpbrk");
         same(mbstrcspn(h, p), any < 0 ? s.size() : static_cast<size_t>(any), "mbstrcspn");
-        same(offset(mbstrstr(h, p), h), part.empty() ? 0 : hay_characters.find_text(part, false),
-             "mbstrstr");
-        same(offset(mbstrrstr(h, p), h), part.empty() ? -1 : hay_characters.find_text(part, true),
+        same(offset(mbstrstr(h, p)), part.empty() ? 0 : places.find_text(part, false), "mbstrstr");
+        same(offset(mbstrrstr(h, p)), part.empty() ? -1 : places.find_text(part, true),
              "mbstrrstr");
     }
 
