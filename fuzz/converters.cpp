@@ -36,7 +36,7 @@ std::string model(const Direction& direction, const std::string& text) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     fuzz::Input input(data, size);
-    const size_t which = input.below(12);
+    const size_t which = input.below(12u);
     const Direction& direction = which < 6 ? test::kJapanese[which] : kOthers[which - 6];
     const std::string text = input.text_of_any_size(), expected = model(direction, text);
     const size_t promised = direction.growth * text.size() + direction.extra;

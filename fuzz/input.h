@@ -134,7 +134,7 @@ inline const auto same = [](const auto& actual, const auto& expected, const char
 
 // Runs what promises to take no memory.
 void without_memory(auto action, const char* function) {
-    if (takes_memory(action))
+    if (without_its_memory(action))
         std::fputs("\nTakes memory", stderr), require(false, function);
 }
 

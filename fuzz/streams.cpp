@@ -36,30 +36,6 @@ void check_creation(const char* mode, const std::string& path) {
     unlink(path.c_str());
 }
 
-test::StreamCall choose(fuzz::Input& input, int64_t base) {
-    test::StreamCall call{};
-    call.operation = input.below(base == 0 ? 11 : 10); // going to the start would leave the base
-    call.item = 1 + input.byte() % 9;
-    call.count = input.byte() % 8 == 0 ? input.below(600u) : input.byte() % 9;
-    static const std::string pattern = [] {
-        std::string bytes;
-        for (size_t i = 0; i < 8000; ++i)
-            bytes += "a \n\x01\x80\xFE\xFF"[(i * i + i / 7) % 7];
-        return bytes;
-    }();
-    call.text = pattern.substr(input.byte(), call.bytes());
-    call.c = input.below(400) - 100;
-    call.whence = input.byte() % 3;
-    call.place = base + input.below(13000) + (base == 0 ? -1000 : 1000);
-    // Or where a write of so many bytes ends at the last position, or near it.
-    if (base != 0 && input.byte() % 4 == 0)
-        call.place = test::kLastPosition - static_cast<int>(call.bytes()) + input.byte() % 5 - 2;
-    // From the start, a long of 32 bits reaches no further.
-    if (call.whence == 0)
-        call.place = std::min(call.place, test::kLastPosition);
-    return call;
-}
-
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
@@ -90,7 +66,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         model.seek(base);
     }
     for (int step = 0; !input.empty() && step < 100; ++step) {
-        const test::StreamCall call = choose(input, base);
+        const test::StreamCall call(input, base);
         // In memory that goes on: a system call that meets an inaccessible page only stops short.
         std::string room(call.bytes() + 64, '#');
         errno = 0;

@@ -10,6 +10,7 @@
 #include <string>
 #include <utility>
 
+#include "input.h"
 #include "zvstdio.h"
 
 namespace test {
@@ -77,10 +78,26 @@ struct StreamModel {
 
 // One call on a stream and on its model.
 struct StreamCall {
-    size_t operation, item, count;
-    std::string text; // of bytes() bytes without a zero
-    int c, whence;
-    int64_t place; // where a long reaches from the start of the file
+    StreamCall(fuzz::Input& input, int64_t base) {
+        operation = input.below(base == 0 ? 11 : 10); // going to the start would leave the base
+        item = 1 + input.byte() % 9;
+        count = input.byte() % 8 == 0 ? input.below(600u) : input.byte() % 9;
+        static const std::string pattern = [] {
+            std::string bytes;
+            for (size_t i = 0; i < 8000; ++i)
+                bytes += "a \n\x01\x80\xFE\xFF"[(i * i + i / 7) % 7];
+            return bytes;
+        }();
+        text = pattern.substr(input.byte(), bytes());
+        c = input.below(400) - 100;
+        whence = input.below(3);
+        place = base + input.below(13000) + (base == 0 ? -1000 : 1000);
+        // Or where a write of so many bytes ends at the last position, or near it.
+        if (base != 0 && input.byte() % 4 == 0)
+            place = kLastPosition - static_cast<int>(bytes()) + input.below(5) - 2;
+        if (whence == 0) // a long of 32 bits reaches no further
+            place = std::min(place, kLastPosition);
+    }
     size_t bytes() const { return item * count; }
 
     // Makes the call, with `room` for bytes() bytes. Gives its result and the model's.
@@ -130,6 +147,11 @@ struct StreamCall {
         }
         return {result, expected};
     }
+
+    int operation, c, whence;
+    size_t item, count;
+    std::string text; // of bytes() bytes without a zero
+    int64_t place;    // where a long reaches from the start of the file
 };
 
 } // namespace test
