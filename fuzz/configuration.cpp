@@ -69,7 +69,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     static const test::Folder folder;
     static const std::string directory = folder / "", path = folder / "zv.conf";
     fuzz::Input input(data, size);
-    const std::string deep(input.below(256) + input.below(9), 'd');
+    const std::string deep(input.below(256u) + input.below(9u), 'd');
     check_directory(deep);
     setenv("ZVCONFIGDIR", directory.c_str(), 1);
     const std::string key = input.text(), file = input.rest();
