@@ -37,7 +37,7 @@ Currencies model(const std::string& text) {
 }
 
 struct Loaded : CurrencyDetailList {
-    explicit Loaded(const std::string& text) : CurrencyDetailList{}, source(text) {}
+    explicit Loaded(const std::string& text) : CurrencyDetailList{1, &old}, source(text) {}
     ~Loaded() { free(details); }
     void load() { status = LoadCurrencyDetailList(source.data(), this); }
     Currencies records() const {
@@ -48,6 +48,7 @@ struct Loaded : CurrencyDetailList {
         }
         return all;
     }
+    CurrencyDetail old{};
     fuzz::Text source;
     int status = 0;
 };

@@ -267,7 +267,7 @@ struct StringProperties {
     }
 
     static void changes(const std::string& s, const std::string& part, int current, auto same) {
-        const std::string begins = part + "q";
+        const std::string begins = part + s.substr(std::min(s.size(), size_t{1}), 4) + "q";
         const size_t length = step(begins.c_str());
         const std::string first = begins.substr(0, length), rest = begins.substr(length);
         for (const auto& [change_all, change_one, change] :
