@@ -73,9 +73,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     check_directory(deep);
     setenv("ZVCONFIGDIR", directory.c_str(), 1);
     const std::string key = input.text(), file = input.rest();
-    FILE* out = fopen(path.c_str(), "w");
-    fwrite(file.data(), 1, file.size(), out);
-    fclose(out);
+    test::write_file(path, file);
     SetZVInstallPath("/fresh"); // empties the caches
     const std::string database = model(file, "Server-directory:");
     same(std::string(OSGetServerDbPath()),

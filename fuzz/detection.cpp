@@ -1,6 +1,4 @@
 // Detection of Japanese encodings, against a table of what pairs of bytes tell.
-#include <cstdio>
-
 #include "input.h"
 #include "jaconv.h"
 #include "mbutil.h"

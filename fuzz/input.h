@@ -51,14 +51,12 @@ public:
         left_.remove_prefix(left_.empty() ? 0 : 1);
         return byte;
     }
-    unsigned two_bytes() {
-        const unsigned high = byte();
-        return high * 256 + byte();
-    }
     // A number below a bound of at most 65536.
     template <class Number>
     Number below(Number bound) {
-        const unsigned number = bound > 256 ? two_bytes() : byte();
+        unsigned number = byte();
+        if (bound > 256)
+            number = number * 256 + byte();
         return static_cast<Number>(number % static_cast<unsigned>(bound));
     }
     bool coin() { return byte() % 2 != 0; }

@@ -2,8 +2,6 @@
 #include <netdb.h>
 #include <unistd.h>
 
-#include <numeric>
-
 #include "input.h"
 #include "mbutil.h"
 #include "models/strings_model.h"
@@ -20,15 +18,14 @@ static const std::string node = [] {
     return std::string(name);
 }();
 
-static const std::string& official_name(const std::string& name) {
-    static const std::string none;
-    return name == node ? machine : name == "other" ? other : none;
+static std::string official_name(const std::string& name) {
+    return name == node ? machine : name == "other" ? other : "";
 }
 
 // A resolver in place of the system's.
 extern "C" int gethostbyname_r(const char* name, hostent* entry, char* buffer, size_t length,
                                hostent** found, int* error) {
-    const std::string& official = official_name(name);
+    const std::string official = official_name(name);
     *found = nullptr, *error = HOST_NOT_FOUND;
     if (official.size() >= length)
         return ERANGE;
@@ -59,7 +56,7 @@ bool model_of_server(const std::string& name, const std::string& listed,
         return false;
     if (is(host) || (!configured.empty() && is(configured + domain)))
         return true;
-    const std::string& official = official_name(name);
+    const std::string official = official_name(name);
     return !official.empty() && same_name(official, full);
 }
 
@@ -83,7 +80,7 @@ void check_hosts(fuzz::Input& input) {
     const NameList list = {2, names};
     same(IsCurrentServerName(fuzz::Text(name).data(), &list),
          model_of_server(name, listed, configured, full), "IsCurrentServerName");
-    const std::string& official = official_name(name);
+    const std::string official = official_name(name);
     const bool known = !official.empty();
     same(OSCheckHostnameUsingAlias(name.c_str(), nullptr), known, "OSCheckHostnameUsingAlias");
     same(OSCheckHostnameUsingAlias(name.c_str(), listed.c_str()),
@@ -99,8 +96,9 @@ void check_forms(int current, const std::string& text) {
     same(MaxStringLengthOnWinAndUnix(text.c_str()),
          std::max(test::converted(text, current, other_form).size(), text.size()),
          "both forms fit");
-    const int sum = std::accumulate(text.begin(), text.end(), 0,
-                                    [](int before, char c) { return before + (c & 0xFF); });
+    int sum = 0;
+    for (const char c : text)
+        sum += c & 0xFF;
     same(AccumulateAsciiForStr(text.c_str()), sum, "of a locale without a converter");
 }
 

@@ -27,7 +27,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     fuzz::Input input(data, size);
     const int code_set = input.one_of(test::kCodeSets);
     const unsigned choice = input.byte(), n = choice % 6;
-    const size_t position = input.two_bytes(), shape = position + size;
+    const size_t position = input.below(size_t{65536}), shape = position + size;
     std::string s = input.text_of_any_size(), part = input.text();
     InitMbutilExt(code_set);
     if (shape % 7 == 6) // no ASCII

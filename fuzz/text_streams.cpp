@@ -1,8 +1,6 @@
 // Text read and written through the conversion: nothing is lost, cut or left behind.
 #include <unistd.h>
 
-#include <cstdio>
-
 #include "input.h"
 #include "mbutil.h"
 #include "models/strings_model.h"

@@ -33,8 +33,7 @@ std::string charset_of(int code_set) {
                                                                {"iso-8859-4", "windows-1257"},
                                                                {"iso-8859-5", "windows-1251"},
                                                                {"iso-8859-7", "windows-1253"}};
-    const auto page = windows.find(name);
-    return page == windows.end() ? name : page->second;
+    return windows.contains(name) ? windows.at(name) : name;
 }
 
 } // namespace

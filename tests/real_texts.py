@@ -84,13 +84,9 @@ def compare_all(encodings, text):
     utf8 = text.encode()
     for name, iconv_name in encodings.items():
         source = iconv("UTF-8", iconv_name, utf8)
-        if name == "SJIS":  # iconv has no backslash to write, and reads one as a yen sign
-            pairs = {n: i for n, i in encodings.items() if n != "JIS"}
-        else:
-            pairs = dict(encodings)
-        pairs |= {unicode: unicode for unicode in UNICODE}
-        for target, iconv_target in pairs.items():
-            if target == name:
+        for target, iconv_target in (encodings | {unicode: unicode for unicode in UNICODE}).items():
+            # From SJIS iconv has no backslash to write, and reads one as a yen sign.
+            if target == name or (name, target) == ("SJIS", "JIS"):
                 continue
             done = zvconv(name, target, source)
             expected = iconv(iconv_name, iconv_target, source)

@@ -88,11 +88,11 @@ inline std::string model_of_base64_words(const std::string& text, const std::str
 inline std::string model_of_subject(const std::string& subject, int mail_code_set, int code_set) {
     const std::string fold = "\n \t", charset = mbGetMIMECharset(mail_code_set);
     std::string out;
-    for (size_t i = 0, length; mail_code_set == ZV_JIS && i < subject.size(); i += length) {
-        length = mbidx(&subject[i], 20);
-        out += (i == 0 ? "" : fold) +
-               model_of_base64_words(converted(subject.substr(i, length), code_set, mail_code_set),
-                                     charset);
+    for (size_t i = 0; mail_code_set == ZV_JIS && i < subject.size();) {
+        const std::string piece = cut(subject.substr(i, 24), 20);
+        out += i == 0 ? "" : fold;
+        out += model_of_base64_words(converted(piece, code_set, mail_code_set), charset);
+        i += piece.size();
     }
     if (mail_code_set == ZV_JIS || subject.empty())
         return out;

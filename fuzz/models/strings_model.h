@@ -124,11 +124,10 @@ inline int bounded_order(const std::string& a, const std::string& b,
 
 // The length of the character of a set that stands at a place, 0 when none does.
 inline size_t member_at(const std::vector<std::string>& set, const std::string& s, size_t i) {
-    const auto stands = [&](const std::string& member) {
-        return s.compare(i, member.size(), member) == 0;
-    };
-    const auto member = std::ranges::find_if(set, stands);
-    return member == set.end() ? 0 : member->size();
+    for (const std::string& member : set)
+        if (s.compare(i, member.size(), member) == 0)
+            return member.size();
+    return 0;
 }
 
 inline std::vector<std::string> tokens(const std::string& s, const std::vector<std::string>& set) {
