@@ -58,11 +58,6 @@ void check_filename(const std::string& directory, const std::string& name) {
     same(out.text(), fits ? path : "", "OSBuildFilename");
 }
 
-void check_append(const std::string& path, const std::string& file, const std::string& line) {
-    same(OSAppendLineToFile(path.c_str(), fuzz::Text(line).data()), 0, "OSAppendLineToFile");
-    same(test::content(path), file + line + "\n", "OSAppendLineToFile");
-}
-
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
@@ -83,7 +78,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         same(OSFindLineInFile(path.c_str(), fuzz::Text(text).data()), model_of_search(file, text),
              "OSFindLineInFile");
     check_filename(deep, key);
-    check_append(path, file, key);
+    same(OSAppendLineToFile(path.c_str(), fuzz::Text(key).data()), 0, "OSAppendLineToFile");
+    same(test::content(path), file + key + "\n", "OSAppendLineToFile");
     if (key.empty())
         return 0;
     fuzz::Text name(key);

@@ -1,6 +1,6 @@
 // Runs a fuzz target as a test: over its seeds, and over inputs made out of them, the same ones in
 // every run. Prints the digest of all results, which is the same on every machine.
-//   property_TARGET COUNT WORDS INPUT|FOLDER...
+//   property_TARGET COUNT WORDS INPUTS     files, or folders of them
 #include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -11,13 +11,13 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <iterator>
 #include <random>
 #include <string>
 #include <vector>
 
 #include "input.h"
+#include "support/folder.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
 
@@ -28,21 +28,17 @@ using Texts = std::vector<std::string>;
 constexpr size_t kLongest = 1000;
 constexpr unsigned kSecondsForOne = 20;
 
-Texts inputs_of(char** begin, char** end) {
+// Of a file, or of all those in a folder.
+Texts inputs_of(const std::filesystem::path& place) {
     std::vector<std::filesystem::path> paths;
-    for (char** place = begin; place != end; ++place) {
-        if (std::filesystem::is_directory(*place))
-            std::copy(std::filesystem::directory_iterator(*place), {}, std::back_inserter(paths));
-        else
-            paths.emplace_back(*place);
-    }
+    if (std::filesystem::is_directory(place))
+        std::copy(std::filesystem::directory_iterator(place), {}, std::back_inserter(paths));
+    else
+        paths.push_back(place);
     std::sort(paths.begin(), paths.end());
     Texts inputs;
-    for (const auto& path : paths) {
-        std::ifstream in(path, std::ios::binary);
-        const std::string content{std::istreambuf_iterator<char>(in), {}};
-        inputs.push_back(content.substr(0, kLongest));
-    }
+    for (const auto& path : paths)
+        inputs.push_back(test::content(path).substr(0, kLongest));
     return inputs;
 }
 
@@ -77,19 +73,17 @@ private:
     std::string piece(const std::string& made) {
         std::string bytes(1 + below(6), '\0');
         const size_t length = 1 + below(70);
-        switch (below(5)) {
-        case 0:
+        const size_t kind = below(5);
+        if (kind == 0)
             return one_of(words_);
-        case 1:
+        if (kind == 1)
             return part_of(one_of(seeds_));
-        case 2:
+        if (kind == 2)
             return part_of(made);
-        case 3:
+        if (kind == 3)
             return std::string(length, byte());
-        default:
-            std::generate(bytes.begin(), bytes.end(), [&] { return byte(); });
-            return bytes;
-        }
+        std::generate(bytes.begin(), bytes.end(), [&] { return byte(); });
+        return bytes;
     }
     void change(std::string& made) {
         const std::string put = piece(made);
@@ -147,12 +141,12 @@ void run_all(const Texts& seeds, const Texts& words, size_t count, Progress& pro
 } // namespace
 
 int main(int argc, char** argv) {
-    if (argc < 4)
-        return std::fprintf(stderr, "usage: %s COUNT WORDS INPUT...\n", argv[0]), 2;
+    if (argc != 4)
+        return std::fprintf(stderr, "usage: %s COUNT WORDS INPUTS\n", argv[0]), 2;
     // The files of some targets change thousands of times a second.
     if (access("/dev/shm", W_OK) == 0)
         setenv("TMPDIR", "/dev/shm", 0);
-    const Texts seeds = inputs_of(argv + 3, argv + argc), words = inputs_of(argv + 2, argv + 3);
+    const Texts seeds = inputs_of(argv[3]), words = inputs_of(argv[2]);
     if (seeds.empty() || words.empty())
         return std::fputs("no seeds or no words\n", stderr), 2;
     void* const shared =

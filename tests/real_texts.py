@@ -25,13 +25,12 @@ PACKAGES = {  # by the encodings that their texts are tried in: zvconv's and ico
     ("manpages-pl", "manpages-pl-dev"): {"8859_2": "ISO-8859-2", "1250": "CP1250"},
 }
 UNICODE = ["UTF-8", "UTF-16", "UTF-16BE"]
-failures = 0
+failures = []
 
 
 def check(good, what):
-    global failures
     if not good:
-        failures += 1
+        failures.append(what)
         print("FAILED:", what)
 
 
@@ -131,4 +130,4 @@ for packages, encodings in PACKAGES.items():
     compare_all(encodings, text)
     for target in [*encodings, "UTF-8"]:
         subjects(target, text[:3000000])
-sys.exit(f"{failures} checks failed" if failures else 0)
+sys.exit(f"{len(failures)} checks failed" if failures else 0)

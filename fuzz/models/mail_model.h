@@ -63,9 +63,8 @@ inline std::string model_of_base64_words(const std::string& text, const std::str
             begin_next();
             remembered.clear();
         }
-        std::string group = text.substr(i, 3);
-        const bool is_cut = group.find('\x1B', 1) != group.npos;
-        group.resize(std::min(group.find('\x1B', 1), group.size()));
+        const std::string three = text.substr(i, 3), group = three.substr(0, three.find('\x1B', 1));
+        const bool is_cut = group.size() < three.size();
         i += group.size();
         unsigned bits = 0;
         for (size_t k = 0; k < 3; ++k)
