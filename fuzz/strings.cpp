@@ -47,7 +47,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     case 1:
         return Properties::searches(s, part, same), 0;
     case 2: // each token takes a look at the whole set
-        part.resize(std::min(part.size(), 1 + 20000 / (s.size() + 1)));
+        part.resize(std::min(part.size(), 1 + 10000 / (s.size() + 1)));
         return Properties::delimiters(s, part, same), 0;
     case 3:
         return Properties::comparisons(s, part, same), 0;

@@ -85,10 +85,14 @@ inline std::string changed(std::string s, int (*change)(int)) {
 }
 
 // What mbstricmp() orders texts by: the characters' lengths, then their signed bytes.
-inline std::string sort_key(const std::string& s) {
+inline std::string sort_key(std::string s) {
     std::string key;
-    for (const std::string& character : characters(changed(s, tolower)))
-        key += char(character.size()) + character;
+    s = changed(s, tolower);
+    for (size_t i = 0, length; i < s.size(); i += length) {
+        length = step(&s[i]);
+        key += char(length);
+        key.append(s, i, length);
+    }
     for (char& c : key)
         c ^= '\x80';
     return key;
@@ -125,7 +129,7 @@ inline int bounded_order(const std::string& a, const std::string& b,
 // The length of the character of a set that stands at a place, 0 when none does.
 inline size_t member_at(const std::vector<std::string>& set, const std::string& s, size_t i) {
     for (const std::string& member : set)
-        if (s.compare(i, member.size(), member) == 0)
+        if (s[i] == member[0] && s.compare(i, member.size(), member) == 0)
             return member.size();
     return 0;
 }
