@@ -72,7 +72,10 @@ struct Characters {
 
 // As many whole characters as n bytes hold.
 inline std::string cut(const std::string& s, size_t n) {
-    return s.substr(0, Characters(s).boundary(n));
+    size_t end = 0;
+    for (size_t i = 0; i <= std::min(n, s.size()); i += step(&s[i]))
+        end = i;
+    return s.substr(0, end);
 }
 
 inline std::string changed(std::string s, int (*change)(int)) {
