@@ -48,7 +48,7 @@ struct Loaded : CurrencyDetailList {
         }
         return all;
     }
-    CurrencyDetail old{};
+    CurrencyDetail old{}; // which loading leaves alone
     fuzz::Text source;
     int status = 0;
 };

@@ -24,7 +24,6 @@ declaration = b'<?xml version="1.0" encoding="x" standalone="yes"?>  <r/>'
 # The digit zero where the tables of digits have it.
 zeros = [(0x82, 0x4F), *[(0xA3, 0xB0)] * 3, *[(0xA2, 0xAF)] * 2]
 
-
 seeds = {
     "strings": [
         bytes([code_set, 4 + 6 * properties, 0, 30]) + text[:90] + b"\0" + part
@@ -91,6 +90,7 @@ seeds = {
             b"K\0Server-directory:/" + b"d" * 254 + b"\n")
     ],
 }
+
 
 def write(folder, inputs):
     folder.mkdir(parents=True, exist_ok=True)
