@@ -7,30 +7,32 @@ using fuzz::same;
 
 namespace {
 
-constexpr size_t kPiece = 283, kLongest = 255;
+constexpr size_t kLongest = 255;
 
 // The last line with the key, of lines cut into pieces that end at a zero byte.
 std::string model(const std::string& file, const std::string& key) {
     std::string value;
-    for (size_t at = 0, end; at < file.size(); at = end) {
-        end = std::min({file.find('\n', at), file.size() - 1, at + kPiece - 1}) + 1;
-        std::string line = file.substr(at, end - at).c_str();
-        if (line.compare(0, key.size(), key) != 0) continue;
+    for (std::string_view left = file; !left.empty();) {
+        std::string line = fuzz::take_line(left, 283).c_str();
+        if (line.compare(0, key.size(), key) != 0)
+            continue;
         line.resize(line.find_last_not_of(" \t\r\n") + 1);
         value = line.size() > key.size() ? line.substr(key.size()) : "";
         value.erase(0, value.find_first_not_of(" \t"));
-        value.resize(std::min(value.size(), kLongest));
+        value = value.substr(0, kLongest);
     }
     return value;
 }
 
 // The number of the first line that is equal to the text, of lines cut into longer pieces.
-int model_of_search(const std::string& file, const std::string& text) {
-    int number = 1;
-    for (size_t at = 0, end; (end = std::min(file.find('\n', at), at + 350)) < file.size();
-         at = end + 1, ++number)
-        if (file.compare(at, end + 1 - at, text) == 0) return number;
-    return 0;
+int model_of_search(std::string_view left, const std::string& text) {
+    for (int number = 1;; ++number) {
+        const std::string line = fuzz::take_line(left, 351);
+        if (line.size() < 351 && !line.ends_with('\n'))
+            return 0;
+        if (line == text)
+            return number;
+    }
 }
 
 // A directory that is too long counts as none.
@@ -56,24 +58,17 @@ void check_filename(const std::string& directory, const std::string& name) {
     same(out.text(), fits ? path : "", "OSBuildFilename");
 }
 
-void check_append(const std::string& path, const std::string& file, const std::string& line) {
-    same(OSAppendLineToFile(path.c_str(), fuzz::Text(line).data()), 0, "OSAppendLineToFile");
-    same(test::content(path), file + line + "\n", "OSAppendLineToFile");
-}
-
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     static const test::Folder folder;
     static const std::string directory = folder / "", path = folder / "zv.conf";
     fuzz::Input input(data, size);
-    const std::string deep(input.below(256) + input.below(9), 'd');
+    const std::string deep(input.below(256u) + input.below(9u), 'd');
     check_directory(deep);
     setenv("ZVCONFIGDIR", directory.c_str(), 1);
     const std::string key = input.text(), file = input.rest();
-    FILE* out = fopen(path.c_str(), "w");
-    fwrite(file.data(), 1, file.size(), out);
-    fclose(out);
+    test::write_file(path, file);
     SetZVInstallPath("/fresh"); // empties the caches
     const std::string database = model(file, "Server-directory:");
     same(std::string(OSGetServerDbPath()),
@@ -83,8 +78,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         same(OSFindLineInFile(path.c_str(), fuzz::Text(text).data()), model_of_search(file, text),
              "OSFindLineInFile");
     check_filename(deep, key);
-    check_append(path, file, key);
-    if (key.empty()) return 0;
+    same(OSAppendLineToFile(path.c_str(), fuzz::Text(key).data()), 0, "OSAppendLineToFile");
+    same(test::content(path), file + key + "\n", "OSAppendLineToFile");
+    if (key.empty())
+        return 0;
     fuzz::Text name(key);
     fuzz::Room value(256);
     GetLineFromServerConfigFileDup(name.data(), value.data());

@@ -3,55 +3,54 @@
 #include <vector>
 
 #include "input.h"
-#include "mbutil.h"
+#include "models/strings_model.h"
 #include "zvosutil.h"
 
 using fuzz::same;
 
 namespace {
 
-struct LoadedCurrencies {
-    int result;
-    std::vector<std::pair<std::string, int>> records;
-    bool operator==(const LoadedCurrencies&) const = default;
-};
-const LoadedCurrencies kMalformed = {ZV_CURRENCY_MALFORMED, {}};
+// A status and the records of a list.
+using Currencies = std::pair<int, std::vector<std::pair<std::string, int>>>;
 
-// The same from the text cut at every separator that begins a character.
-LoadedCurrencies model(const std::string& text) {
-    std::vector<std::string> fields;
-    for (size_t i = 0, begin = 0; i < text.size(); i += size_t(mbbytesinchar(&text[i])))
-        if (text[i] == '\\') fields.push_back(text.substr(begin, i - begin)), begin = i + 1;
-    const long long count = fields.empty() ? -1 : atoll(fields[0].c_str());
-    if (count < 0 || count >= (std::ssize(fields) + 1) / 2) return kMalformed;
-    LoadedCurrencies loaded = {0, {}};
+// The text cut at every separator that begins a character.
+Currencies model(const std::string& text) {
+    const Currencies malformed = {ZV_CURRENCY_MALFORMED, {}};
+    std::vector<std::string> fields = {""};
+    for (const std::string& character : test::characters(text)) {
+        if (character == "\\")
+            fields.emplace_back();
+        else
+            fields.back() += character;
+    }
+    const long long count = fields.size() < 2 ? -1 : atoll(fields[0].c_str());
+    if (count < 0 || count >= std::ssize(fields) / 2)
+        return malformed;
+    Currencies loaded;
     for (size_t i = 1; i <= 2 * size_t(count); i += 2) {
         const long long value = atoll(fields[i + 1].c_str());
-        if (fields[i].size() > 3 || value < INT_MIN || value > INT_MAX) return kMalformed;
-        loaded.records.emplace_back(fields[i], value);
+        if (fields[i].size() > 3 || value < INT_MIN || value > INT_MAX)
+            return malformed;
+        loaded.second.emplace_back(fields[i], value);
     }
     return loaded;
 }
 
 struct Loaded : CurrencyDetailList {
-    explicit Loaded(const std::string& text, bool without_memory = false) {
-        fuzz::Text source(text);
-        const auto load = [&] { status = LoadCurrencyDetailList(source.data(), this); };
-        if (!without_memory)
-            load();
-        else if (fuzz::without_its_memory(load))
-            same(status, ZV_CURRENCY_NO_MEMORY, "without memory"), same(count, 0, "no records");
-    }
+    explicit Loaded(const std::string& text) : CurrencyDetailList{1, &old}, source(text) {}
     ~Loaded() { free(details); }
-    LoadedCurrencies records() const {
-        LoadedCurrencies all = {status, {}};
+    void load() { status = LoadCurrencyDetailList(source.data(), this); }
+    Currencies records() const {
+        Currencies all = {status, {}};
         for (uint32_t i = 0; i < count; ++i) {
             fuzz::require(details[i].code[3] == '\0', "codes are terminated");
-            all.records.emplace_back(details[i].code, details[i].value);
+            all.second.emplace_back(details[i].code, details[i].value);
         }
         return all;
     }
-    int status;
+    CurrencyDetail old{}; // which loading leaves alone
+    fuzz::Text source;
+    int status = 0;
 };
 
 } // namespace
@@ -64,36 +63,40 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const unsigned offset = input.byte(), start = offset < 248 ? offset : offset - 256;
     const unsigned missing = input.byte() % 8;
     const std::string text = input.text();
-    Loaded list(text);
-    const LoadedCurrencies read = list.records();
+    Loaded list(text), poor(text);
+    if (fuzz::without_its_memory([&] { poor.load(); }))
+        same(poor.records(), Currencies{ZV_CURRENCY_NO_MEMORY, {}}, "without memory");
+    list.load();
     same(list.details != nullptr, list.count != 0, "an empty list is no memory");
-    fuzz::require(read == model(text), "LoadCurrencyDetailList");
-    const Loaded poor(text, true);
-    if (list.status != 0) return 0;
+    same(list.records(), model(text), "LoadCurrencyDetailList");
+    if (list.status != 0)
+        return 0;
 
     std::string plain = std::to_string(list.count) + "\\";
-    for (const auto& [code, value] : read.records)
+    for (const auto& [code, value] : list.records().second)
         plain += code + "\\" + std::to_string(value) + "\\";
     const auto room = offset % 248 + static_cast<unsigned>(plain.size()) + 6 - missing;
     const bool fits = uint64_t{start} + 5 < room && uint64_t{start} + plain.size() < room;
     fuzz::Room buffer(room);
-    unsigned position = start;
-    const int status = ZVCurrencyDetailListToText(&list, &position, room, buffer.data());
-    std::string expected(room, '\0');
-    if (fits) expected.replace(start, plain.size(), plain);
-    same(status, fits ? 0 : ZV_CURRENCY_NO_ROOM, "ZVCurrencyDetailListToText");
-    same(std::string(buffer.data(), room), expected, "the text and nothing else");
-    same(size_t{position}, fits ? start + plain.size() : start, "position");
-    same(ZVCurrencyDetailListToText(nullptr, &position, room, buffer.data()), 0, "no list");
-    same(std::string(buffer.data(), room), std::string(room, '\0'), "no list");
+    const auto write = [&](const CurrencyDetailList* records, int status, const std::string& put) {
+        unsigned position = start;
+        std::string expected(room, '\0');
+        if (!put.empty())
+            expected.replace(start, put.size(), put);
+        same(ZVCurrencyDetailListToText(records, &position, room, buffer.data()), status,
+             "ZVCurrencyDetailListToText");
+        same(std::string(buffer.data(), room), expected, "the text and nothing else");
+        same(size_t{position}, start + put.size(), "position");
+    };
+    write(&list, fits ? 0 : ZV_CURRENCY_NO_ROOM, fits ? plain : "");
+    write(nullptr, 0, "");
     // A code cut out of malformed text may swallow its separator when it stands by itself.
-    if (fits) fuzz::require(Loaded(plain).records() == model(plain), "read again");
-    if (list.count == 0) return 0;
-    memcpy(list.details[list.count - 1].code, "CODE", 4);
-    position = start;
-    same(ZVCurrencyDetailListToText(&list, &position, room, buffer.data()), ZV_CURRENCY_NO_ROOM,
-         "a code without its terminator");
-    same(std::string(buffer.data(), room), std::string(room, '\0'), "nothing written");
-    same(position, start, "position");
+    Loaded again(plain);
+    again.load();
+    same(again.records(), model(plain), "read again");
+    if (list.count != 0) {
+        memcpy(list.details[list.count - 1].code, "CODE", 4); // has no terminator
+        write(&list, ZV_CURRENCY_NO_ROOM, "");
+    }
     return 0;
 }

@@ -1,9 +1,8 @@
 // Detection of Japanese encodings, against a table of what pairs of bytes tell.
-#include <cstdio>
-
 #include "input.h"
-#include "jaconv.h"
-#include "mbutil.h"
+#include "models/japanese_model.h"
+
+using test::between;
 
 namespace {
 
@@ -18,8 +17,9 @@ const struct {
               {0xE0, 0xEF, 0x40, 0x7E, ZV_SJIS},        {0xE0, 0xEF, 0x80, 0xA0, ZV_SJIS},
               {0xE0, 0xEF, 0xA1, 0xFC, ZV_EUC_OR_SJIS}, {0xE0, 0xEF, 0xFD, 0xFE, ZV_EUC}};
 
-bool in(int byte, int first, int last) { return byte >= first && byte <= last; }
-bool is_shift_jis_alone(int byte) { return in(byte, 0x81, 0x9F) && byte != 0x8E; }
+bool is_shift_jis_alone(int byte) {
+    return between(byte, 0x81, 0x9F) && byte != 0x8E;
+}
 
 struct Model {
     const std::string& text;
@@ -30,26 +30,29 @@ struct Model {
     int after(int first, int second) {
         int answer = kSame;
         for (const auto& pair : kPairs)
-            if (in(first, pair.first, pair.last) && in(second, pair.second_first, pair.second_last))
+            if (between(first, pair.first, pair.last) &&
+                between(second, pair.second_first, pair.second_last))
                 answer = pair.answer;
-        if (first == 0x1B && second == '$') return in(next(), '@', 'B') && last != 'A' ? 3 : kSame;
+        if (first == 0x1B && second == '$')
+            return between(next(), '@', 'B') && last != 'A' ? 3 : kSame;
         // A katakana before one of these begins a run in which every byte may tell.
-        if (!in(first, 0xA1, 0xDF) || !in(second, 0xE0, 0xEF)) return answer;
+        if (!between(first, 0xA1, 0xDF) || !between(second, 0xE0, 0xEF))
+            return answer;
         for (; second >= 0x40 && answer == ZV_EUC_OR_SJIS; second = next())
-            answer = is_shift_jis_alone(second) ? ZV_SJIS
-                     : in(second, 0xFD, 0xFE)   ? ZV_EUC
-                                                : answer;
+            answer = is_shift_jis_alone(second)    ? ZV_SJIS
+                     : between(second, 0xFD, 0xFE) ? ZV_EUC
+                                                   : answer;
         return answer;
     }
     int run() {
         int answer = 0;
         while ((answer == 0 || answer == ZV_EUC_OR_SJIS) && last != kEnd) {
             const int byte = next();
-            const bool pairs = byte == 0x1B || byte == 0x8E || in(byte, 0xA1, 0xEF);
-            const int told = is_shift_jis_alone(byte) ? ZV_SJIS
-                             : in(byte, 0xF0, 0xFE)   ? ZV_EUC
-                             : pairs                  ? after(byte, next())
-                                                      : kSame;
+            const bool pairs = byte == 0x1B || byte == 0x8E || between(byte, 0xA1, 0xEF);
+            const int told = is_shift_jis_alone(byte)    ? ZV_SJIS
+                             : between(byte, 0xF0, 0xFE) ? ZV_EUC
+                             : pairs                     ? after(byte, next())
+                                                         : kSame;
             answer = told == kSame ? answer : told;
         }
         return answer;
@@ -60,7 +63,8 @@ struct Model {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::string text = fuzz::Input(data, size).rest();
-    if (text.empty()) return 0; // fmemopen() takes no empty text
+    if (text.empty())
+        return 0; // fmemopen() takes no empty text
     fuzz::Text readable(text);
     FILE* stream = fmemopen(readable.data(), text.size(), "r");
     Model model{text};

@@ -15,22 +15,24 @@
 
 namespace fuzz {
 
-// All that was held against a model so far, as one number (FNV-1a): on every machine the same
-// inputs give the same. Addresses do not count.
+// All that was held against a model so far, as one number: on every machine the same inputs give
+// the same. Addresses do not count.
+inline constexpr uint64_t kPrime = 0x100000001B3; // as FNV-1a has it
 inline constinit uint64_t digest = 0xCBF29CE484222325;
 inline constinit bool digesting = false;
 
 template <class Value>
 void add_to_digest(const Value& value) {
-    if (!digesting) return;
+    if (!digesting)
+        return;
     if constexpr (std::is_same_v<Value, char>) {
-        digest = (digest ^ static_cast<unsigned char>(value)) * 0x100000001B3;
+        add_to_digest(static_cast<unsigned char>(value));
     } else if constexpr (std::is_integral_v<Value>) {
-        for (int shift = 0; shift < 64; shift += 8)
-            add_to_digest(static_cast<char>(static_cast<uint64_t>(value) >> shift));
+        digest = (digest ^ static_cast<uint64_t>(value)) * kPrime;
     } else if constexpr (std::ranges::sized_range<Value>) {
         add_to_digest(std::ranges::size(value));
-        for (const auto& part : value) add_to_digest(part);
+        for (const auto& part : value)
+            add_to_digest(part);
     }
 }
 
@@ -38,7 +40,8 @@ void add_to_digest(const Value& value) {
 class Input {
 public:
     Input(const uint8_t* data, size_t size) : left_(reinterpret_cast<const char*>(data), size) {
-        for (const char c : left_) chances_ = (chances_ ^ static_cast<unsigned char>(c)) * kPrime;
+        for (const char c : left_)
+            chances_ = (chances_ ^ static_cast<unsigned char>(c)) * kPrime;
     }
 
     bool empty() const { return left_.empty(); }
@@ -48,12 +51,14 @@ public:
         left_.remove_prefix(left_.empty() ? 0 : 1);
         return byte;
     }
-    unsigned two_bytes() {
-        const unsigned high = byte();
-        return high * 256 + byte();
-    }
     // A number below a bound of at most 65536.
-    size_t below(size_t bound) { return (bound > 256 ? two_bytes() : byte()) % bound; }
+    template <class Number>
+    Number below(Number bound) {
+        unsigned number = byte();
+        if (bound > 256)
+            number = number * 256 + byte();
+        return static_cast<Number>(number % static_cast<unsigned>(bound));
+    }
     bool coin() { return byte() % 2 != 0; }
     const auto& one_of(const auto& choices) { return choices[below(std::size(choices))]; }
     std::string text() {
@@ -73,20 +78,29 @@ public:
         static constexpr size_t kSizes[] = {1023, 1024,  1025,  1026,  2048,  4097, 5440,
                                             5472, 16383, 16384, 16385, 22000, 50000};
         const std::string unit = text();
-        if (unit.empty() || chance(50) != 0) return unit;
+        if (unit.empty() || chance(50) != 0)
+            return unit;
         const size_t most = kSizes[chance(std::size(kSizes))], size = most - chance(2) * chance(50);
         std::string all;
-        while (all.size() < size) all.append(unit, 0, size - all.size());
+        while (all.size() < size)
+            all.append(unit, 0, size - all.size());
         return all;
     }
     // Everything, zero bytes too.
     std::string rest() { return std::string(std::exchange(left_, {})); }
 
 private:
-    static constexpr uint64_t kPrime = 0x100000001B3; // as FNV-1a has it
     std::string_view left_;
     uint64_t chances_ = 0xCBF29CE484222325;
 };
+
+// Takes the next line off a text, with its end, or the piece of it that there is room for.
+inline std::string take_line(std::string_view& left, size_t room) {
+    const std::string_view piece = left.substr(0, room);
+    const std::string_view line = piece.substr(0, std::min(piece.find('\n'), piece.size() - 1) + 1);
+    left.remove_prefix(line.size());
+    return std::string(line);
+}
 
 void print(const char* label, const auto& value) {
     std::fputs(label, stderr);
@@ -99,7 +113,8 @@ void print(const char* label, const auto& value) {
 
 // A property that does not hold ends the process: the input becomes a finding.
 inline void require(bool holds, const char* property) {
-    if (holds) return;
+    if (holds)
+        return;
     std::fprintf(stderr, "\nDoes not hold: %s\n", property);
     abort();
 }
@@ -110,13 +125,15 @@ inline const auto same = [](const auto& actual, const auto& expected, const char
         equal = static_cast<long long>(actual) == static_cast<long long>(expected);
     else
         equal = actual == expected;
-    if (!equal) print("\nactual:   ", actual), print("\nexpected: ", expected);
+    if (!equal)
+        print("\nactual:   ", actual), print("\nexpected: ", expected);
     require(equal, property);
 };
 
 // Runs what promises to take no memory.
 void without_memory(auto action, const char* function) {
-    if (takes_memory(action)) std::fputs("\nTakes memory", stderr), require(false, function);
+    if (without_its_memory(action))
+        std::fputs("\nTakes memory", stderr), require(false, function);
 }
 
 // What a function (const char* source, char* output) writes into exactly that room.

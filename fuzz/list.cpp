@@ -1,14 +1,10 @@
 // Sequences of list operations, with and without memory, against a vector with a cursor.
-#include <climits>
-
 #include "input.h"
 #include "models/list_model.h"
 
 using fuzz::same, test::item, test::value_of;
 
 namespace {
-
-constexpr int kPositions = 128;
 
 struct Notes {
     intptr_t last;
@@ -27,7 +23,8 @@ bool check_handing_on(auto function, LIST* list, std::vector<intptr_t> items, No
     std::erase(items, 0);
     const auto last = std::ranges::find(items, notes.last);
     const bool stops = last != items.end();
-    if (stops) items.erase(last + 1, items.end());
+    if (stops)
+        items.erase(last + 1, items.end());
     same(function(list, note, &notes), stops ? -7 : 0, "result of handing on");
     fuzz::require(notes.taken == items, "what is handed on");
     return stops;
@@ -47,7 +44,7 @@ void check_no_list(test::ListRun& run, fuzz::Input& input) {
     same(run.actual, operation < run.kOperations - 2 ? -2 : 0, "operation without a list");
     same(list_free(nullptr, nullptr, nullptr), -2, "list_free");
     same(list_perform(nullptr, nullptr, nullptr), -2, "list_perform");
-    fuzz::require(list_copy(nullptr, nullptr, nullptr) == nullptr, "list_copy");
+    same(list_copy(nullptr, nullptr, nullptr), nullptr, "list_copy");
 }
 
 // Goes through the whole list and its copies, and releases them.
@@ -56,7 +53,7 @@ void check_whole(test::ListRun& run, intptr_t last) {
     for (const int nth : {1, 2}) {
         LIST* copy = nullptr;
         if (fuzz::without_its_memory([&] { copy = list_copyShallow(run.l); }, nth))
-            fuzz::require(copy == nullptr, "no copy without memory");
+            same(copy, nullptr, "no copy without memory");
         else
             list_free(copy, nullptr, nullptr);
     }
@@ -70,13 +67,15 @@ void check_whole(test::ListRun& run, intptr_t last) {
         same(*static_cast<intptr_t*>(list_getNth(boxes, i)), value + 100, "boxed item");
     }
     std::ranges::reverse(items);
-    if (!check_handing_on(list_removeAll, copy, items, {last, 1})) items.clear();
+    if (!check_handing_on(list_removeAll, copy, items, {last, 1}))
+        items.clear();
     same(list_size(copy), items.size(), "list_size");
-    if (check_handing_on(list_free, copy, items, {last, 1})) list_free(copy, nullptr, nullptr);
+    if (check_handing_on(list_free, copy, items, {last, 1}))
+        list_free(copy, nullptr, nullptr);
     same(list_free(boxes, freeListData, nullptr), 0, "list_free");
     list_sort(run.l, nullptr, nullptr);
     void *low = item(-1), *high = item(1);
-    same(list_qsort_compare(&low, &high) < 0, true, "list_qsort_compare");
+    fuzz::require(list_qsort_compare(&low, &high) < 0, "list_qsort_compare");
 }
 
 } // namespace
@@ -91,19 +90,19 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     test::ListRun run;
     run.l = (input.coin() ? list_create : new_list)(capacity);
     same(run.l != nullptr, capacity >= 0 && capacity <= test::kMost, "list_create");
-    if (run.l == nullptr) return check_no_list(run, input), 0;
-    const auto last = static_cast<intptr_t>(input.below(40)) - 10;
+    if (run.l == nullptr)
+        return check_no_list(run, input), 0;
+    const intptr_t last = input.below(40) - 10;
     run.m = {capacity == 0 ? 10 : capacity};
     const bool is_far = capacity > 10000; // whose items are slow to sort and to copy
     const int steps = is_far ? 15 : 400;
     // So that it allocates nothing below: each step adds one item, behind the last position.
-    run.m.items.reserve(static_cast<size_t>(capacity + 2 * kPositions + steps));
+    run.m.items.reserve(static_cast<size_t>(capacity + 256 + steps));
     for (int step = 0; !input.empty() && step < steps; ++step) {
         const size_t operation = input.below(run.kOperations);
-        if (is_far && operation == 0) continue;
-        run.choose([&](int n) { return static_cast<int>(input.below(static_cast<size_t>(n))); },
-                   capacity);
-        if (input.below(32) == 0) run.p = INT_MAX - static_cast<int>(input.below(2));
+        if (is_far && operation == 0)
+            continue;
+        run.choose(input, capacity);
         const bool may_fail = operation != 0 && input.below(8) == 0;
         const auto before = may_fail ? run.m : test::ListModel{0};
         if (!may_fail)
@@ -116,7 +115,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         same(list_currentItem(run.l), run.m.cursor, "list_currentItem");
     }
     check_handing_on(list_perform, run.l, run.m.items, {last, 0});
-    if (!is_far) check_whole(run, last);
+    if (!is_far)
+        check_whole(run, last);
     same(list_free(run.l, nullptr, nullptr), 0, "list_free");
     return 0;
 }

@@ -26,11 +26,6 @@ void check_quoted_printable(const std::string& text) {
     }
 }
 
-std::string converted(const std::string& text, int from, int to) {
-    std::string out(5 * text.size() + 4, '\0');
-    return convertStrExt(text.c_str(), from, out.data(), to);
-}
-
 void check_subject(const std::string& text, int mail_code_set, int code_set) {
     const std::string model = test::model_of_subject(text, mail_code_set, code_set);
     fuzz::require(model.size() < 64 * text.size() + 64, "stated room of convertSubjectForMail");
@@ -58,18 +53,17 @@ std::optional<std::string> model_of_line(std::string_view& left, size_t size, in
                                          int wanted) {
     std::string raw, text;
     do {
-        if (left.empty()) return std::nullopt;
-        raw = left.substr(0, size - 1);
-        raw.resize(std::min(raw.find('\n'), raw.size() - 1) + 1);
-        left.remove_prefix(raw.size());
+        if (left.empty())
+            return std::nullopt;
+        raw = fuzz::take_line(left, size - 1);
         text += quoted ? test::model_of_decoder(raw) : raw;
     } while (quoted && raw.size() > 1 && raw[raw.size() - 2] == '=');
-    text = converted(quoted ? text + "\n" : text, from, wanted);
-    return text.substr(0, test::boundary(text, size - 1));
+    return test::cut(test::converted(quoted ? text + "\n" : text, from, wanted), size - 1);
 }
 
 void check_lines(const std::string& text, size_t size, int from, int wanted) {
-    if (text.empty()) return; // fmemopen() takes no empty text
+    if (text.empty())
+        return; // fmemopen() takes no empty text
     fuzz::Text bytes(text);
     for (const int kind : {0, int{ZV_TRANSFER_QUOTED_PRINTABLE}}) {
         FILE* stream = fmemopen(bytes.data(), text.size(), "r");
@@ -79,7 +73,8 @@ void check_lines(const std::string& text, size_t size, int from, int wanted) {
             const auto line = model_of_line(left, size, from, kind != 0, wanted);
             more = getLine(room.data(), int(size), stream, from, kind, wanted) != nullptr;
             same(more, line.has_value(), "getLine");
-            if (more) same(room.text(), *line, "getLine");
+            if (more)
+                same(room.text(), *line, "getLine");
         }
         fclose(stream);
     }
@@ -95,7 +90,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     size_t room = 2 + input.byte();
     const std::string charset(input.byte() % 90, 'c'), text = input.text_of_any_size();
     // A long text as one line, or nearly.
-    if (text.size() > 1000 && input.chance(2) == 0) room = text.size() - 2 + input.chance(8);
+    if (text.size() > 1000 && input.chance(2) == 0)
+        room = text.size() - 2 + input.chance(8);
     InitMbutilExt(code_set);
     check_quoted_printable(text);
     check_base64(text, charset);

@@ -3,11 +3,7 @@
 
 #include <cstddef>
 
-#ifdef ZVUTIL_ADDRESS_SANITIZER
-// As in <sanitizer/allocator_interface.h>, which GCC leaves out.
-extern "C" int __sanitizer_install_malloc_and_free_hooks(void (*)(const volatile void*, size_t),
-                                                         void (*)(const volatile void*));
-#else
+#ifndef ZVUTIL_ADDRESS_SANITIZER
 #include "faults/faults.h"
 #include "support/guarded.h"
 #endif
@@ -44,34 +40,19 @@ public:
     }
 };
 
-inline constinit thread_local size_t allocations = 0;
-
-bool takes_memory(auto action) {
-    static const bool counting = [] {
-        const auto count = [](const volatile void*, size_t) { ++allocations; };
-        const auto ignore = [](const volatile void*) {};
-        return __sanitizer_install_malloc_and_free_hooks(count, ignore) != 0;
-    }();
-    const size_t before = allocations;
-    action();
-    return !counting || allocations != before;
-}
-
 // The sanitizer counts by itself, and its own allocations do not fail.
-inline long live_blocks() { return 0; }
-bool without_its_memory(auto action, int = 1) { return action(), false; }
+inline long live_blocks() {
+    return 0;
+}
+bool without_its_memory(auto action, int = 1) {
+    return action(), false;
+}
 
 #else
 
 // Memory that ends at an inaccessible page.
 using Room = test::GuardedRoom;
 using Text = test::GuardedText;
-
-bool takes_memory(auto action) {
-    test::inject(1);
-    action();
-    return test::inject(0);
-}
 
 using test::live_blocks;
 
@@ -82,7 +63,8 @@ bool without_its_memory(auto action, int nth = 1) {
     test::inject(nth);
     action();
     const bool failed = test::inject(0);
-    if (failed && test::live_blocks() != blocks) std::fputs("\nKeeps memory\n", stderr), abort();
+    if (failed && test::live_blocks() != blocks)
+        std::fputs("\nKeeps memory\n", stderr), abort();
     return failed;
 }
 

@@ -18,18 +18,19 @@ static const std::string node = [] {
     return std::string(name);
 }();
 
-static const std::string& official_name(const std::string& name) {
-    static const std::string none;
-    return name == node ? machine : name == "other" ? other : none;
+static std::string official_name(const std::string& name) {
+    return name == node ? machine : name == "other" ? other : "";
 }
 
 // A resolver in place of the system's.
 extern "C" int gethostbyname_r(const char* name, hostent* entry, char* buffer, size_t length,
                                hostent** found, int* error) {
-    const std::string& official = official_name(name);
+    const std::string official = official_name(name);
     *found = nullptr, *error = HOST_NOT_FOUND;
-    if (official.size() >= length) return ERANGE;
-    if (official.empty()) return 0;
+    if (official.size() >= length)
+        return ERANGE;
+    if (official.empty())
+        return 0;
     *entry = {};
     entry->h_name = strcpy(buffer, official.c_str());
     *found = entry;
@@ -39,45 +40,33 @@ extern "C" int gethostbyname_r(const char* name, hostent* entry, char* buffer, s
 namespace {
 
 bool same_name(const std::string& a, const std::string& b) {
-    bool same = a.size() == b.size();
-    for (size_t i = 0, step; same && i < a.size(); i += step) {
-        step = static_cast<size_t>(mbbytesinchar(&a[i]));
-        const auto small = [](char c) { return c >= 'A' && c <= 'Z' ? char(c + 32) : c; };
-        same = step > 1 ? a.compare(i, step, b, i, step) == 0 : small(a[i]) == small(b[i]);
-    }
-    return same;
+    return test::changed(a, tolower) == test::changed(b, tolower);
 }
 
 // Whether a name designates the server that is called so; the machine has that full name.
 bool model_of_server(const std::string& name, const std::string& listed,
                      const std::string& configured, const std::string& full) {
-    if (name.empty() || name == "*" || name[0] == '$') return false;
-    const size_t dot = std::min(full.find('.'), full.size());
-    const std::string domain = full.substr(dot);
-    if (name == "@" || same_name(name, listed) || same_name(name, full)) return true;
-    if (!configured.empty() && same_name(name, configured)) return true;
-    if (!domain.empty() && configured.size() + domain.size() > 64) return false;
-    if (!domain.empty() && !configured.empty() && same_name(name, configured + domain)) return true;
-    if (!domain.empty() && same_name(name, full.substr(0, dot))) return true;
-    return !official_name(name).empty() && same_name(official_name(name), full);
+    const auto is = [&](const std::string& other) { return same_name(name, other); };
+    const std::string host = full.substr(0, full.find('.')), domain = full.substr(host.size());
+    if (name.empty() || name[0] == '$' || is("*"))
+        return false;
+    if (is("@") || is("none") || is(listed) || is(configured) || is(full))
+        return true;
+    if (configured.size() + domain.size() > 64)
+        return false;
+    if (is(host) || (!configured.empty() && is(configured + domain)))
+        return true;
+    const std::string official = official_name(name);
+    return !official.empty() && same_name(official, full);
 }
 
 void check_hosts(fuzz::Input& input) {
     machine = input.text(), other = input.text();
     const std::string configured = input.text().substr(0, 64), listed = input.text();
     const std::string name = input.coin() ? "other" : input.text();
-    memset(serverNameFromConfig, 0, 65);
-    memcpy(serverNameFromConfig, configured.data(), configured.size());
-    const auto cut = [](const std::string& official) {
-        return official.substr(0, test::boundary(official, 64));
-    };
-    const auto resolved = [](const std::string& official) {
-        return !official.empty() && official.size() < 1024;
-    };
-    if (!resolved(machine)) machine = "";
-    if (!resolved(other)) other = "";
+    strcpy(serverNameFromConfig, configured.c_str());
     same(InitHostnameWithDomain(), !machine.empty(), "InitHostnameWithDomain");
-    const std::string full = machine.empty() ? node : cut(machine);
+    const std::string full = machine.empty() ? node : test::cut(machine, 64);
     const std::string domain = full.substr(std::min(full.find('.'), full.size()));
     const bool fits = configured.empty() || configured.size() + domain.size() <= 64;
 
@@ -85,60 +74,57 @@ void check_hosts(fuzz::Input& input) {
     same(OSGetServerNameWithDomain(out.data()), fits, "OSGetServerNameWithDomain");
     same(out.text(), configured.empty() ? full : configured + (fits ? domain : ""), "server");
     same(OSGetRemoteHostnameWithDomain("other", out.data()), !other.empty(), "remote host");
-    if (!other.empty()) same(out.text(), cut(other), "OSGetRemoteHostnameWithDomain");
+    if (!other.empty())
+        same(out.text(), test::cut(other, 64), "OSGetRemoteHostnameWithDomain");
     const char* const names[] = {"none", listed.c_str()};
     const NameList list = {2, names};
     same(IsCurrentServerName(fuzz::Text(name).data(), &list),
-         model_of_server(name, listed, configured, full) || same_name(name, "none"),
-         "IsCurrentServerName");
-    const bool known = !official_name(name).empty();
+         model_of_server(name, listed, configured, full), "IsCurrentServerName");
+    const std::string official = official_name(name);
+    const bool known = !official.empty();
     same(OSCheckHostnameUsingAlias(name.c_str(), nullptr), known, "OSCheckHostnameUsingAlias");
     same(OSCheckHostnameUsingAlias(name.c_str(), listed.c_str()),
          listed.empty()       ? known
-         : configured.empty() ? known && same_name(official_name(name), listed)
+         : configured.empty() ? known && same_name(official, listed)
                               : name == configured,
          "OSCheckHostnameUsingAlias");
 }
 
 // What the current code set's text becomes on its way to another one.
 void check_forms(int current, const std::string& text) {
-    const auto room = 9 * text.size() + 9;
-    const bool grows = current == ZV_SJIS || current == ZV_BIG5;
-    std::string other_form(room, '\0');
-    convertStrExt(text.c_str(), current, other_form.data(), current == ZV_SJIS ? ZV_EUC : ZV_EUC_H);
+    const int other_form = current == ZV_SJIS ? ZV_EUC : ZV_EUC_H;
     same(MaxStringLengthOnWinAndUnix(text.c_str()),
-         grows ? std::max(strlen(other_form.c_str()), text.size()) : text.size(), "both forms fit");
+         std::max(test::converted(text, current, other_form).size(), text.size()),
+         "both forms fit");
     int sum = 0;
-    for (const char c : text) sum += static_cast<unsigned char>(c);
+    for (const char c : text)
+        sum += c & 0xFF;
     same(AccumulateAsciiForStr(text.c_str()), sum, "of a locale without a converter");
 }
 
 void check_locale(const std::string& locale) {
     const auto corrected = [](const std::string& name) {
-        fuzz::Text source(name);
-        fuzz::Room room(2 * name.size() + 8);
-        mbGetCorrectedLocaleForUnix(source.data(), room.data());
-        return room.text();
+        return convert_in_room(mbGetCorrectedLocaleForUnix, name, 2 * name.size() + 8, "locale");
     };
-    const size_t dot = std::min(locale.find('.'), locale.size());
-    const size_t at = std::min(locale.find('@', dot < locale.size() ? dot : 0), locale.size());
+    const size_t dot = locale.find('.'), at = locale.find('@', dot == locale.npos ? 0 : dot);
     const std::string name = corrected(locale), language = locale.substr(0, std::min(dot, at));
+    const std::string modifier = at == locale.npos ? "" : locale.substr(at);
     fuzz::require(name.starts_with(language), "the language stays");
-    fuzz::require(name.ends_with(locale.substr(at)), "the modifier stays");
-    if (locale.size() < 90) same(corrected(name), name, "a corrected name stays");
+    fuzz::require(name.ends_with(modifier), "the modifier stays");
+    if (locale.size() < 90)
+        same(corrected(name), name, "a corrected name stays");
     const std::string page = convert_in_room(SetCodePage, locale, 8, "SetCodePage");
     same(mbGetCodeSet(page.c_str()) == ZV_WESTERN, page == "WESTERN" || page == "UTF8", "page");
 }
 
 // A character that the table has becomes one byte, all others stay.
-std::string model_of_numbers(const std::string& text, const MbToSbNumber* row) {
+std::string model_of_numbers(const std::string& text, const MbToSbNumber* table) {
     std::string out;
-    for (size_t i = 0, length; i < text.size(); i += length) {
-        length = static_cast<size_t>(mbbytesinchar(&text[i]));
-        const std::string character = text.substr(i, length);
-        const MbToSbNumber* at = row;
-        while (at->mb[0] != 0 && character != reinterpret_cast<const char*>(at->mb)) ++at;
-        out += at->mb[0] != 0 ? std::string(1, at->sb) : character;
+    for (const std::string& character : test::characters(text)) {
+        const MbToSbNumber* row = table;
+        while (row->mb[0] != 0 && character != reinterpret_cast<const char*>(row->mb))
+            ++row;
+        out += row->mb[0] != 0 ? std::string(1, row->sb) : character;
     }
     return out;
 }

@@ -1,6 +1,6 @@
 // Runs a fuzz target as a test: over its seeds, and over inputs made out of them, the same ones in
 // every run. Prints the digest of all results, which is the same on every machine.
-//   property_TARGET COUNT WORDS INPUT|FOLDER...
+//   property_TARGET COUNT WORDS INPUTS     files, or folders of them
 #include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -11,13 +11,13 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <iterator>
 #include <random>
 #include <string>
 #include <vector>
 
 #include "input.h"
+#include "support/folder.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
 
@@ -28,42 +28,18 @@ using Texts = std::vector<std::string>;
 constexpr size_t kLongest = 1000;
 constexpr unsigned kSecondsForOne = 20;
 
-std::string content(const std::filesystem::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
-}
-
-Texts inputs_of(char** begin, char** end) {
+// Of a file, or of all those in a folder.
+Texts inputs_of(const std::filesystem::path& place) {
     std::vector<std::filesystem::path> paths;
-    for (char** place = begin; place != end; ++place) {
-        if (std::filesystem::is_directory(*place))
-            std::copy(std::filesystem::directory_iterator(*place), {}, std::back_inserter(paths));
-        else
-            paths.emplace_back(*place);
-    }
+    if (std::filesystem::is_directory(place))
+        std::copy(std::filesystem::directory_iterator(place), {}, std::back_inserter(paths));
+    else
+        paths.push_back(place);
     std::sort(paths.begin(), paths.end());
     Texts inputs;
-    for (const auto& path : paths) inputs.push_back(content(path).substr(0, kLongest));
+    for (const auto& path : paths)
+        inputs.push_back(test::content(path).substr(0, kLongest));
     return inputs;
-}
-
-// The words of a dictionary, each in quotes on a line of its own with \xHH, \\ and \" in it.
-Texts words_of(const char* path) {
-    Texts words;
-    std::ifstream in(path);
-    for (std::string line; std::getline(in, line);) {
-        if (!line.starts_with('"')) continue;
-        std::string word;
-        for (size_t i = 1; i + 1 < line.size(); ++i) {
-            const bool number = line.compare(i, 2, "\\x") == 0;
-            i += line[i] == '\\';
-            word +=
-                number ? static_cast<char>(std::stoi(line.substr(i + 1, 2), nullptr, 16)) : line[i];
-            i += number ? 2 : 0;
-        }
-        words.push_back(word);
-    }
-    return words;
 }
 
 class Maker {
@@ -72,8 +48,10 @@ public:
 
     std::string input() {
         std::string made = one_of(seeds_);
-        if (below(2) != 0) made.resize(std::min(made.size(), below(80))); // short ones are quick
-        for (size_t changes = 1 + below(6); changes != 0; --changes) change(made);
+        if (below(2) != 0)
+            made.resize(std::min(made.size(), below(80))); // short ones are quick
+        for (size_t changes = 1 + below(6); changes != 0; --changes)
+            change(made);
         made.resize(std::min(made.size(), kLongest));
         return made;
     }
@@ -95,36 +73,30 @@ private:
     std::string piece(const std::string& made) {
         std::string bytes(1 + below(6), '\0');
         const size_t length = 1 + below(70);
-        switch (below(5)) {
-        case 0:
+        const size_t kind = below(5);
+        if (kind == 0)
             return one_of(words_);
-        case 1:
+        if (kind == 1)
             return part_of(one_of(seeds_));
-        case 2:
+        if (kind == 2)
             return part_of(made);
-        case 3:
+        if (kind == 3)
             return std::string(length, byte());
-        default:
-            std::generate(bytes.begin(), bytes.end(), [&] { return byte(); });
-            return bytes;
-        }
+        std::generate(bytes.begin(), bytes.end(), [&] { return byte(); });
+        return bytes;
     }
     void change(std::string& made) {
         const std::string put = piece(made);
         const size_t at = below(made.size() + 1), choices = std::min(made.size(), size_t{5});
-        switch (below(4)) {
-        case 0:
+        const size_t kind = below(4);
+        if (kind == 0)
             made.insert(at, put);
-            break;
-        case 1:
+        else if (kind == 1)
             made.replace(at, put.size(), put);
-            break;
-        case 2:
+        else if (kind == 2)
             made.erase(at, put.size());
-            break;
-        default:
-            if (choices != 0) made[below(choices)] = byte();
-        }
+        else if (choices != 0)
+            made[below(choices)] = byte();
     }
 
     const Texts &seeds_, &words_;
@@ -150,14 +122,17 @@ void run(const std::string& input, Progress& progress) {
         return fuzz::live_blocks() - before;
     };
     // What an input is the first to need, the next one finds.
-    if (blocks_left() > 0) fuzz::require(blocks_left() <= 0, "all memory is released");
+    if (blocks_left() > 0)
+        fuzz::require(blocks_left() <= 0, "all memory is released");
 }
 
 void run_all(const Texts& seeds, const Texts& words, size_t count, Progress& progress) {
     Maker maker(seeds, words);
     fuzz::digesting = true;
-    for (const std::string& seed : seeds) run(seed, progress);
-    for (size_t made = 0; made < count; ++made) run(maker.input(), progress);
+    for (const std::string& seed : seeds)
+        run(seed, progress);
+    for (size_t made = 0; made < count; ++made)
+        run(maker.input(), progress);
     alarm(0);
     progress.digest = fuzz::digest;
     progress.finished = true;
@@ -166,17 +141,22 @@ void run_all(const Texts& seeds, const Texts& words, size_t count, Progress& pro
 } // namespace
 
 int main(int argc, char** argv) {
-    if (argc < 4) return std::fprintf(stderr, "usage: %s COUNT WORDS INPUT...\n", argv[0]), 2;
+    if (argc != 4)
+        return std::fprintf(stderr, "usage: %s COUNT WORDS INPUTS\n", argv[0]), 2;
     // The files of some targets change thousands of times a second.
-    if (access("/dev/shm", W_OK) == 0) setenv("TMPDIR", "/dev/shm", 0);
-    const Texts seeds = inputs_of(argv + 3, argv + argc), words = words_of(argv[2]);
-    if (seeds.empty() || words.empty()) return std::fputs("no seeds or no words\n", stderr), 2;
+    if (access("/dev/shm", W_OK) == 0)
+        setenv("TMPDIR", "/dev/shm", 0);
+    const Texts seeds = inputs_of(argv[3]), words = inputs_of(argv[2]);
+    if (seeds.empty() || words.empty())
+        return std::fputs("no seeds or no words\n", stderr), 2;
     void* const shared =
         mmap(nullptr, sizeof(Progress), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
-    if (shared == MAP_FAILED) return std::perror("mmap"), 2;
+    if (shared == MAP_FAILED)
+        return std::perror("mmap"), 2;
     auto& progress = *static_cast<Progress*>(shared);
     const pid_t child = fork();
-    if (child == 0) return run_all(seeds, words, std::stoul(argv[1]), progress), 0;
+    if (child == 0)
+        return run_all(seeds, words, std::stoul(argv[1]), progress), 0;
     int status = -1;
     if (waitpid(child, &status, 0) == child && status == 0 && progress.finished)
         return std::printf("Digest of all results: %016" PRIx64 "\n", progress.digest), 0;

@@ -1,14 +1,17 @@
-"""Writes a small corpus for every fuzz target: python3 fuzz/seeds.py TEXTS FOLDER
+"""Writes a small corpus for every fuzz target: python3 fuzz/seeds.py TEXTS WORDS FOLDER WORDS_FOLDER
 
 A target takes its choices from the first bytes and its texts behind them, each up to a zero byte.
+The words of a dictionary of libFuzzer's become a file each.
 """
 
+import ast
 import pathlib
 import random
 import sys
 
 texts = {path.name: path.read_bytes() for path in sorted(pathlib.Path(sys.argv[1]).iterdir())}
-folder = pathlib.Path(sys.argv[2])
+words = [line for line in pathlib.Path(sys.argv[2]).read_text().splitlines() if line.startswith('"')]
+folder = pathlib.Path(sys.argv[3])
 made_up = random.Random(1)
 
 japanese = [texts[f"japanese.{form}.txt"] for form in ("sjis", "euc", "jis")]
@@ -20,11 +23,6 @@ katakana = bytes(range(0xA1, 0xE0))
 declaration = b'<?xml version="1.0" encoding="x" standalone="yes"?>  <r/>'
 # The digit zero where the tables of digits have it.
 zeros = [(0x82, 0x4F), *[(0xA3, 0xB0)] * 3, *[(0xA2, 0xAF)] * 2]
-
-
-def sequence(size):
-    return made_up.randbytes(size)
-
 
 seeds = {
     "strings": [
@@ -65,8 +63,8 @@ seeds = {
                      b"1\\A\\2147483648\\")
     ] + [bytes([0, position, 4]) + b"1\\USD\\2\\" for position in range(248, 256)]
       + [b"\0\3\4%d\\" % count + b"\\7\\" * 290 for count in (256, 257, 290, 291)],
-    "list": [bytes([capacity]) + sequence(400) for capacity in (*range(8), *range(250, 256))],
-    "streams": [bytes([mode, limit]) + sequence(300) for mode in range(12) for limit in (0, 1)],
+    "list": [bytes([capacity]) + made_up.randbytes(400) for capacity in (*range(8), *range(250, 256))],
+    "streams": [bytes([mode, limit]) + made_up.randbytes(300) for mode in range(12) for limit in (0, 1)],
     "names": [
         bytes([table]) + locale + b"\0" + b"".join(
             bytes([row, first + i]) for row, first in (zero, (0xA1, 0xA1), (0xA1, 0x40)) for i in range(16))
@@ -93,7 +91,13 @@ seeds = {
     ],
 }
 
-for target, inputs in seeds.items():
-    (folder / target).mkdir(parents=True, exist_ok=True)
+
+def write(folder, inputs):
+    folder.mkdir(parents=True, exist_ok=True)
     for number, data in enumerate(inputs):
-        (folder / target / f"seed-{number:02}").write_bytes(data)
+        (folder / f"{number:03}").write_bytes(data)
+
+
+for target, inputs in seeds.items():
+    write(folder / target, inputs)
+write(pathlib.Path(sys.argv[4]), [ast.literal_eval(f"b{word}") for word in words])

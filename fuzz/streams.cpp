@@ -36,34 +36,6 @@ void check_creation(const char* mode, const std::string& path) {
     unlink(path.c_str());
 }
 
-test::StreamCall choose(fuzz::Input& input, int64_t base) {
-    test::StreamCall call;
-    call.operation = input.below(base == 0 ? 11 : 10); // going to the start would leave the base
-    call.item = 1 + input.byte() % 9;
-    call.count = input.byte() % 8 == 0 ? input.below(600) : input.byte() % 9;
-    static const std::string pattern = [] {
-        std::string bytes;
-        for (size_t i = 0; i < 8000; ++i) bytes += "a \n\x01\x80\xFE\xFF"[(i * i + i / 7) % 7];
-        return bytes;
-    }();
-    call.text = pattern.substr(input.byte(), call.bytes());
-    call.c = static_cast<int>(input.below(400)) - 100;
-    call.whence = input.byte() % 3;
-    call.place = base + static_cast<int>(input.below(13000)) + (base == 0 ? -1000 : 1000);
-    // Or where a write of so many bytes ends at the last position, or near it.
-    if (base != 0 && input.byte() % 4 == 0)
-        call.place = test::kLastPosition - static_cast<int>(call.bytes()) + input.byte() % 5 - 2;
-    // From the start, a long of 32 bits reaches no further.
-    if (call.whence == 0) call.place = std::min(call.place, test::kLastPosition);
-    return call;
-}
-
-// How much the file holds behind the base: often up to the last position, or one byte more or less.
-size_t choose_length(fuzz::Input& input, int64_t base) {
-    const size_t length = input.below(10000);
-    return base == 0 || length % 2 == 0 ? length : kFromLast - 1 + length % 3;
-}
-
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
@@ -74,11 +46,15 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     fuzz::Input input(data, size);
     const Mode& mode = input.one_of(kModes);
     fuzz::Text mode_name(mode.name);
-    if (created.insert(mode.name).second) check_creation(mode_name.data(), folder / "created");
+    if (created.insert(mode.name).second)
+        check_creation(mode_name.data(), folder / "created");
     const bool empties = mode.name[0] == 'w';
     // Either an ordinary file or one whose end lies at the last positions.
     const int64_t base = input.coin() && !empties ? test::kLastPosition - int{kFromLast} : 0;
-    const std::string text = std::string(choose_length(input, base), 'o') + "\nold";
+    size_t length = input.below(10000u);
+    if (base != 0 && length % 2 != 0) // up to the last position, or one byte more or less
+        length = kFromLast - 1 + length % 3;
+    const std::string text = std::string(length, 'o') + "\nold";
     fuzz::require(ftruncate(file, 0) == 0, "file");
     fuzz::require(pwrite(file, text.data(), text.size(), base) == ssize_t(text.size()), "file");
     ZVFILE* stream = ZVfopen(path.c_str(), mode_name.data());
@@ -90,7 +66,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         model.seek(base);
     }
     for (int step = 0; !input.empty() && step < 100; ++step) {
-        const test::StreamCall call = choose(input, base);
+        const test::StreamCall call(input, base);
         // In memory that goes on: a system call that meets an inaccessible page only stops short.
         std::string room(call.bytes() + 64, '#');
         errno = 0;

@@ -27,11 +27,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     fuzz::Input input(data, size);
     const int code_set = input.one_of(test::kCodeSets);
     const unsigned choice = input.byte(), n = choice % 6;
-    const size_t position = input.two_bytes(), shape = position + size;
+    const size_t position = input.below(size_t{65536}), shape = position + size;
     std::string s = input.text_of_any_size(), part = input.text();
     InitMbutilExt(code_set);
     if (shape % 7 == 6) // no ASCII
-        for (char& c : s) c |= '\x80';
+        for (char& c : s)
+            c |= '\x80';
     if (shape % 3 == 2 && !s.empty()) {
         const std::string taken = s.substr(position % s.size(), 1 + position % 40 * (n + 1));
         part = n % 2 == 0 ? taken : taken + part;
@@ -46,7 +47,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     case 1:
         return Properties::searches(s, part, same), 0;
     case 2: // each token takes a look at the whole set
-        part.resize(std::min(part.size(), 100000 / (s.size() + 1)));
+        part.resize(std::min(part.size(), 1 + 10000 / (s.size() + 1)));
         return Properties::delimiters(s, part, same), 0;
     case 3:
         return Properties::comparisons(s, part, same), 0;

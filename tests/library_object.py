@@ -82,7 +82,6 @@ if build_type == "Release" and compiler == "GNU" and re.search("X86-64|AArch64",
         check(size <= 288 * 1024, f"{size} bytes stripped")
 
 
-
 def words(folder, files):
     paths = (pathlib.Path(sources) / folder).rglob(files)
     return set(re.findall(r"\w+", "".join(path.read_text() for path in paths)))

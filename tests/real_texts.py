@@ -25,13 +25,12 @@ PACKAGES = {  # by the encodings that their texts are tried in: zvconv's and ico
     ("manpages-pl", "manpages-pl-dev"): {"8859_2": "ISO-8859-2", "1250": "CP1250"},
 }
 UNICODE = ["UTF-8", "UTF-16", "UTF-16BE"]
-failures = 0
+failures = []
 
 
 def check(good, what):
-    global failures
     if not good:
-        failures += 1
+        failures.append(what)
         print("FAILED:", what)
 
 
@@ -84,13 +83,9 @@ def compare_all(encodings, text):
     utf8 = text.encode()
     for name, iconv_name in encodings.items():
         source = iconv("UTF-8", iconv_name, utf8)
-        if name == "SJIS":  # iconv has no backslash to write, and reads one as a yen sign
-            pairs = {n: i for n, i in encodings.items() if n != "JIS"}
-        else:
-            pairs = dict(encodings)
-        pairs |= {unicode: unicode for unicode in UNICODE}
-        for target, iconv_target in pairs.items():
-            if target == name:
+        for target, iconv_target in (encodings | {unicode: unicode for unicode in UNICODE}).items():
+            # From SJIS iconv has no backslash to write, and reads one as a yen sign.
+            if target == name or (name, target) == ("SJIS", "JIS"):
                 continue
             done = zvconv(name, target, source)
             expected = iconv(iconv_name, iconv_target, source)
@@ -135,4 +130,4 @@ for packages, encodings in PACKAGES.items():
     compare_all(encodings, text)
     for target in [*encodings, "UTF-8"]:
         subjects(target, text[:3000000])
-sys.exit(f"{failures} checks failed" if failures else 0)
+sys.exit(f"{len(failures)} checks failed" if failures else 0)

@@ -9,11 +9,14 @@
 
 namespace test {
 
-inline bool is_high(int byte) { return byte >= 0xA1 && byte <= 0xFE; }
-inline std::string pair_of(int first, int second) { return {char(first), char(second)}; }
+inline bool is_high(int byte) {
+    return byte >= 0xA1 && byte <= 0xFE;
+}
+inline std::string pair_of(int first, int second) {
+    return {char(first), char(second)};
+}
 
-template <class Order>
-int order_of(Order order, int code) {
+inline int order_of(int (*order)(const unsigned char*), int code) {
     const unsigned char bytes[] = {static_cast<unsigned char>(code >> 8),
                                    static_cast<unsigned char>(code)};
     return order(bytes);

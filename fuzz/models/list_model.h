@@ -2,17 +2,23 @@
 #define ZVUTIL_FUZZ_LIST_MODEL_H
 
 #include <algorithm>
+#include <climits>
 #include <cstdint>
 #include <functional>
 #include <vector>
 
+#include "input.h"
 #include "list.h"
 
 namespace test {
 
 // Small numbers serve as items.
-inline void* item(intptr_t value) { return reinterpret_cast<void*>(value); }
-inline intptr_t value_of(const void* listed) { return reinterpret_cast<intptr_t>(listed); }
+inline void* item(intptr_t value) {
+    return reinterpret_cast<void*>(value);
+}
+inline intptr_t value_of(const void* listed) {
+    return reinterpret_cast<intptr_t>(listed);
+}
 
 // The order times the datum.
 inline int order(const void* a, const void* b, void* datum) {
@@ -35,26 +41,32 @@ struct ListModel {
     int count() const { return int(items.size()); }
     bool holds(int position) const { return position >= 0 && position < count(); }
     bool grow(int used, int wanted) {
-        if (used < kMost) capacity = std::min(wanted, kMost);
+        if (used < kMost)
+            capacity = std::min(wanted, kMost);
         return used < kMost;
     }
     bool reach(int position) {
         return position < kMost && grow(position, position + std::clamp(capacity / 5, 10, 100));
     }
     intptr_t append(intptr_t value) {
-        if (count() == capacity && !grow(capacity, capacity + capacity / 5 + 5)) return -3;
+        if (count() == capacity && !grow(capacity, capacity + capacity / 5 + 5))
+            return -3;
         cursor = count();
         return items.push_back(value), 0;
     }
     intptr_t store(int position, intptr_t value) {
-        if (position < 0) return -5;
-        if (position >= capacity && !reach(position)) return -3;
+        if (position < 0)
+            return -5;
+        if (position >= capacity && !reach(position))
+            return -3;
         items.resize(size_t(std::max(count(), position + 1)));
         return items[size_t(cursor = position)] = value, 0;
     }
     intptr_t insert(int position, intptr_t value) {
-        if (!holds(position)) return store(position, value);
-        if (count() == capacity && !reach(capacity)) return -3;
+        if (!holds(position))
+            return store(position, value);
+        if (count() == capacity && !reach(capacity))
+            return -3;
         items.insert(items.begin() + position, value);
         return cursor = position, 0;
     }
@@ -66,11 +78,13 @@ struct ListModel {
     }
     intptr_t remove(int position, intptr_t otherwise) {
         const intptr_t removed = go(position, otherwise);
-        if (holds(position)) items.erase(items.begin() + position), cursor = position - 1;
+        if (holds(position))
+            items.erase(items.begin() + position), cursor = position - 1;
         return removed;
     }
     intptr_t go_back() {
-        if (cursor < 1) return -1;
+        if (cursor < 1)
+            return -1;
         // A cursor that list_removeAll() left behind comes down through slots without items.
         return --cursor < count() ? items[size_t(cursor)] : 0;
     }
@@ -87,7 +101,8 @@ struct ListModel {
         return position < 0 || sign == 2 ? append(value) : insert(position, value);
     }
     intptr_t exchange(int i, int j) {
-        if (!holds(i) || !holds(j)) return 0;
+        if (!holds(i) || !holds(j))
+            return 0;
         return std::swap(items[size_t(i)], items[size_t(j)]), 1;
     }
     intptr_t sort(int sign) {
@@ -100,6 +115,7 @@ struct ListModel {
 struct ListRun {
     LIST* l = nullptr;
     ListModel m{0};
+    static constexpr int kSigns[] = {-1, 1, 2};
     // What the operations work with: one of the two names, an item, a search for others, an order.
     int p = 0, q = 0, sign = 1;
     intptr_t v = 0, sought = 0, same = 0, actual = 0, expected = 0;
@@ -107,17 +123,21 @@ struct ListRun {
     bool other = false;
     ListCompare match = nullptr, sorting = nullptr;
 
-    // Chooses all that anew, from numbers int(int below); the positions lie here or that far on.
-    void choose(auto number, int far_on) {
-        p = number(128) - 5 + (number(2) == 0 ? far_on : 0);
-        q = p + number(9) - 4;
-        v = number(40) - 10, x = item(v);
-        other = number(2) == 0;
-        match = number(2) == 0 ? distance : nullptr;
-        far = item(number(3)), sorting = number(3) == 0 ? nullptr : order;
-        const int orders[] = {-1, 1, 2};
-        sign = sorting == nullptr ? 1 : orders[number(3)];
-        sought = match ? v - 1 - value_of(far) : v, same = match ? v + 1 + value_of(far) : v;
+    // Chooses all that anew; the positions lie here, that far on or where no list reaches.
+    void choose(fuzz::Input& input, int far_on) {
+        p = input.below(128) - 5 + (input.coin() ? far_on : 0);
+        q = p + input.below(9) - 4;
+        v = input.below(40) - 10;
+        x = item(v);
+        other = input.coin();
+        match = input.coin() ? distance : nullptr;
+        far = item(input.below(3));
+        sorting = input.below(3) == 0 ? nullptr : order;
+        sign = sorting == nullptr ? 1 : input.one_of(kSigns);
+        sought = match ? v - 1 - value_of(far) : v;
+        same = match ? v + 1 + value_of(far) : v;
+        if (input.below(32) == 0)
+            p = INT_MAX - input.below(2);
     }
     void check(auto result, intptr_t model) { actual = intptr_t(result), expected = model; }
 

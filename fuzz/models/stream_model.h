@@ -10,6 +10,7 @@
 #include <string>
 #include <utility>
 
+#include "input.h"
 #include "zvstdio.h"
 
 namespace test {
@@ -18,7 +19,7 @@ inline constexpr int64_t kLastPosition = INT_MAX;
 
 // A file in memory, with a position and pushed back bytes, the next one last.
 struct StreamModel {
-    std::string file; // its bytes from `origin` on, where it has no others but zero
+    std::string file; // its bytes from `origin` on
     int64_t origin;
     int access;
     bool append;
@@ -30,56 +31,73 @@ struct StreamModel {
     bool fail(int number) { return error = raised = number, false; }
     bool take_byte() {
         const bool from_file = pushed.empty();
-        if (from_file && access == O_WRONLY) return fail(EBADF);
-        if (from_file && position >= size()) return at_end = 1, false;
-        if (position == kLastPosition) return fail(EOVERFLOW);
-        taken += !from_file ? pushed.back() : position < origin ? '\0' : file[at(position)];
-        if (!from_file) pushed.pop_back();
+        if (from_file && access == O_WRONLY)
+            return fail(EBADF);
+        if (from_file && position >= size())
+            return at_end = 1, false;
+        if (position == kLastPosition)
+            return fail(EOVERFLOW);
+        taken += from_file ? file[at(position)] : pushed.back();
+        if (!from_file)
+            pushed.pop_back();
         return ++position, true;
     }
-    // Byte by byte, or the run of the file that is there.
+    // Up to the last byte wanted; 256 is none.
     long take(size_t most, int last) {
         const int64_t start = position;
-        while (taken.size() < most && (taken.empty() || taken.back() != last)) {
-            const int64_t run = std::min(size(), kLastPosition) - position;
-            if (!pushed.empty() || position < origin || run <= 0 || access == O_WRONLY) {
-                if (!take_byte()) break;
-                continue;
-            }
-            const size_t end = last > UCHAR_MAX ? file.npos : file.find(char(last), at(position));
-            const size_t whole = end == file.npos ? file.npos : end + 1 - at(position);
-            taken.append(file, at(position), std::min({most - taken.size(), size_t(run), whole}));
-            position = start + int64_t(taken.size());
-        }
-        if (raised == EOVERFLOW) position = start;
+        while (taken.size() < most && take_byte() && taken.back() != last)
+            continue;
+        if (raised == EOVERFLOW)
+            position = start;
         return long(taken.size());
     }
     long push(int c) { return pushed += char(c), --position, at_end = 0, c; }
     bool write(const std::string& text) {
         const int64_t place = append ? size() : position, length = int64_t(text.size());
-        if (place < 0) return fail(EINVAL);
+        if (place < 0)
+            return fail(EINVAL);
         pushed = "";
-        if (place > kLastPosition - length) return fail(EOVERFLOW);
+        if (place > kLastPosition - length)
+            return fail(EOVERFLOW);
         position = place;
-        if (text.empty()) return false;
-        if (access == O_RDONLY) return fail(EBADF);
+        if (text.empty())
+            return false;
+        if (access == O_RDONLY)
+            return fail(EBADF);
         file.resize(std::max(file.size(), at(place) + text.size()));
         file.replace(at(place), text.size(), text);
         return position += length, true;
     }
     size_t at(int64_t place) const { return size_t(place - origin); }
     bool seek(int64_t place) {
-        if (place < 0 || place > kLastPosition) return fail(place < 0 ? EINVAL : EOVERFLOW);
+        if (place < 0 || place > kLastPosition)
+            return fail(place < 0 ? EINVAL : EOVERFLOW);
         return position = place, pushed = "", at_end = 0, true;
     }
 };
 
 // One call on a stream and on its model.
 struct StreamCall {
-    size_t operation = 0, item = 1, count = 0;
-    std::string text{}; // of bytes() bytes without a zero
-    int c = 0, whence = 0;
-    int64_t place = 0; // where a long reaches from the start of the file
+    StreamCall(fuzz::Input& input, int64_t base) {
+        operation = input.below(base == 0 ? 11 : 10); // going to the start would leave the base
+        item = 1 + input.byte() % 9;
+        count = input.byte() % 8 == 0 ? input.below(600u) : input.byte() % 9;
+        static const std::string pattern = [] {
+            std::string bytes;
+            for (size_t i = 0; i < 8000; ++i)
+                bytes += "a \n\x01\x80\xFE\xFF"[(i * i + i / 7) % 7];
+            return bytes;
+        }();
+        text = pattern.substr(input.byte(), bytes());
+        c = input.below(400) - 100;
+        whence = input.below(3);
+        place = base + input.below(13000) + (base == 0 ? -1000 : 1000);
+        // Or where a write of so many bytes ends at the last position, or near it.
+        if (base != 0 && input.byte() % 4 == 0)
+            place = kLastPosition - static_cast<int>(bytes()) + input.below(5) - 2;
+        if (whence == 0) // a long of 32 bits reaches no further
+            place = std::min(place, kLastPosition);
+    }
     size_t bytes() const { return item * count; }
 
     // Makes the call, with `room` for bytes() bytes. Gives its result and the model's.
@@ -106,7 +124,8 @@ struct StreamCall {
         } else if (operation == 5) {
             result = long(ZVfread(room, item, count, f));
             expected = model.take(text.size(), 256) / long(item);
-            if (model.raised != 0) expected = 0;
+            if (model.raised != 0)
+                expected = 0;
         } else if (operation == 6) {
             result = ZVfgets(room, int(n), f) == room;
             expected = n > 1 && model.take(text.size() - 1, '\n') && model.raised != EOVERFLOW;
@@ -123,10 +142,16 @@ struct StreamCall {
         } else if (operation >= 9) {
             operation == 9 ? ZVclearerr(f) : ZVrewind(f);
             model.at_end = model.error = 0;
-            if (operation == 10) model.seek(0);
+            if (operation == 10)
+                model.seek(0);
         }
         return {result, expected};
     }
+
+    int operation, c, whence;
+    size_t item, count;
+    std::string text; // of bytes() bytes without a zero
+    int64_t place;    // where a long reaches from the start of the file
 };
 
 } // namespace test
