@@ -3,9 +3,9 @@
  * @brief Scanners and converters: bytes in, bytes out, no current code set.
  *
  * Strings are zero-terminated byte strings in the code set that each function names. No function
- * here reads or changes process-wide state, so every one of them may run in any number of threads
- * at once. No function reads a source behind its terminator, whatever the bytes are. Output areas
- * belong to the caller and have the room that is stated. Byte values are hexadecimal.
+ * here reads or changes process-wide state, or reads a source behind its terminator, whatever the
+ * bytes are. Output areas belong to the caller and have the room that is stated. Pointers are not
+ * NULL unless something is said of NULL. Byte values are hexadecimal.
  */
 #ifndef ZVUTIL_JACONV_H
 #define ZVUTIL_JACONV_H
@@ -280,7 +280,7 @@ int bytesInShiftChar(const char* s);
  * @param first    in: the half-width byte A1-DF (others stay); out: lead byte of the full-width
  *                 code.
  * @param second   out: trail byte of the full-width code; where @p first is no katakana, the byte
- *                 that was looked at behind it, if any.
+ *                 that might have been a sound mark, if one was read.
  * @param code_set #ZV_SJIS or #ZV_EUC to merge a sound mark that follows in that code set; any
  *                 other value looks at nothing behind the byte.
  */
@@ -290,8 +290,9 @@ void han2zen(const unsigned char** text, int* first, int* second, int code_set);
  * Reads a stream and tells in which encoding its Japanese text is.
  *
  * Much EUC text fits both EUC and Shift-JIS; Shift-JIS text does as a rule only where it holds
- * nothing but half-width katakana. So take #ZV_EUC_OR_SJIS for EUC. UTF-8 is not recognised:
- * Japanese text in it passes for Shift-JIS.
+ * nothing but half-width katakana. So take #ZV_EUC_OR_SJIS for EUC. EUC text with a three-byte
+ * character passes for Shift-JIS unless something before it tells; so does Japanese text in UTF-8,
+ * which is not recognised.
  * @param stream read from its current position until the answer is certain; neither rewound nor
  *               closed. A read error counts as the end of the file.
  * @return #ZV_JIS, #ZV_EUC, #ZV_SJIS; #ZV_EUC_OR_SJIS when all bytes fit both; 0 when nothing
@@ -305,8 +306,8 @@ int DetectJPCodeType(FILE* stream);
  * @brief Traditional Chinese: Big5 and the EUC form of CNS 11643.
  *
  * Characters that cannot be converted become two question marks; so does a lead byte together with
- * what follows it instead of a trail byte, a line end too. A character that the terminator cuts
- * short is written unchanged. Source and destination must not overlap.
+ * what follows it instead of its trail bytes, of which 8E has three, a line end too. A character
+ * that the terminator cuts short is written unchanged. Source and destination must not overlap.
  * @par Thread safety
  * Any number of threads at once.
  * @par Example
@@ -410,8 +411,7 @@ int CnsCode(int ordinal, unsigned char* cns);
 /**
  * Counts the bytes of the EUC-TW form of a Big5 string.
  * @param s Big5 text.
- * @return bytes, without the terminator; 2147483647 also for all that is longer. No memory is
- *         taken, so this cannot fail.
+ * @return bytes, without the terminator; 2147483647 also for all that is longer.
  */
 int euchLength(const char* s);
 

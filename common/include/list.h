@@ -50,7 +50,7 @@ enum {
 /** A status as a function that gives an item gives it. */
 #define ZV_LIST_ITEM(status) ((void*)(intptr_t)(status))
 
-/** Compares two items, or an item and a key. @return 0 when they are equal; see each use. */
+/** Compares two items, which may be NULL, or one and a key. @return 0 when equal; see each use. */
 typedef int (*ListCompare)(const void* a, const void* b, void* datum);
 /** Releases an item that is not NULL. @return negative to stop; the item then stays listed. */
 typedef int (*ListRelease)(void* item, void* datum);

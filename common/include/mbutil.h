@@ -152,9 +152,10 @@ void SetCodePage(const char* locale, char* name);
  * Rewrites a locale name so that its code set part names the matching Windows code page.
  *
  * "de_DE.ISO8859-15@euro" becomes "de_DE.cp1252@euro"; code sets other than ISO 8859 stay, as do
- * its parts 3, 6 and 8, and parts 10 to 16 but 13 count as 1. A name without a code set part gets
- * the code page of the process locale, or itself again where that has none: "ja" becomes
- * "ja.cp1252" in the locale "C" and "ja.ja" in a Japanese one.
+ * its parts 3, 6 and 8 and names without "-" or "_" before the part, such as "iso88591"; parts 10
+ * to 16 but 13 count as 1. A name without a code set part gets the code page of the process locale,
+ * or itself again where that has none: "ja" becomes "ja.cp1252" in the locale "C" and "ja.ja" in a
+ * Japanese one.
  * @param locale a locale name, ASCII; of 100 bytes or more it is copied unchanged.
  * @param out    receives the name; room for the length of @p locale twice, plus 8 bytes. May be
  *               @p locale.
@@ -338,6 +339,8 @@ int mbstricmp(const char* a, const char* b);
 
 /**
  * Compares the first bytes of two strings without regard to the case of one-byte characters.
+ *
+ * Bytes compare as unsigned values.
  * @param a text; may be NULL in a multibyte code set.
  * @param b text; may be NULL in a multibyte code set.
  * @param n bytes to compare; a multibyte character that begins before @p n is compared whole.
@@ -348,12 +351,13 @@ int mbstrnicmp(const char* a, const char* b, unsigned n);
 /**
  * Compares the first characters of two strings, case kept.
  *
- * In a single-byte code set only the first bytes are compared, as signed values.
+ * Bytes compare as unsigned values. In a single-byte code set only the first bytes are compared, as
+ * signed values.
  * @param a text; may be NULL in a multibyte code set.
  * @param b text; may be NULL in a multibyte code set.
- * @param n bytes to cover.
- * @return negative, 0 or positive; 0 when @p a or @p n ends, whatever @p b still holds, and when a
- *         pointer is NULL.
+ * @param n bytes to cover; not looked at in a single-byte code set.
+ * @return negative, 0 or positive; in a multibyte code set 0 when @p a or @p n ends, whatever @p b
+ *         still holds, and when a pointer is NULL.
  */
 int mbcharcmp(const char* a, const char* b, unsigned n);
 
@@ -434,7 +438,8 @@ char* mbstrrstr(const char* hay, const char* needle);
 /**
  * Finds the first character of a string that belongs to a set.
  * @param s   text; may be NULL in a multibyte code set.
- * @param set the characters looked for, as a string; may be NULL in a multibyte code set.
+ * @param set the characters looked for, as a string; may be NULL in a multibyte code set. A
+ *            malformed byte in it stands for all characters that begin with that byte.
  * @return the character in @p s, or NULL.
  */
 char* mbstrpbrk(const char* s, const char* set);
@@ -442,7 +447,7 @@ char* mbstrpbrk(const char* s, const char* set);
 /**
  * Counts the bytes before the first character that belongs to a set.
  * @param s   text.
- * @param set the characters looked for, as a string; may be NULL in a multibyte code set.
+ * @param set as for mbstrpbrk().
  * @return bytes, modulo 4294967296; all of @p s when no character belongs to the set.
  */
 unsigned mbstrcspn(const char* s, const char* set);
@@ -615,12 +620,9 @@ int ConvertMBNumberToSBNumber(const char* src, char* dst);
 
 /**
  * Adds up the bytes of a string.
- *
- * In a multibyte current code set the text is taken in the code set of mbGetLocaleCodeSet() and
- * summed in its Japanese EUC form.
  * @param s text; may be NULL.
- * @return the sum of the unsigned bytes, its low 32 bits (from 8 MiB on it may pass them); 0 for
- *         NULL and the empty string; -1 when there is no memory.
+ * @return the low 32 bits of the sum of the unsigned bytes, which may be negative beyond 8 MiB; 0
+ *         for NULL and the empty string; -1 when there is no memory.
  */
 int AccumulateAsciiForStr(const char* s);
 
@@ -663,7 +665,8 @@ int mbfputs(const char* s, FILE* stream, int code_set);
  * @param size   bytes to read, at least 1; at least 4 so that every character fits. 2147483647 are
  *               read at most.
  * @param stream the file.
- * @return bytes kept in @p buf; 0 at the end of the file and on an error before any byte.
+ * @return bytes kept in @p buf; 0 at the end of the file, on an error before any byte, and every
+ *         time that the next character does not fit in @p size.
  */
 int mbfreadstring(char* buf, unsigned size, FILE* stream);
 
@@ -795,10 +798,10 @@ char* convertToQuotedPrintable(char* dst, const char* src);
  *
  * The line ends at its terminator, CR or LF, which is not copied; a text of several lines is
  * decoded line by line. "=" and CR or LF are dropped and the line goes on behind them, so that "=",
- * CR, LF ends it. Bytes that have no place in such text are dropped; "=" and a byte that is no
- * hexadecimal digit stay, of "=" and a single digit the digit and what follows it, a line end too:
- * then the line goes on behind it. "=00" becomes a zero byte, where a reader of strings sees the
- * end.
+ * CR, LF ends it; "=" before the terminator is dropped, too. Bytes that have no place in such text
+ * are dropped; "=" and a byte that is no hexadecimal digit stay, of "=" and a single digit the
+ * digit and what follows it, a line end too: then the line goes on behind it. "=00" becomes a zero
+ * byte, where a reader of strings sees the end.
  * @param dst receives the decoded bytes; room for the length of @p src plus 1 bytes. May be @p src.
  * @param src the line.
  * @return @p dst.
@@ -845,7 +848,7 @@ char* convertSubjectForMail(char* dst, const char* subject, int mail_code_set, i
 /** Transfer kinds of getLine(); any other value reads plain lines. */
 enum {
     ZV_TRANSFER_QUOTED_PRINTABLE = 3, /**< Soft line breaks and escapes are undone. */
-    ZV_TRANSFER_NOTHING = 4           /**< Nothing is read. */
+    ZV_TRANSFER_NOTHING = 4           /**< Nothing is read, the output area stays as it is. */
 };
 
 /**

@@ -35,9 +35,9 @@ extern "C" {
  * @brief Where the product is installed and where its configuration lies.
  *
  * The results are strings of the library, of at most 255 bytes; they stay valid for the life of
- * the process, and the caller neither changes nor frees them. No function fails. A setting that
- * would lead to a longer path counts as absent; it is never cut. The file itself is described in
- * @ref zv_conf.
+ * the process, and the caller neither changes nor frees them. No function fails. A setting that is
+ * empty or would lead to a longer path counts as absent; it is never cut. The file itself is
+ * described in @ref zv_conf.
  * @par Thread safety
  * Any number of threads at once for what InitializeSrvUtil() has filled, giving 1; of
  * SetZVInstallPath() and the first call of a getter that finds its path itself one at a time, while
@@ -69,8 +69,8 @@ void TerminateSrvUtil(void);
  * InitializeSrvUtil().
  *
  * That is the configuration directory, the server, database and audit configuration files and the
- * server database directory. What OSGetZVQDirectory() and OSGetZVMonitorConfigFile() have given
- * before stays.
+ * server database directory, whose strings change in place. What OSGetZVQDirectory() and
+ * OSGetZVMonitorConfigFile() have given before stays.
  * @param directory nothing happens when it is NULL, empty or too long: 237 bytes always fit, 255
  *                  where "ZVCONFIGDIR" names the configuration directory.
  * @par Thread safety
@@ -175,8 +175,8 @@ typedef struct NameList {
 /**
  * Resolves and caches the machine's full name.
  *
- * The full name is the official name in the host entry of the node name. A call looks it up anew
- * and stores it last.
+ * The full name is the official name in the host entry of the node name, cut before a character
+ * that would pass byte 64. A call looks it up anew and stores it last.
  * @return 1, or 0 when the node name cannot be looked up. It stands in for the full name then, and
  *         only the call that made the look-up reports the failure.
  * @par Thread safety
@@ -241,7 +241,7 @@ int OSCheckHostnameUsingAlias(const char* name, const char* expected);
  * "@" always does; "*" and names that begin with "$" never do. The names known here are, in this
  * order: those of @p list; the configured name; the machine's full name; the configured name with
  * the machine's domain; the full name up to its first dot. Any other name is looked up, and
- * designates this server when its official name is the machine's full name.
+ * designates this server when its official name, uncut, is the machine's full name.
  *
  * A configured name that has more than 64 bytes together with the domain ends the search: none of
  * the names behind it is tried.
@@ -495,6 +495,7 @@ const char* OSTmpPath(void);
  * - ENOMEM: no memory for the path.
  * - EEXIST: no unused name was found.
  * - EINVAL: the directory's path leaves no room for a name.
+ * - any error of lstat() but ENOENT.
  */
 char* OSTmpName(const char* prefix);
 

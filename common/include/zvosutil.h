@@ -218,8 +218,8 @@ int ZVCurrencyDetailListToText(const CurrencyDetailList* list, unsigned* positio
                                char* buffer);
 
 /**
- * Reads a list from its text form. Text behind its last record is ignored; a number ends at the
- * first byte that is no digit, and is 0 where none stands.
+ * Reads a list from its text form. Text behind its last record is ignored; a number may begin with
+ * blanks and a sign, ends at the first byte that is no digit, and is 0 where none stands.
  * @param text text in the current code set, where a trail byte 5C is no backslash.
  * @param list receives the list. Its array is released by the caller with free(); there is none
  *             when the list is empty and on failure.

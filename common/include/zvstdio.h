@@ -6,9 +6,9 @@
  * for reading and writing, which may be mixed freely: a write goes to the position (to the end of
  * the file in append mode) and drops bytes that were read ahead or pushed back.
  *
- * A handle that is NULL or no open stream makes a function give its failure value with errno EBADF.
- * Any other failed read, write or positioning leaves its errno value in the stream as well, see
- * ZVferror(); it does not keep later operations from working.
+ * A handle that is NULL or no open stream makes a function give its failure value with errno EBADF;
+ * no other pointer may be NULL. Any other failed read, write or positioning leaves its errno value
+ * in the stream as well, see ZVferror(); it does not keep later operations from working.
  *
  * Reads and writes are those of the system. A read that a signal interrupts fails with EINTR. A
  * write to a pipe or socket without a reader raises SIGPIPE, one beyond the limit of file sizes
@@ -18,8 +18,6 @@
  * EOVERFLOW and leaves the position as it was. On pipes and sockets the position counts the bytes
  * read and written; what a write or ZVrewind() drops cannot be read again there, so read and write
  * a socket through two streams.
- *
- * A stream is used by one thread at a time; different streams are independent.
  */
 #ifndef ZVUTIL_ZVSTDIO_H
 #define ZVUTIL_ZVSTDIO_H
@@ -64,6 +62,9 @@ ZVFILE* ZVfopen(const char* path, const char* mode);
 
 /**
  * Makes a stream of an open descriptor.
+ *
+ * The first read is from where the descriptor stands, whatever the position: move one that does not
+ * stand at 0 with ZVfseek() before.
  * @param descriptor it is not checked.
  * @param mode       an "a" anywhere in it makes every write go to the end of the file; else
  *                   ignored.
@@ -107,7 +108,7 @@ int ZVfgetc(ZVFILE* stream);
  * mode. Four bytes always have room in front of those that one read of the file brought.
  * @param c      its low 8 bits are pushed back, also of -1.
  * @param stream a stream.
- * @return @p c; -1 when there is no room left and for an invalid handle.
+ * @return @p c; -1 when there is no room left, errno untouched, and for an invalid handle.
  * @par Errors
  * - EBADF: the handle is NULL or no open stream.
  */
@@ -118,7 +119,7 @@ int ZVungetc(int c, ZVFILE* stream);
  *
  * Bytes of an incomplete last item are read but not counted.
  * @param dst    receives the bytes; room for @p size * @p count bytes.
- * @param size   bytes of an item.
+ * @param size   bytes of an item; 0 reads nothing.
  * @param count  items to read.
  * @param stream a stream.
  * @return items read, fewer than @p count at the end of the file; 0 on errors, although bytes may
@@ -155,7 +156,8 @@ char* ZVfgets(char* s, int n, ZVFILE* stream);
  * @param size   bytes of an item; 0 does nothing.
  * @param count  items to write.
  * @param stream a stream.
- * @return @p count; 0 on errors. The position counts what was written before the error.
+ * @return @p count; 0 on errors and where @p size is 0. The position counts what was written before
+ *         the error.
  * @par Errors
  * - EBADF: the handle is NULL or no open stream.
  * - EOVERFLOW: the position would pass 2147483647.
@@ -248,8 +250,10 @@ int ZVfseek(ZVFILE* stream, long offset, int whence);
 /**
  * Moves the position to the start of the file.
  *
- * Clears what ZVclearerr() clears, too.
+ * Clears what ZVclearerr() clears, too. On a pipe or a socket the position stays.
  * @param stream a stream.
+ * @par Errors
+ * - EBADF: the handle is NULL or no open stream.
  */
 void ZVrewind(ZVFILE* stream);
 
@@ -271,10 +275,17 @@ int ZVfeof(ZVFILE* stream);
  * It stays so over operations that succeed, until ZVclearerr() or ZVrewind().
  * @param stream a stream.
  * @return its errno value; 0 when none has failed; -1 for an invalid handle.
+ * @par Errors
+ * - EBADF: the handle is NULL or no open stream.
  */
 int ZVferror(ZVFILE* stream);
 
-/** Forgets errors and that the end of the file was met. @param stream a stream. */
+/**
+ * Forgets errors and that the end of the file was met.
+ * @param stream a stream.
+ * @par Errors
+ * - EBADF: the handle is NULL or no open stream.
+ */
 void ZVclearerr(ZVFILE* stream);
 
 /**
