@@ -8,7 +8,9 @@ namespace {
 // Moves the descriptor, back again when the place is no position. Gives the offset, or -1.
 off_t seek_from_end(int descriptor, long offset) {
     const off_t before = lseek(descriptor, 0, SEEK_CUR);
-    const off_t place = lseek(descriptor, offset, SEEK_END);
+    off_t place = offset;
+    if (place <= kLastPosition) // far beyond it lseek() says EINVAL
+        place = lseek(descriptor, offset, SEEK_END);
     if (place <= kLastPosition)
         return place;
     lseek(descriptor, before, SEEK_SET);
