@@ -95,7 +95,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     again.load();
     same(again.records(), model(plain), "read again");
     if (list.count != 0) {
-        memcpy(list.details[list.count - 1].code, "CODE", 4); // has no terminator
+        list.details[list.count - 1] = {{'C', 'O', 'D', 'E'}, -1}; // nothing terminates it
         write(&list, ZV_CURRENCY_NO_ROOM, "");
     }
     return 0;

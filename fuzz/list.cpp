@@ -58,8 +58,10 @@ void check_whole(test::ListRun& run, intptr_t last) {
             list_free(copy, nullptr, nullptr);
     }
     LIST *copy = list_copyShallow(run.l), *boxes = list_copy(run.l, box, item(100));
-    for (LIST* list : {run.l, copy, boxes})
+    for (LIST* list : {run.l, copy, boxes}) {
         same(list_currentItem(list), run.m.cursor, "list_currentItem");
+        same(list_capacity(list), run.m.capacity, "list_capacity");
+    }
     for (int i = 0; i < run.m.count(); ++i) {
         const intptr_t value = items[static_cast<size_t>(i)];
         same(value_of(list_getNth(run.l, i)), value, "item");

@@ -1,5 +1,6 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/mman.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 
@@ -96,6 +97,8 @@ TEST_F(Files, StatusTruncationAndNames) {
     const OpenFile ours(path, "r+"), reader(path, "r");
     EXPECT_EQ(OSFileExists(path.c_str()), 1);
     EXPECT_EQ(OSFileSize(path.c_str()), 10);
+    fs::create_symlink(path, folder / "link");
+    EXPECT_EQ(OSFileSize((folder / "link").c_str()), 10);
     EXPECT_EQ(OSZVFileModifiedTime(ours.zv), 987654321);
     EXPECT_EQ(OSFileModifiedTime(ours.standard), 987654321);
     EXPECT_EQ(OSZVFileTruncate(ours.zv, 4), 1);
@@ -114,6 +117,9 @@ TEST_F(Files, StatusTruncationAndNames) {
     EXPECT_EQ(OSRename(path.c_str(), (folder / "new").c_str()), -1);
     EXPECT_EQ(OSFileSize(path.c_str()), -1);
     EXPECT_EQ(OSFileExists(path.c_str()), 0);
+
+    (void)!setreuid(65534, geteuid()); // who may not read what is there
+    EXPECT_EQ(OSFileExists("/proc/1/environ"), 1);
 
     GuardedRoom out(256);
     EXPECT_EQ(OSBuildFilename(nullptr, "/x.log", out.data()), 1);
@@ -144,6 +150,16 @@ TEST_F(Files, WhatStandsBehindATornLineKeepsIt) {
     const auto append = [&] { return OSAppendLineToFile(path.c_str(), "0123456789"); };
     EXPECT_EQ(with_fault(1, append, fault), std::pair(-1, true));
     EXPECT_EQ(content(path), "first\n01234foreign");
+}
+
+TEST_F(Files, ATornLineThatStaysIsToldAsSuch) {
+    const int sealed = memfd_create("sealed", MFD_ALLOW_SEALING);
+    ASSERT_EQ(fcntl(sealed, F_ADD_SEALS, F_SEAL_SHRINK), 0);
+    const std::string place = "/proc/self/fd/" + std::to_string(sealed);
+    const auto append = [&] { return OSAppendLineToFile(place.c_str(), "0123456789"); };
+    const Fault full = {"full", kWrite, ENOSPC, kForever, true};
+    EXPECT_EQ(with_fault(1, append, full), std::pair(-1, true));
+    EXPECT_EQ(errno, ENOSPC) << "not that it could not be cut";
 }
 
 TEST_F(Files, ALineThatDoesNotFitLeavesNothing) {
@@ -259,11 +275,11 @@ TEST_F(Files, TemporaryOnesAreKnownToNobodyElse) {
     EXPECT_NE(linkat(AT_FDCWD, link.c_str(), AT_FDCWD, path.c_str(), AT_SYMLINK_FOLLOW), 0)
         << "nor can they be given a name";
     close(fd);
+    close(STDIN_FILENO); // the first descriptor serves, too
     inject(1, {"no files without names", kOpen, EOPNOTSUPP});
     expect_private_files();
     EXPECT_TRUE(inject(0));
-    close(STDIN_FILENO);
-    EXPECT_EQ(OSTmpFileFd(), 0) << "the first descriptor serves, too";
+    EXPECT_EQ(OSTmpFileFd(), 0);
     close(STDIN_FILENO);
     FILE* const first = OSTmpFile();
     ASSERT_TRUE(first) << "here as well";

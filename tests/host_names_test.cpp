@@ -99,6 +99,9 @@ TEST_F(HostNames, SomeDesignateThisServer) {
     configure("\x80"); // a capital letter
     ASSERT_NE(setlocale(LC_ALL, "ru_RU.CP1251"), nullptr);
     EXPECT_EQ(IsCurrentServerName("\x90", nullptr), 1);
+    configure("\xFF"); // and the last byte
+    ASSERT_NE(setlocale(LC_ALL, "ru_RU.KOI8-R"), nullptr);
+    EXPECT_EQ(IsCurrentServerName("\xDF", nullptr), 1);
 }
 
 TEST(LookUps, GiveWhatTheResolverFoundOrWhyNot) {

@@ -21,6 +21,27 @@ TEST(MailLines, NothingIsReadWithoutRoomOrTransfer) {
     fclose(zeros);
 }
 
+TEST(MailLines, FillTheirRoomWhereTheStackIsFull) {
+    InitMbutilExt(ZV_EUC);
+    const auto read_line = [](std::string text, size_t size, int kind, int wanted) {
+        std::string room(size, '#');
+        FILE* const stream = fmemopen(text.data(), text.size(), "r");
+        EXPECT_TRUE(getLine(room.data(), int(size), stream, ZV_EUC, kind, wanted)) << size;
+        fclose(stream);
+        return std::string(room.c_str());
+    };
+    for (size_t size = 990; size < 1040; ++size) {
+        const std::string text(size - 1, 'x');
+        EXPECT_EQ(read_line(text, size, 0, ZV_EUC), text);
+        EXPECT_EQ(read_line(text, size, ZV_TRANSFER_QUOTED_PRINTABLE, ZV_EUC), text);
+    }
+    // What grows most into JIS: characters of one byte between those of two, at both ends as well.
+    std::string text = "\xB0\xA1", line = "\x1B$B0!\x1B(J";
+    for (int i = 0; i < 400; ++i)
+        text += "x\xB0\xA1", line += "x\x1B$B0!\x1B(J";
+    EXPECT_EQ(read_line(text, 4000, 0, ZV_JIS), line);
+}
+
 TEST(MailMemory, IsTakenForLongTextsAlone) {
     InitMbutilExt(ZV_SJIS);
     std::string text, line, out(20000, '#');

@@ -103,14 +103,15 @@ TEST(Process, SignalsNobodyByANegativeId) {
 TEST(Process, RaisesTheLimitAndLeavesPriorityAndStreamModes) {
     rlimit limit{};
     getrlimit(RLIMIT_NOFILE, &limit);
-    limit.rlim_cur = limit.rlim_max / 2;
+    const rlim_t most = limit.rlim_max;
+    limit.rlim_cur = most / 2;
     setrlimit(RLIMIT_NOFILE, &limit);
     const int priority = getpriority(PRIO_PROCESS, 0);
     OSSetProcLimits();
     OSSetProcPrio(priority + 5);
     OSSetDefaultStreamMode();
     getrlimit(RLIMIT_NOFILE, &limit);
-    EXPECT_EQ(limit.rlim_cur, limit.rlim_max);
+    EXPECT_EQ(limit.rlim_cur, most);
     EXPECT_EQ(getpriority(PRIO_PROCESS, 0), priority);
 }
 

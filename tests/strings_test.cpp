@@ -77,6 +77,7 @@ TEST(Strings, LargeSetsHoldCharactersOfEveryPlane) {
         const std::string row = {'\x8E', char(plane), '\xFE'};
         const std::string set = "abcdefghijklmnopq" + row + '\xFE';
         EXPECT_EQ(mbstrcspn((row + '\xFD' + row + '\xFE').c_str(), set.c_str()), 4u) << plane;
+        EXPECT_FALSE(mbstrstr((row + '\xFD').c_str(), row.c_str())) << "ends inside it";
     }
 }
 

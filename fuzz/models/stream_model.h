@@ -90,7 +90,7 @@ struct StreamCall {
         }();
         text = pattern.substr(input.byte(), bytes());
         c = input.below(400) - 100;
-        whence = input.below(3);
+        whence = input.below(4); // 3 is as good as SEEK_CUR
         place = base + input.below(13000) + (base == 0 ? -1000 : 1000);
         // Or where a write of so many bytes ends at the last position, or near it.
         if (base != 0 && input.byte() % 4 == 0)
@@ -103,7 +103,7 @@ struct StreamCall {
     // Makes the call, with `room` for bytes() bytes. Gives its result and the model's.
     std::pair<long, long> make(ZVFILE* f, StreamModel& model, char* room) const {
         const long n = long(text.size());
-        const int64_t bases[] = {0, model.position, model.size()};
+        const int64_t bases[] = {0, model.position, model.size(), model.position};
         long result = 0, expected = 0;
         model.taken = "", model.raised = 0;
         if (operation == 0) {
