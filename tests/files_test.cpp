@@ -97,7 +97,7 @@ TEST_F(Files, StatusTruncationAndNames) {
     const OpenFile ours(path, "r+"), reader(path, "r");
     EXPECT_EQ(OSFileExists(path.c_str()), 1);
     EXPECT_EQ(OSFileSize(path.c_str()), 10);
-    fs::create_symlink(path, folder / "link");
+    std::filesystem::create_symlink(path, folder / "link");
     EXPECT_EQ(OSFileSize((folder / "link").c_str()), 10);
     EXPECT_EQ(OSZVFileModifiedTime(ours.zv), 987654321);
     EXPECT_EQ(OSFileModifiedTime(ours.standard), 987654321);
@@ -120,7 +120,6 @@ TEST_F(Files, StatusTruncationAndNames) {
 
     (void)!setreuid(65534, geteuid()); // who may not read what is there
     EXPECT_EQ(OSFileExists("/proc/1/environ"), 1);
-
     GuardedRoom out(256);
     EXPECT_EQ(OSBuildFilename(nullptr, "/x.log", out.data()), 1);
     EXPECT_EQ(OSTmpPath() + out.text(), "/var/tmp//x.log");

@@ -109,15 +109,13 @@ TEST(TextStreams, TellWhatCannotBeReadOrWritten) {
 
 TEST(TextStreams, PipesGetBackWhatIsCut) {
     InitMbutilExt(ZV_EUC_H);
-    for (const unsigned size : {5u, 6u, 7u}) {
-        FILE* const pipe = popen(R"(printf '\216\242\241\261\216\243\301\321')", "r");
-        GuardedRoom room(size + 1);
-        for (const std::string character : {"\x8E\xA2\xA1\xB1", "\x8E\xA3\xC1\xD1"}) {
-            EXPECT_EQ(mbfreadstring(room.data(), size, pipe), 4) << size;
-            EXPECT_EQ(room.text(), character) << size;
-        }
-        pclose(pipe);
+    FILE* const pipe = popen(R"(printf '\216\242\241\261\216\243\301\321')", "r");
+    GuardedRoom room(8);
+    for (const std::string character : {"\x8E\xA2\xA1\xB1", "\x8E\xA3\xC1\xD1"}) {
+        EXPECT_EQ(mbfreadstring(room.data(), 7, pipe), 4);
+        EXPECT_EQ(room.text(), character);
     }
+    pclose(pipe);
 }
 
 TEST(FileConversion, AppendsRefusesAndKeepsWhatItMay) {
