@@ -49,6 +49,7 @@ static bool detect_encoding(const struct options* options, struct input* input,
     c->from = guess.encoding;
     if (strcmp(c->from.iconv, "ASCII") == 0)
         c->from = ascii_as(c);
+    c->wishes.plain_ascii = true; /* what the user did not call SJIS is read as its EUC would be */
     return !options->conversion.wishes.full_katakana || katakana_can_be_widened(&c->from, &c->to) ||
            complain("%s: --katakana: neither %s nor %s is a Japanese encoding of 8 bits",
                     input->name, c->from.name, c->to.name);
