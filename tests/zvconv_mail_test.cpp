@@ -63,6 +63,7 @@ TEST_F(ZvconvMail, HeadersAreDecodedFromAnyCharset) {
          "A: \xE4\xBA\x9C\xE4\xBA\x9C \n"},
         {0, "A: =?koi8-r?Q?=C1?=x", "A: \xD0\xB0x"},
         {0, "A: =?x =?utf-8?Q?x\n\nB: =?=?\n", "A: =?x =?utf-8?Q?x\n\nB: =?=?\n"},
+        {0, "A: =?utf-8?B?@?= =?utf-8?B?YQ==?=\n", "A: =?utf-8?B?@?= a\n"},
         {0, "\xE3\x81\x82 raw\n", "\xE3\x81\x82 raw\n"},
         {1, "A: =?nosuch?Q?x?= =?utf-8?Q?y?=\n", "A: =?nosuch?Q?x?= y\n"},
         {1, "A: x\nB: =?utf-8?Q?y?=\n =?utf-8?Q?=FF?=\n", "A: x\nB: y\xEF\xBF\xBD\n"}};

@@ -10,7 +10,7 @@ struct input {
     const char* name; /* as the user knows it */
     int descriptor;
     struct stat status;
-    FILE* kept; /* what was read of one that cannot be positioned, NULL for others */
+    FILE* kept;        /* what was read of one that cannot be positioned, NULL for others */
     bool keeps, ended; /* keeps: what is read now; ended: while it did, a terminal ends but once */
 };
 

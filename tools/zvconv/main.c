@@ -65,7 +65,8 @@ static bool convert_input(const struct options* options, struct input* input,
                           struct output* output) {
     struct conversion c = options->conversion;
     if (output_feeds(output, &input->status))
-        return complain("%s: is what it would be written to", input->name);
+        return complain("%s: is what it would be written to; -i converts a file itself",
+                        input->name);
     if (options->detects && !detect_encoding(options, input, &c))
         return false;
     output->idle = changes_nothing(&c);
@@ -131,7 +132,7 @@ static bool convert_one(void* context, int index) {
 static bool convert_in_places(const struct options* options) {
     struct files files;
     if (!files_collect(&files, options->files, options->count, options->recursive,
-                       options->patterns, options->pattern_count)) {
+                       options->patterns, options->pattern_count, options->replacing.backup)) {
         files_free(&files);
         return false;
     }
@@ -141,25 +142,35 @@ static bool convert_in_places(const struct options* options) {
     return good;
 }
 
+static bool guess_one(const char* name) {
+    struct input input;
+    struct guess guess;
+    if (!input_open(&input, name, false))
+        return false;
+    bool good = detect(&input, &guess);
+    if (good && !guess.decided)
+        good = complain("%s: %s", input.name, guess.found);
+    else if (good)
+        printf("%s: %s (%s)\n", input.name, guess.encoding.name, guess.line_ends);
+    input_close(&input);
+    return good;
+}
+
 static bool guess_all(const struct options* options) {
     int count;
-    char** const files = named_files(options, &count);
+    char** names = named_files(options, &count);
+    struct files files = {.complete = true};
     bool good = true;
-    for (int i = 0; i < count; ++i) {
-        struct input input;
-        struct guess guess;
-        if (!input_open(&input, files[i], false)) {
-            good = false;
-            continue;
-        }
-        if (!detect(&input, &guess))
-            good = false;
-        else if (!guess.decided)
-            good = complain("%s: %s", input.name, guess.found);
-        else
-            printf("%s: %s (%s)\n", input.name, guess.encoding.name, guess.line_ends);
-        input_close(&input);
+    if (options->recursive) {
+        good = files_collect(&files, names, count, true, options->patterns, options->pattern_count,
+                             NULL) &&
+               files.complete;
+        names = files.names;
+        count = files.count;
     }
+    for (int i = 0; i < count; ++i)
+        good = guess_one(names[i]) && good;
+    files_free(&files);
     return ((fflush(stdout) == 0 && !ferror(stdout)) || complain_of("standard output")) && good;
 }
 

@@ -18,8 +18,8 @@ static bool by_library(const struct encoding* from, const struct encoding* to) {
 }
 
 /* Finds the encodings that text takes on its way. Gives the number of steps. */
-static int plan(const struct encoding* from, const struct encoding* to,
-                const struct wishes* wishes, struct encoding route[3]) {
+static int plan(const struct encoding* from, const struct encoding* to, const struct wishes* wishes,
+                struct encoding route[3]) {
     const bool widens = wishes->full_katakana;
     route[0] = *from;
     route[1] = route[2] = *to;
