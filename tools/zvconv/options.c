@@ -165,7 +165,7 @@ static bool parse_encodings(struct options* options, const struct words* words) 
         return false;
     if (c->content == SUBJECTS && !library_writes_subjects(&c->to))
         return complain("-s writes subjects of %s with --standard only", c->to.name);
-    if (c->content == STANDARD_SUBJECTS && unit_of(&c->to) > 1)
+    if (c->content == STANDARD_SUBJECTS && !holds_ascii(&c->to))
         return complain("-s: no mail is written in %s", c->to.name);
     if (c->wishes.full_katakana && !options->detects && !katakana_can_be_widened(&c->from, &c->to))
         return complain("--katakana: neither %s nor %s is a Japanese encoding of 8 bits",
