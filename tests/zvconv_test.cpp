@@ -182,6 +182,8 @@ TEST(Zvconv, ProgressIsShownOnATerminalAlone) {
     EXPECT_EQ(tool.read("log").find('%'), std::string::npos) << tool.read("log");
     tool.expect(0, "-f EUC -t SJIS -o /dev/null big");
     EXPECT_EQ(tool.read("stderr"), "");
+    EXPECT_EQ(tool.run("-V; (" ZVUTIL_ZVCONV " -f EUC -t SJIS big | head -c 1)"), 0);
+    EXPECT_EQ(tool.read("stderr"), "") << "the reader goes when it has enough";
 }
 
 TEST(Zvconv, DirectoriesAreConvertedOnceByAnyNumberOfProcesses) {

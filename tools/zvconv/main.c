@@ -178,7 +178,7 @@ int main(int argc, char** argv) {
     struct options options;
     occupy_standard_streams();
     signal(SIGXFSZ, SIG_IGN); /* a file that becomes too large is an error to tell */
-    signal(SIGPIPE, SIG_IGN); /* and so is a reader that has gone */
+    signal(SIGPIPE, SIG_IGN); /* a reader that goes leaves no file half done */
     const int status = parse_options(argc, argv, &options);
     if (status != GO_ON)
         return status;
