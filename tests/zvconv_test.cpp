@@ -218,6 +218,7 @@ TEST(Zvconv, DirectoriesAreConvertedOnceByAnyNumberOfProcesses) {
         tool.write(name, euc);
     tool.expect(0, "-f auto -t SJIS -ir --backup again");
     tool.expect(1, "-f auto -t JIS -ir --backup again", "no backup"); // the first ones stay
+    tool.expect(0, "-f SJIS -t EUC -ir --include=*.x again", "no file to convert");
     tool.expect(0, "--guess -r --include='[ab]*' again");
     EXPECT_EQ(tool.read("stdout"), "again/a: SJIS (LF)\nagain/a~: EUC (LF)\n"
                                    "again/b~: SJIS (LF)\nagain/b~~: EUC (LF)\n");

@@ -136,6 +136,8 @@ static bool convert_in_places(const struct options* options) {
         files_free(&files);
         return false;
     }
+    if (files.count == 0 && files.complete)
+        note("no file to convert");
     struct shared shared = {options, &files};
     const bool good = run_jobs(options->jobs, files.count, convert_one, &shared) && files.complete;
     files_free(&files);
