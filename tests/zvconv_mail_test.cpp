@@ -77,6 +77,7 @@ TEST_F(ZvconvMail, HeadersAreDecodedFromAnyCharset) {
               "\x88\x9F \x88\x9F\n");
     tool.write("in", std::string("a\0b\n", 4));
     tool.expect(1, "-f EUC -t EUC -s --standard in", "in:1: a zero byte in a subject");
+    tool.expect(2, "-f EUC -t UTF-7 -s --standard in", "no mail is written in UTF-7");
 }
 
 } // namespace
