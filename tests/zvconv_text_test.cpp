@@ -174,6 +174,12 @@ TEST_F(ZvconvText, FaultsAreLocatedAndReplaced) {
     tool.convert("-v -f EUC -t SJIS", bad);
     EXPECT_EQ(lines_of(tool.read("stderr")).size(), 21u);
     EXPECT_TRUE(tool.says("malformed characters of EUC: 100"));
+    // Two steps: both places are told, and the text need not exist in the encoding between.
+    const std::string both = "\xFF\x1B$B-!\x1B(B x";
+    EXPECT_EQ(tool.convert("--substitute=\xE2\x82\xAC -f JIS -t UTF-8", both),
+              "\xE2\x82\xAC\xE2\x82\xAC x");
+    EXPECT_EQ(tool.convert("-v --skip -f JIS -t UTF-8", both), " x");
+    EXPECT_TRUE(tool.says("offset 4: malformed JIS: 2D 21")) << tool.read("stderr");
     tool.convert("-q --skip --skip -f EUC -t SJIS", bad);
     EXPECT_EQ(tool.read("stderr"), "");
 }

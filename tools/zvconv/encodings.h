@@ -36,7 +36,7 @@ unsigned unit_of(const struct encoding* encoding);
 
 bool is_unicode(const struct encoding* encoding);
 
-/* Prints a line an encoding: its name, what it is converted into without a detour, its other names.
+/* Prints a line an encoding: its name, what the library converts it into, UTF-8, its other names.
  */
 void list_encodings(void);
 

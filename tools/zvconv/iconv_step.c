@@ -185,7 +185,8 @@ bool iconv_step_run(struct iconv_step* s, const char* text, size_t length, bool 
         if (s->by_sjis && !make_euc(&s->sjis, out))
             return false;
         if (!s->by_sjis || trouble == MALFORMED || !convert_directly(s, in, bad, out)) {
-            troubles_meet(s->troubles, trouble, in, bad);
+            if (!s->takes_stand_ins || (unsigned char)*in != STAND_IN)
+                troubles_meet(s->troubles, trouble, in, bad);
             if (!replace(s, trouble, out))
                 return false;
         }

@@ -52,14 +52,21 @@ static bool open_step(struct pipeline* p, int index, const struct wishes* wishes
     const char* substitute = wishes->policy == SUBSTITUTE ? wishes->substitute : NULL;
     step->by_library = by_library(&step->from, &step->to);
     step->iconv.troubles = &p->troubles;
-    if (!step->by_library)
-        return iconv_step_open(&step->iconv, &step->from, &step->to, substitute, goes_on);
+    if (!step->by_library) {
+        const bool good =
+            iconv_step_open(&step->iconv, &step->from, &step->to, substitute, goes_on);
+        step->iconv.takes_stand_ins = index > 0;
+        return good;
+    }
+    const bool stands_in = index + 1 < p->count && !by_library(&step[1].from, &step[1].to);
     step->library = (struct library_step){.from = step->from.code_set,
                                           .to = step->to.code_set,
                                           .windows_controls = wishes->windows_controls,
                                           .passes_malformed = index + 1 == p->count,
+                                          .stands_in = stands_in,
                                           .troubles = &p->troubles};
-    return substitute == NULL || encode_utf8(substitute, &step->to, &step->library.substitute) ||
+    return substitute == NULL || stands_in ||
+           encode_utf8(substitute, &step->to, &step->library.substitute) ||
            complain("'%s' cannot be written in %s", substitute, step->to.name);
 }
 
@@ -85,6 +92,8 @@ bool pipeline_open(struct pipeline* p, const char* name, const struct encoding* 
     for (int i = 0; i < p->count; ++i) {
         p->steps[i].from = route[i];
         p->steps[i].to = route[i + 1];
+    }
+    for (int i = 0; i < p->count; ++i) {
         if (!open_step(p, i, wishes, goes_on)) {
             while (i-- > 0)
                 close_step(&p->steps[i]);
