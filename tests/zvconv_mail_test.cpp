@@ -63,6 +63,7 @@ TEST_F(ZvconvMail, HeadersAreDecodedFromAnyCharset) {
          "A: \xE4\xBA\x9C\xE4\xBA\x9C \n"},
         {0, "A: =?koi8-r?Q?=C1?=x", "A: \xD0\xB0x"},
         {0, "A: =?x =?utf-8?Q?x\n\nB: =?=?\n", "A: =?x =?utf-8?Q?x\n\nB: =?=?\n"},
+        {0, "A: =?utf-8?B?@?= =?utf-8?B?YQ==?=\n", "A: =?utf-8?B?@?= a\n"},
         {0, "\xE3\x81\x82 raw\n", "\xE3\x81\x82 raw\n"},
         {1, "A: =?nosuch?Q?x?= =?utf-8?Q?y?=\n", "A: =?nosuch?Q?x?= y\n"},
         {1, "A: x\nB: =?utf-8?Q?y?=\n =?utf-8?Q?=FF?=\n", "A: x\nB: y\xEF\xBF\xBD\n"}};
@@ -76,6 +77,7 @@ TEST_F(ZvconvMail, HeadersAreDecodedFromAnyCharset) {
               "\x88\x9F \x88\x9F\n");
     tool.write("in", std::string("a\0b\n", 4));
     tool.expect(1, "-f EUC -t EUC -s --standard in", "in:1: a zero byte in a subject");
+    tool.expect(2, "-f EUC -t UTF-7 -s --standard in", "no mail is written in UTF-7");
 }
 
 } // namespace

@@ -86,13 +86,16 @@ TEST(Zvconv, FailuresAreToldAndLeaveNothingBehind) {
         {2, "-f '' -t EUC -o out in", "unknown encoding ''"},
         {2, "-f UTF-8 -t EUC-JP//IGNORE -o out in", "'EUC-JP//IGNORE': no suffix but --skip"},
         {2, "-f SJIS -t EUC -o kept in --nosuch", "zvconv: unrecognized option"},
-        {2, "-f SJIS", "-t are needed"},
+        {2, "-f SJIS -t EUC -o kept in --inplace", "near to it: --in-place "},
+        {2, "-f SJIS", "-t is needed"},
+        {2, "-f SJIS -t auto in", "'auto' is for -f alone"},
         {2, "-f SJIS -t EUC -i -o kept in", "exclude each other"},
         {2, "-f SJIS -t EUC -i -- -", "not standard input"},
         {2, "-f SJIS -t EUC -i --backup=/ in", "no suffix"},
         {2, "-f SJIS -t EUC --backup in", "needs -i or -o"},
         {2, "-f SJIS -t EUC --no-sync in", "--no-sync needs -i or -o"},
         {2, "-f SJIS -t EUC -r .", "-r needs -i"},
+        {2, "--guess -r", "-r needs a FILE"},
         {2, "-f SJIS -t EUC -j 2 in", "-j needs -i"},
         {2, "-f SJIS -t EUC -i -j 0 in", "no number from 1"},
         {2, "-f SJIS -t EUC -i -j 2x in", "'2x' is no number"},
@@ -178,6 +181,8 @@ TEST(Zvconv, ProgressIsShownOnATerminalAlone) {
     EXPECT_EQ(tool.read("log").find('%'), std::string::npos) << tool.read("log");
     tool.expect(0, "-f EUC -t SJIS -o /dev/null big");
     EXPECT_EQ(tool.read("stderr"), "");
+    EXPECT_EQ(tool.run("-V; (" ZVUTIL_ZVCONV " -f EUC -t SJIS big | head -c 1)"), 0);
+    EXPECT_EQ(tool.read("stderr"), "") << "the reader goes when it has enough";
 }
 
 TEST(Zvconv, DirectoriesAreConvertedOnceByAnyNumberOfProcesses) {
@@ -206,6 +211,16 @@ TEST(Zvconv, DirectoriesAreConvertedOnceByAnyNumberOfProcesses) {
                 "./tree/../tree/0.txt: the same file once more");
     EXPECT_EQ(tool.read("tree/0.txt"), sjis);
     EXPECT_EQ(tool.read("tree/2.txt"), sjis) << "the others are done";
+    // A tree that is converted again leaves the backups in it alone.
+    std::filesystem::create_directories(tool.folder / "again");
+    for (const char* name : {"again/a", "again/b~"})
+        tool.write(name, euc);
+    tool.expect(0, "-f auto -t SJIS -ir --backup again");
+    tool.expect(1, "-f auto -t JIS -ir --backup again", "no backup"); // the first ones stay
+    tool.expect(0, "-f SJIS -t EUC -ir --include=*.x again", "no file to convert");
+    tool.expect(0, "--guess -r --include='[ab]*' again");
+    EXPECT_EQ(tool.read("stdout"), "again/a: SJIS (LF)\nagain/a~: EUC (LF)\n"
+                                   "again/b~: SJIS (LF)\nagain/b~~: EUC (LF)\n");
     tool.expect(1, "-f EUC -t SJIS -ir missing tree/a/loop tree/4.txt", "missing: No such file");
     EXPECT_TRUE(tool.says("tree/a/loop: a symbolic link")) << tool.read("stderr");
     EXPECT_EQ(tool.read("tree/4.txt"), sjis);
@@ -276,7 +291,8 @@ TEST(Zvconv, HelpManualAndCompletionNameTheSame) {
         const char *words, *offers;
     } cases[] = {{"zvconv --from", "--from-code"},
                  {"zvconv -f S", "SJIS"},
-                 {"zvconv -f UTF", "UTF-8 UTF-16"},
+                 {"zvconv -if utf", "UTF-8 UTF-16"},
+                 {"zvconv --to-code = shift", "shift_jis shift-jis shiftjis"},
                  {"zvconv --line-ends = ''", "lf crlf keep"},
                  {"zvconv -t 125", "1250 1251 1253 1254 1255 1256 1257 1258"},
                  {"zvconv in", ""}};

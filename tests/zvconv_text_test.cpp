@@ -174,6 +174,12 @@ TEST_F(ZvconvText, FaultsAreLocatedAndReplaced) {
     tool.convert("-v -f EUC -t SJIS", bad);
     EXPECT_EQ(lines_of(tool.read("stderr")).size(), 21u);
     EXPECT_TRUE(tool.says("malformed characters of EUC: 100"));
+    // Two steps: both places are told, and the text need not exist in the encoding between.
+    const std::string both = "\xFF\x1B$B-!\x1B(B x";
+    EXPECT_EQ(tool.convert("--substitute=\xE2\x82\xAC -f JIS -t UTF-8", both),
+              "\xE2\x82\xAC\xE2\x82\xAC x");
+    EXPECT_EQ(tool.convert("-v --skip -f JIS -t UTF-8", both), " x");
+    EXPECT_TRUE(tool.says("offset 4: malformed JIS: 2D 21")) << tool.read("stderr");
     tool.convert("-q --skip --skip -f EUC -t SJIS", bad);
     EXPECT_EQ(tool.read("stderr"), "");
 }
@@ -197,6 +203,7 @@ TEST_F(ZvconvText, EveryNameOfAnEncodingConverts) {
     }
     EXPECT_EQ(tool.convert("-f cp932 -t utf8", "\\\x87\x40"), "\\\xE2\x91\xA0")
         << "the vendor's table";
+    EXPECT_EQ(tool.convert("--skip -f cp1252 -t latin1", "\x80\xE9"), "\xE9") << "C1 is no euro";
 }
 
 TEST_F(ZvconvText, GuessesNameEncodingAndLineEnds) {
@@ -218,6 +225,14 @@ TEST_F(ZvconvText, GuessesNameEncodingAndLineEnds) {
     tool.expect(1, "--guess words", "neither UTF-8 nor"); // letters with accents in twos
     tool.expect(0, "-V && cat far | " ZVUTIL_ZVCONV " --guess");
     EXPECT_NE(tool.read("stdout").find("standard input: SJIS (mixed)\n"), std::string::npos);
+    EXPECT_EQ(tool.convert("-f auto -t UTF-8", "\x82\xA0\\~\xB1"), "\xE3\x81\x82\\~\xEF\xBD\xB1")
+        << "as EUC and JIS have it";
+    // What comes through a pipe is converted before the pipe ends.
+    tool.write("long", std::string(2 << 20, '\xA4'));
+    EXPECT_EQ(tool.run("-V; (cat long; for i in $(seq 100); do [ -s out ] && exit; sleep 0.1; done;"
+                       "echo late) | " ZVUTIL_ZVCONV " -f auto -t EUC >out; tail -c 5 out"),
+              0);
+    EXPECT_TRUE(tool.read("stdout").ends_with("\xA4")) << "late";
     // No line of UTF-8 is taken for anything else; Japanese lines are what they are or an error.
     for (const auto& c : kSamples) {
         for (const std::string& line : lines_of(sample(c.sample))) {

@@ -107,8 +107,7 @@ static char lower(char c) {
     return (char)(c >= 'A' && c <= 'Z' ? c + ('a' - 'A') : c);
 }
 
-/* How many letters must be put in, taken out or exchanged to make one name the other. */
-static size_t distance(const char* a, const char* b) {
+size_t name_distance(const char* a, const char* b) {
     size_t row[LONGEST_NAME + 1];
     const size_t length = strlen(b) < LONGEST_NAME ? strlen(b) : LONGEST_NAME;
     for (size_t k = 0; k <= length; ++k)
@@ -127,10 +126,10 @@ static size_t distance(const char* a, const char* b) {
 
 /* The smallest distance between a name and any name of a listed encoding. */
 static size_t distance_to(const char* name, size_t index) {
-    size_t nearest = distance(name, kEncodings[index].encoding.name);
+    size_t nearest = name_distance(name, kEncodings[index].encoding.name);
     char alias[LONGEST_NAME];
     for (const char* list = kEncodings[index].aliases; (list = next_alias(list, alias)) != NULL;) {
-        const size_t next = distance(name, alias);
+        const size_t next = name_distance(name, alias);
         nearest = next < nearest ? next : nearest;
     }
     return nearest;

@@ -3,6 +3,7 @@
 #define ZVCONV_ENCODINGS_H
 
 #include <stdbool.h>
+#include <stddef.h>
 
 enum { NO_CODE_SET = -1 }; /* of an encoding that iconv alone serves */
 
@@ -26,12 +27,17 @@ struct encoding encoding_of(int code_set);
  */
 bool library_serves(int from, int to);
 
+/* How many letters must be put in, taken out or exchanged to make one name the other, in any case.
+ */
+size_t name_distance(const char* a, const char* b);
+
 /* How many bytes a unit of the encoding has, in which line ends are to be looked for. */
 unsigned unit_of(const struct encoding* encoding);
 
 bool is_unicode(const struct encoding* encoding);
 
-/* Prints a line an encoding: its name, what the library converts it into, its other names. */
+/* Prints a line an encoding: its name, what the library converts it into, UTF-8, its other names.
+ */
 void list_encodings(void);
 
 #endif

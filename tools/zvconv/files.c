@@ -29,6 +29,7 @@ static bool add(struct files* files, const char* name) {
 struct patterns {
     const char* const* each;
     int count;
+    const char* backup; /* what the names of backups end in, or NULL */
 };
 
 static bool matches(const char* name, struct patterns patterns) {
@@ -37,6 +38,19 @@ static bool matches(const char* name, struct patterns patterns) {
             return true;
     }
     return patterns.count == 0;
+}
+
+/* Whether a file was kept under this name when it was replaced. */
+static bool is_backup(char* path, const char* suffix) {
+    const size_t length = strlen(path), extra = suffix != NULL ? strlen(suffix) : length;
+    if (extra >= length || path[length - extra - 1] == '/' ||
+        strcmp(path + length - extra, suffix) != 0)
+        return false;
+    path[length - extra] = '\0';
+    struct stat status;
+    const bool replaced = lstat(path, &status) == 0;
+    path[length - extra] = *suffix;
+    return replaced;
 }
 
 static int is_within(const struct dirent* entry) {
@@ -83,7 +97,8 @@ static bool walk(struct files* files, const char* directory, struct patterns pat
             stack.complete = complain_of(path);
         else if (S_ISDIR(status.st_mode))
             good = push_entries(&stack, path);
-        else if (S_ISREG(status.st_mode) && matches(strrchr(path, '/') + 1, patterns))
+        else if (S_ISREG(status.st_mode) && matches(strrchr(path, '/') + 1, patterns) &&
+                 !is_backup(path, patterns.backup))
             good = add(files, path);
         free(path);
     }
@@ -152,9 +167,9 @@ static bool leave_out_repeated(struct files* files) {
 }
 
 bool files_collect(struct files* files, char** names, int count, bool recursive,
-                   const char* const* patterns, int pattern_count) {
+                   const char* const* patterns, int pattern_count, const char* backup) {
     *files = (struct files){.complete = true};
-    const struct patterns meant = {patterns, pattern_count};
+    const struct patterns meant = {patterns, pattern_count, backup};
     for (int i = 0; i < count; ++i) {
         if (!(recursive ? walk_named(files, names[i], meant) : add(files, names[i])))
             return false;

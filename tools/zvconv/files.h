@@ -10,11 +10,12 @@ struct files {
     bool complete; /* every name that was given could be served */
 };
 
-/* Collects files to be converted in place, each once: a second name of the same is an error. With
- * `recursive`, the regular files of directories whose names match one of the patterns, or all; no
- * symbolic link is followed there. Gives false after a complaint that there is no memory. */
+/* Collects files, each once: a second name of the same is an error. With `recursive`, the regular
+ * files of directories whose names match one of the patterns, or all, but for those that are
+ * backups of others by the suffix `backup`; no symbolic link is followed there. Gives false after
+ * a complaint that there is no memory. */
 bool files_collect(struct files* files, char** names, int count, bool recursive,
-                   const char* const* patterns, int pattern_count);
+                   const char* const* patterns, int pattern_count, const char* backup);
 void files_free(struct files* files);
 
 #endif

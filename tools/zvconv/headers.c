@@ -126,6 +126,8 @@ static bool add_bytes(struct headers* h, struct charset* charset, const char* by
     return buffer_add(&h->bytes, bytes, length);
 }
 
+static const char kBase64[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/=";
+
 /* Reads an encoded word at "=?". */
 static bool read_word(const char* text, size_t length, struct word* word) {
     const char* const end = text + length;
@@ -142,7 +144,8 @@ static bool read_word(const char* text, size_t length, struct word* word) {
     word->text_length = (size_t)(stop - word->text);
     word->end = stop + 2;
     return word->charset_length > 0 && stop + 1 < end && stop[0] == '?' && stop[1] == '=' &&
-           memchr(word->charset, ' ', word->charset_length) == NULL;
+           memchr(word->charset, ' ', word->charset_length) == NULL &&
+           (!word->base64 || strspn(word->text, kBase64) == word->text_length);
 }
 
 static int hex_value(char c) {
@@ -168,16 +171,11 @@ static size_t decode_q(const char* text, size_t length, char* out) {
 }
 
 static size_t decode_base64(const char* text, size_t length, char* out) {
-    static const char kDigits[] =
-        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
     unsigned long bits = 0;
     unsigned count = 0;
     size_t made = 0;
     for (size_t i = 0; i < length && text[i] != '='; ++i) {
-        const char* digit = text[i] == '\0' ? NULL : strchr(kDigits, text[i]);
-        if (digit == NULL) /* is to be ignored */
-            continue;
-        bits = bits << 6 | (unsigned long)(digit - kDigits);
+        bits = bits << 6 | (unsigned long)(strchr(kBase64, text[i]) - kBase64);
         count += 6;
         if (count >= 8) {
             count -= 8;

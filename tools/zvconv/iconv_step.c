@@ -124,6 +124,13 @@ static bool replace(struct iconv_step* s, enum trouble trouble, struct buffer* o
     return buffer_add(out, text->bytes, text->length);
 }
 
+static bool tell_and_replace(struct iconv_step* s, enum trouble trouble, const char* text,
+                             size_t length, struct buffer* out) {
+    if (!s->takes_stand_ins || (unsigned char)*text != STAND_IN)
+        troubles_meet(s->troubles, trouble, text, length);
+    return replace(s, trouble, out);
+}
+
 /* iconv takes several times as long for EUC as for Shift-JIS and the library together. */
 static bool make_euc(struct buffer* sjis, struct buffer* out) {
     if (!buffer_add(sjis, "", 1))
@@ -185,8 +192,7 @@ bool iconv_step_run(struct iconv_step* s, const char* text, size_t length, bool 
         if (s->by_sjis && !make_euc(&s->sjis, out))
             return false;
         if (!s->by_sjis || trouble == MALFORMED || !convert_directly(s, in, bad, out)) {
-            troubles_meet(s->troubles, trouble, in, bad);
-            if (!replace(s, trouble, out))
+            if (!tell_and_replace(s, trouble, in, bad, out))
                 return false;
         }
         in += bad;

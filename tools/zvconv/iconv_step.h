@@ -18,6 +18,7 @@ struct iconv_step {
     int code_set;                  /* of that text, where the library knows it */
     bool resets;                   /* what is written has shift states */
     struct buffer malformed, lost; /* what is written instead */
+    bool takes_stand_ins;          /* from the step before */
     struct troubles* troubles;
 };
 

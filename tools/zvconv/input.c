@@ -11,7 +11,7 @@
 
 bool input_open(struct input* input, const char* name, bool regular) {
     const bool is_stdin = strcmp(name, "-") == 0;
-    input->name = is_stdin ? "standard input" : name;
+    *input = (struct input){.name = is_stdin ? "standard input" : name};
     /* Opening a pipe would wait for its writer. */
     input->descriptor =
         is_stdin ? dup(STDIN_FILENO) : open(name, O_RDONLY | (regular ? O_NONBLOCK : 0));
@@ -30,39 +30,24 @@ bool input_open(struct input* input, const char* name, bool regular) {
 }
 
 void input_close(struct input* input) {
+    if (input->kept != NULL)
+        fclose(input->kept);
     close(input->descriptor);
 }
 
-/* Copies what cannot be positioned to a temporary file, from which it is read instead. */
-static bool spool(struct input* input) {
-    static char block[64 * 1024];
-    FILE* file = tmpfile();
-    if (file == NULL)
-        return complain_of("temporary file");
-    long got;
-    bool good = true;
-    while (good && (got = input_read(input, block, sizeof block)) != 0) {
-        if (got < 0) {
-            good = false;
-        } else if (fwrite(block, 1, (size_t)got, file) != (size_t)got) {
-            good = complain_of("temporary file");
-        }
-    }
-    if (good && (fflush(file) != 0 || fseek(file, 0, SEEK_SET) != 0 ||
-                 dup2(fileno(file), input->descriptor) < 0))
-        good = complain_of("temporary file");
-    fclose(file);
-    return good && (fstat(input->descriptor, &input->status) == 0 || complain_of(input->name));
-}
-
 off_t input_mark(struct input* input) {
-    if (lseek(input->descriptor, 0, SEEK_CUR) < 0 && !spool(input))
-        return -1;
-    return lseek(input->descriptor, 0, SEEK_CUR);
+    const off_t mark = lseek(input->descriptor, 0, SEEK_CUR);
+    if (mark >= 0)
+        return mark;
+    input->kept = tmpfile();
+    input->keeps = input->kept != NULL;
+    return input->keeps || complain_of("temporary file") ? 0 : -1;
 }
 
 bool input_return(struct input* input, off_t mark) {
-    return lseek(input->descriptor, mark, SEEK_SET) == mark || complain_of(input->name);
+    input->keeps = false;
+    const int descriptor = input->kept != NULL ? fileno(input->kept) : input->descriptor;
+    return lseek(descriptor, mark, SEEK_SET) == mark || complain_of(input->name);
 }
 
 off_t input_size(const struct input* input) {
@@ -70,14 +55,31 @@ off_t input_size(const struct input* input) {
     return S_ISREG(input->status.st_mode) && start >= 0 ? input->status.st_size - start : -1;
 }
 
-long input_read(struct input* input, char* text, unsigned long room) {
+static ssize_t read_some(int descriptor, char* text, unsigned long room) {
     ssize_t got;
     do
-        got = read(input->descriptor, text, room);
+        got = read(descriptor, text, room);
     while (got < 0 && errno == EINTR);
+    return got;
+}
+
+static bool keep(struct input* input, const char* text, size_t length) {
+    return (fwrite(text, 1, length, input->kept) == length && fflush(input->kept) == 0) ||
+           complain_of("temporary file");
+}
+
+long input_read(struct input* input, char* text, unsigned long room) {
+    ssize_t got = 0;
+    if (input->kept != NULL && !input->keeps)
+        got = read_some(fileno(input->kept), text, room);
+    if (got == 0 && !input->ended)
+        got = read_some(input->descriptor, text, room);
     if (got < 0)
         complain_of(input->name);
+    else if (input->keeps && !keep(input, text, (size_t)got))
+        return -1;
     else
         progress_add((size_t)got);
+    input->ended = input->ended || (input->keeps && got == 0);
     return (long)got;
 }

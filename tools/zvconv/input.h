@@ -3,20 +3,23 @@
 #define ZVCONV_INPUT_H
 
 #include <stdbool.h>
+#include <stdio.h>
 #include <sys/stat.h>
 
 struct input {
     const char* name; /* as the user knows it */
     int descriptor;
     struct stat status;
+    FILE* kept;        /* what was read of one that cannot be positioned, NULL for others */
+    bool keeps, ended; /* keeps: what is read now; ended: while it did, a terminal ends but once */
 };
 
 /* Opens a file, "-" for standard input; a regular one or none at all when that is asked. */
 bool input_open(struct input* input, const char* name, bool regular);
 void input_close(struct input* input);
 
-/* Makes an input that can be read once more from where it is: what cannot be positioned is copied
- * to a temporary file. Gives the position, -1 after a complaint. */
+/* From here on the input will be read once more: of one that cannot be positioned, what is read
+ * goes to a temporary file, too. Gives the position, -1 after a complaint. */
 off_t input_mark(struct input* input);
 bool input_return(struct input* input, off_t mark);
 

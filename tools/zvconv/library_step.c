@@ -170,6 +170,8 @@ static bool convert_stretch(struct library_step* s, const char* text, size_t len
 
 static bool replace(const struct library_step* s, int trouble, const char* text, size_t length,
                     struct buffer* out) {
+    if (s->stands_in)
+        return buffer_add(out, (const char[]){(char)STAND_IN}, 1);
     switch (s->troubles->policy) {
     case SKIP:
         return true;

@@ -11,6 +11,7 @@ struct library_step {
     int from, to;
     bool windows_controls; /* characters that ISO 8859 lacks travel as control codes */
     bool passes_malformed; /* on as they are: no other step has to read the result */
+    bool stands_in;        /* writes stand-ins for what the next step is to replace */
     struct buffer substitute;
     struct troubles* troubles;
     int shift; /* state of JIS text at the front of what comes next */

@@ -49,6 +49,7 @@ static bool detect_encoding(const struct options* options, struct input* input,
     c->from = guess.encoding;
     if (strcmp(c->from.iconv, "ASCII") == 0)
         c->from = ascii_as(c);
+    c->wishes.plain_ascii = true; /* what the user did not call SJIS is read as its EUC would be */
     return !options->conversion.wishes.full_katakana || katakana_can_be_widened(&c->from, &c->to) ||
            complain("%s: --katakana: neither %s nor %s is a Japanese encoding of 8 bits",
                     input->name, c->from.name, c->to.name);
@@ -64,7 +65,8 @@ static bool convert_input(const struct options* options, struct input* input,
                           struct output* output) {
     struct conversion c = options->conversion;
     if (output_feeds(output, &input->status))
-        return complain("%s: is what it would be written to", input->name);
+        return complain("%s: is what it would be written to; -i converts a file itself",
+                        input->name);
     if (options->detects && !detect_encoding(options, input, &c))
         return false;
     output->idle = changes_nothing(&c);
@@ -130,35 +132,47 @@ static bool convert_one(void* context, int index) {
 static bool convert_in_places(const struct options* options) {
     struct files files;
     if (!files_collect(&files, options->files, options->count, options->recursive,
-                       options->patterns, options->pattern_count)) {
+                       options->patterns, options->pattern_count, options->replacing.backup)) {
         files_free(&files);
         return false;
     }
+    if (files.count == 0 && files.complete)
+        note("no file to convert");
     struct shared shared = {options, &files};
     const bool good = run_jobs(options->jobs, files.count, convert_one, &shared) && files.complete;
     files_free(&files);
     return good;
 }
 
+static bool guess_one(const char* name) {
+    struct input input;
+    struct guess guess;
+    if (!input_open(&input, name, false))
+        return false;
+    bool good = detect(&input, &guess);
+    if (good && !guess.decided)
+        good = complain("%s: %s", input.name, guess.found);
+    else if (good)
+        printf("%s: %s (%s)\n", input.name, guess.encoding.name, guess.line_ends);
+    input_close(&input);
+    return good;
+}
+
 static bool guess_all(const struct options* options) {
     int count;
-    char** const files = named_files(options, &count);
+    char** names = named_files(options, &count);
+    struct files files = {.complete = true};
     bool good = true;
-    for (int i = 0; i < count; ++i) {
-        struct input input;
-        struct guess guess;
-        if (!input_open(&input, files[i], false)) {
-            good = false;
-            continue;
-        }
-        if (!detect(&input, &guess))
-            good = false;
-        else if (!guess.decided)
-            good = complain("%s: %s", input.name, guess.found);
-        else
-            printf("%s: %s (%s)\n", input.name, guess.encoding.name, guess.line_ends);
-        input_close(&input);
+    if (options->recursive) {
+        good = files_collect(&files, names, count, true, options->patterns, options->pattern_count,
+                             NULL) &&
+               files.complete;
+        names = files.names;
+        count = files.count;
     }
+    for (int i = 0; i < count; ++i)
+        good = guess_one(names[i]) && good;
+    files_free(&files);
     return ((fflush(stdout) == 0 && !ferror(stdout)) || complain_of("standard output")) && good;
 }
 
@@ -166,7 +180,7 @@ int main(int argc, char** argv) {
     struct options options;
     occupy_standard_streams();
     signal(SIGXFSZ, SIG_IGN); /* a file that becomes too large is an error to tell */
-    signal(SIGPIPE, SIG_IGN); /* and so is a reader that has gone */
+    signal(SIGPIPE, SIG_IGN); /* a reader that goes leaves no file half done */
     const int status = parse_options(argc, argv, &options);
     if (status != GO_ON)
         return status;

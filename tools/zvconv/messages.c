@@ -15,6 +15,7 @@ static void tell(const char* name, unsigned long long line, const char* format, 
     char message[8192];
     const size_t room = sizeof message - 1; /* for the end of the line */
     progress_erase();
+    fflush(stdout); /* so that lines stand in their order where both go to one place */
     int length = name == NULL ? snprintf(message, room, "zvconv: ")
                               : snprintf(message, room, "zvconv: %s:%llu: ", name, line);
     if (length >= 0 && (size_t)length < room)

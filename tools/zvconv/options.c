@@ -55,7 +55,7 @@ static const struct option kOptions[] = {{"from-code", required_argument, NULL, 
 static const char kHelp[] =
     "usage: zvconv -f FROM -t TO [OPTION]... [FILE]...\n"
     "       zvconv -f FROM -t TO -i [-r] [OPTION]... FILE...\n"
-    "       zvconv --guess [FILE]...\n"
+    "       zvconv --guess [-r] [FILE]...\n"
     "Converts the FILEs, or standard input, from one encoding into another.\n"
     "\n"
     "  -f, --from-code=FROM   encoding of the FILEs; 'auto' tells Japanese and UTF-8\n"
@@ -64,7 +64,7 @@ static const char kHelp[] =
     "  -i, --in-place         convert each FILE itself, only when all went well\n"
     "      --backup[=SUFFIX]  keep what is replaced under its name and SUFFIX, or ~\n"
     "      --no-sync          do not wait until what is replaced is on the disk\n"
-    "  -r, --recursive        with -i, convert the files of directories\n"
+    "  -r, --recursive        with -i or --guess, take the files of directories\n"
     "      --include=GLOB     of these, the files whose names match; may be repeated\n"
     "  -j, --jobs=N           with -i, convert N files at once\n"
     "\n"
@@ -155,13 +155,17 @@ static bool parse_encodings(struct options* options, const struct words* words) 
     if (options->guesses)
         return true;
     if (from == NULL || words->to == NULL)
-        return complain("-f and -t are needed (zvconv --help shows how)");
+        return complain("%s needed (zvconv --help shows how)", words->to != NULL ? "-f is"
+                                                               : from != NULL    ? "-t is"
+                                                                                 : "-f and -t are");
+    if (strcmp(words->to, "auto") == 0)
+        return complain("-t: 'auto' is for -f alone");
     options->detects = strcmp(from, "auto") == 0;
     if ((!options->detects && !find_encoding(from, &c->from)) || !find_encoding(words->to, &c->to))
         return false;
     if (c->content == SUBJECTS && !library_writes_subjects(&c->to))
         return complain("-s writes subjects of %s with --standard only", c->to.name);
-    if (c->content == STANDARD_SUBJECTS && unit_of(&c->to) > 1)
+    if (c->content == STANDARD_SUBJECTS && !holds_ascii(&c->to))
         return complain("-s: no mail is written in %s", c->to.name);
     if (c->wishes.full_katakana && !options->detects && !katakana_can_be_widened(&c->from, &c->to))
         return complain("--katakana: neither %s nor %s is a Japanese encoding of 8 bits",
@@ -173,14 +177,16 @@ static bool fit_together(const struct options* options, const struct words* word
     const char* backup = options->replacing.backup;
     if (options->in_place && options->output != NULL)
         return complain("-i and -o exclude each other");
-    if (options->in_place && options->count == 0)
-        return complain("-i needs a FILE");
+    if ((options->in_place || options->recursive) && options->count == 0)
+        return complain("%s needs a FILE", options->in_place ? "-i" : "-r");
     for (int i = 0; options->in_place && i < options->count; ++i) {
         if (strcmp(options->files[i], "-") == 0)
             return complain("-i needs files, not standard input");
     }
-    if ((options->recursive || options->jobs > 0) && !options->in_place)
-        return complain("%s needs -i", options->recursive ? "-r" : "-j");
+    if (options->recursive && !options->in_place && !options->guesses)
+        return complain("-r needs -i or --guess");
+    if (options->jobs > 0 && !options->in_place)
+        return complain("-j needs -i");
     if (options->pattern_count > 0 && !options->recursive)
         return complain("--include needs -r");
     if ((backup != NULL || !options->replacing.syncs) && !options->in_place &&
@@ -193,6 +199,25 @@ static bool fit_together(const struct options* options, const struct words* word
     if (words->standard && options->conversion.content != STANDARD_SUBJECTS)
         return complain("--standard needs -s, and not --decode-headers");
     return true;
+}
+
+/* Tells what an unknown option may have been meant for. */
+static void complain_of_option(const char* word) {
+    const char* nearest = NULL;
+    size_t least = 3; /* what is further off resembles nothing */
+    char name[32];
+    snprintf(name, sizeof name, "%.*s", (int)strcspn(word, "="), word);
+    for (const struct option* known = kOptions; known->name != NULL; ++known) {
+        const size_t next = name_distance(name, known->name);
+        if (next < least) {
+            least = next;
+            nearest = known->name;
+        }
+    }
+    if (nearest != NULL && least < strlen(name))
+        complain("near to it: --%s (zvconv --help shows all)", nearest);
+    else
+        complain("zvconv --help shows how it is used");
 }
 
 /* Takes one option. Gives GO_ON or the exit status. */
@@ -268,7 +293,6 @@ static int take(int option, struct options* o, struct words* words) {
         puts("zvconv " ZVCONV_VERSION);
         return shown();
     default:
-        complain("zvconv --help shows how it is used");
         return EXIT_MISUSED;
     }
 }
@@ -281,6 +305,8 @@ int parse_options(int argc, char** argv, struct options* options) {
     if (argc > 0)
         argv[0] = program; /* the name in getopt's messages */
     while ((option = getopt_long(argc, argv, "f:t:o:irj:svqlhV", kOptions, NULL)) != -1) {
+        if (option == '?') /* which getopt has told; optopt is 0 for a long one */
+            complain_of_option(optopt == 0 ? argv[optind - 1] + 2 : "");
         const int status = take(option, options, &words);
         if (status != GO_ON)
             return status;

@@ -51,7 +51,7 @@ bool output_write(struct output* output, struct buffer* bytes) {
             continue;
         if (written < 0) {
             output->failed = true;
-            return complain_of(output->name);
+            return errno != EPIPE && complain_of(output->name); /* a reader that goes knows why */
         }
         next += written;
         left -= (size_t)written;

@@ -11,18 +11,25 @@ static bool is_euc_or_sjis(const struct encoding* encoding) {
     return encoding->code_set == ZV_EUC || encoding->code_set == ZV_SJIS;
 }
 
+/* ISO 8859-1 and the code page 1252 are one code set to the library, but not to readers. */
+static bool by_library(const struct encoding* from, const struct encoding* to) {
+    return library_serves(from->code_set, to->code_set) &&
+           (from->code_set != ZV_WESTERN || strcmp(from->iconv, to->iconv) == 0);
+}
+
 /* Finds the encodings that text takes on its way. Gives the number of steps. */
-static int plan(const struct encoding* from, const struct encoding* to, bool widens,
+static int plan(const struct encoding* from, const struct encoding* to, const struct wishes* wishes,
                 struct encoding route[3]) {
+    const bool widens = wishes->full_katakana;
     route[0] = *from;
     route[1] = route[2] = *to;
-    if (library_serves(from->code_set, to->code_set)) {
+    if (by_library(from, to)) {
         if (!widens || to->code_set != ZV_JIS || from->code_set == ZV_JIS)
             return 1;
         route[1] = encoding_of(ZV_EUC);
         return 2;
     }
-    if (from->code_set == ZV_JIS)
+    if (from->code_set == ZV_JIS || (from->code_set == ZV_SJIS && wishes->plain_ascii))
         route[1] = encoding_of(ZV_EUC);
     else if (to->code_set == ZV_JIS)
         route[1] = encoding_of(ZV_SJIS);
@@ -34,24 +41,32 @@ static int plan(const struct encoding* from, const struct encoding* to, bool wid
 }
 
 bool katakana_can_be_widened(const struct encoding* from, const struct encoding* to) {
+    const struct wishes wishes = {.full_katakana = true};
     struct encoding route[3];
-    plan(from, to, true, route);
+    plan(from, to, &wishes, route);
     return is_euc_or_sjis(&route[1]);
 }
 
 static bool open_step(struct pipeline* p, int index, const struct wishes* wishes, bool goes_on) {
     struct step* step = &p->steps[index];
     const char* substitute = wishes->policy == SUBSTITUTE ? wishes->substitute : NULL;
-    step->by_library = library_serves(step->from.code_set, step->to.code_set);
+    step->by_library = by_library(&step->from, &step->to);
     step->iconv.troubles = &p->troubles;
-    if (!step->by_library)
-        return iconv_step_open(&step->iconv, &step->from, &step->to, substitute, goes_on);
+    if (!step->by_library) {
+        const bool good =
+            iconv_step_open(&step->iconv, &step->from, &step->to, substitute, goes_on);
+        step->iconv.takes_stand_ins = index > 0;
+        return good;
+    }
+    const bool stands_in = index + 1 < p->count && !by_library(&step[1].from, &step[1].to);
     step->library = (struct library_step){.from = step->from.code_set,
                                           .to = step->to.code_set,
                                           .windows_controls = wishes->windows_controls,
                                           .passes_malformed = index + 1 == p->count,
+                                          .stands_in = stands_in,
                                           .troubles = &p->troubles};
-    return substitute == NULL || encode_utf8(substitute, &step->to, &step->library.substitute) ||
+    return substitute == NULL || stands_in ||
+           encode_utf8(substitute, &step->to, &step->library.substitute) ||
            complain("'%s' cannot be written in %s", substitute, step->to.name);
 }
 
@@ -73,10 +88,12 @@ bool pipeline_open(struct pipeline* p, const char* name, const struct encoding* 
                                     .verbose = wishes->verbose,
                                     .from = *from,
                                     .to = *to};
-    p->count = plan(from, to, p->widens, route);
+    p->count = plan(from, to, wishes, route);
     for (int i = 0; i < p->count; ++i) {
         p->steps[i].from = route[i];
         p->steps[i].to = route[i + 1];
+    }
+    for (int i = 0; i < p->count; ++i) {
         if (!open_step(p, i, wishes, goes_on)) {
             while (i-- > 0)
                 close_step(&p->steps[i]);
@@ -115,7 +132,7 @@ static size_t pivot_length(const struct pipeline* p, const char* text, size_t le
     const int from = p->steps[0].from.code_set;
     if (from == ZV_JIS)
         return *text == '\x1B' ? 0 : shift == 1 ? length : 1;
-    return p->widens && from == ZV_SJIS && length == 1 && (unsigned char)*text >= 0xA1 ? 2 : length;
+    return from == ZV_SJIS && length == 1 && (unsigned char)(*text - 0xA1) < 0x3F ? 2 : length;
 }
 
 /* Finds the character of the portion from which a place in the pivot text comes, by counting on

@@ -19,6 +19,7 @@ struct wishes {
     bool verbose;
     bool windows_controls;
     bool full_katakana;
+    bool plain_ascii; /* 5C and 7E of SJIS are a backslash and a tilde to iconv(3), too */
 };
 
 struct step {

@@ -3,6 +3,7 @@
 #include <string.h>
 
 #include "mbutil.h"
+#include "troubles.h"
 
 static bool is_japanese(const struct encoding* encoding) {
     return encoding->code_set == ZV_EUC || encoding->code_set == ZV_SJIS ||
@@ -25,6 +26,18 @@ struct encoding subject_encoding(const struct encoding* from, const struct encod
 
 bool library_writes_subjects(const struct encoding* to) {
     return to->code_set != NO_CODE_SET;
+}
+
+bool holds_ascii(const struct encoding* encoding) {
+    static const char kSample[] = "+\n"; /* which UTF-7 writes as "+-", other codes elsewhere */
+    const size_t length = strlen(kSample);
+    struct buffer same = {0};
+    const bool good = /* some begin with an escape sequence */
+        encoding->code_set != NO_CODE_SET ||
+        (encode_utf8(kSample, encoding, &same) && same.length >= length &&
+         memcmp(same.bytes + same.length - length, kSample, length) == 0);
+    buffer_free(&same);
+    return good;
 }
 
 bool write_subject(const char* line, const struct encoding* encoding, const struct encoding* to,

@@ -15,6 +15,9 @@ struct encoding subject_encoding(const struct encoding* from, const struct encod
 /* Whether the library writes subjects in the encoding. */
 bool library_writes_subjects(const struct encoding* to);
 
+/* Whether text of ASCII is the same in the encoding, so that the rest can go into encoded words. */
+bool holds_ascii(const struct encoding* encoding);
+
 /* Adds a line, which is terminated, as a header in the library's form. False without memory. */
 bool write_subject(const char* line, const struct encoding* encoding, const struct encoding* to,
                    struct buffer* out);

@@ -8,6 +8,10 @@
 #include "buffer.h"
 #include "encodings.h"
 
+/* What a step writes for text that it has told of and the next one is to replace: it begins no
+ * character of EUC or SJIS. */
+enum { STAND_IN = 0xFF };
+
 enum policy {
     REFUSE, /* the result is not wanted */
     FORCE,  /* the result is wanted as it is */

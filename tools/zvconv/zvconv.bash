@@ -6,8 +6,16 @@ _zvconv() {
     [[ $current == = ]] && current=
     [[ $previous == = ]] && previous=${COMP_WORDS[COMP_CWORD - 2]}
     case $previous in
-    -f | --from-code) words="auto $(zvconv --list | cut -d ' ' -f 1)" ;;
-    -t | --to-code) words=$(zvconv --list | cut -d ' ' -f 1) ;;
+    -f | -t | --from-code | --to-code | -[!-]*[ft])
+        words=$(zvconv --list | cut -d ' ' -f 1)
+        [[ $previous == *f* ]] && words="auto $words"
+        # In any case; the other names where none of the first begins so.
+        mapfile -t COMPREPLY < <(
+            tr ' ' '\n' <<<"$words" | grep -i -e "^$current" ||
+                zvconv --list | sed 's/.*; also //' | tr ' ' '\n' | grep -i -e "^$current"
+        )
+        return 0
+        ;;
     --line-ends) words="lf crlf keep" ;;
     --katakana) words="full keep" ;;
     *)
