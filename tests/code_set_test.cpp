@@ -71,7 +71,7 @@ TEST(CurrentCodeSet, IsAdoptedByTheFirstCallThatNeedsIt) {
         }
     };
     unsigned bad;
-    char text[400] = "", *rest, line[400] = "=41";
+    char text[400] = "", *rest = nullptr, line[400] = "=41";
     memset(line + 3, '.', 300); // long enough for the kernels
     check(false, CALL(mbGetMIMECodeSet(nullptr)), CALL(mbGetMIMECodeSet("")),
           CALL(mbidxtype("a\x82\xA0", 2, ZV_SJIS)),
